@@ -1,0 +1,23 @@
+#include "app_context.h"
+
+namespace veltrako {
+
+AppContext::AppContext(Clock& clock_, UserInterface& ui_,
+                       std::unique_ptr<link::DeviceLink> backend)
+    : clock(clock_), ui(ui_) {
+    link.backend = std::move(backend);
+    comm_log.log_start = seconds_since_midnight(clock.now());
+}
+
+void show_msg(AppContext& ctx, const QString& text) { ctx.ui.show_msg(text); }
+
+void show_info(AppContext& ctx, const QString& text) {
+    ctx.ui.append_out(text);
+    log_comm(ctx, QStringLiteral("ERR"), text);
+}
+
+void log_comm(AppContext& ctx, const QString& tag, const QString& text) {
+    protocol::log_comm(ctx.comm_log, seconds_since_midnight(ctx.clock.now()), tag, text);
+}
+
+} // namespace veltrako

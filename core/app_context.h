@@ -1,0 +1,48 @@
+#pragma once
+// The one application context: every state record of the program, owned in
+// one place and passed by reference. A test builds a fresh one in one line.
+
+#include "clock.h"
+#include "config/config.h"
+#include "config/language.h"
+#include "link/link_state.h"
+#include "protocol/comm_log.h"
+#include "protocol/protocol_state.h"
+#include "user_interface.h"
+
+#include <QByteArray>
+
+#include <functional>
+#include <memory>
+
+namespace veltrako {
+
+class AppContext {
+public:
+    AppContext(Clock& clock, UserInterface& ui, std::unique_ptr<link::DeviceLink> backend);
+
+    Clock& clock;
+    UserInterface& ui;
+
+    // Folder of the program, ending in a separator; config and language files live here.
+    QString program_dir;
+    config::Config config;
+    config::LanguageTables language;
+
+    link::LinkState link;
+    protocol::ProtocolState protocol;
+    protocol::CommLog comm_log;
+
+    // Receives every valid frame's payload. The poll cycle points it at the
+    // response interpreter.
+    std::function<void(const QByteArray&)> payload_handler;
+};
+
+// Message box with an OK button only.
+void show_msg(AppContext& ctx, const QString& text);
+// Appends to the developer page's message box and logs the text under "ERR".
+void show_info(AppContext& ctx, const QString& text);
+// Communication log line stamped with the context's clock.
+void log_comm(AppContext& ctx, const QString& tag, const QString& text);
+
+} // namespace veltrako

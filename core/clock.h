@@ -1,0 +1,44 @@
+#pragma once
+// Where the program takes its time from. Production uses the system clock;
+// tests use a clock they move by hand, so every time-out and schedule can be
+// driven deterministically without sleeping.
+
+#include <QDateTime>
+#include <QElapsedTimer>
+
+namespace veltrako {
+
+class Clock {
+public:
+    virtual ~Clock() = default;
+
+    // The local wall-clock date and time, as the technician reads it on the PC.
+    // Held with Qt::UTC as a plain calendar value, so that date arithmetic never
+    // trips over daylight-saving gaps.
+    virtual QDateTime now() const = 0;
+    // Milliseconds on a steady clock, for durations and wire timing.
+    virtual qint64 elapsed_ms() const = 0;
+    // Returns after `ms` milliseconds and lets pending events run meanwhile
+    // (timer ticks, clicks), without keeping a core busy.
+    virtual void wait_ms(int ms) = 0;
+};
+
+// Seconds since midnight of `t`, in single precision as the poll cycle keeps them.
+float seconds_since_midnight(const QDateTime& t);
+
+// Difference of two seconds-since-midnight readings; a negative difference
+// means midnight passed in between and counts as that difference plus one day.
+double since_midnight_difference(double later, double earlier);
+
+class SystemClock final : public Clock {
+public:
+    SystemClock();
+    QDateTime now() const override;
+    qint64 elapsed_ms() const override;
+    void wait_ms(int ms) override;
+
+private:
+    QElapsedTimer steady_;
+};
+
+} // namespace veltrako

@@ -1,0 +1,124 @@
+// Opening and closing the one device: order of the steps, the messages the
+// technician sees for each failure, silence during automatic reconnection.
+
+#include "app_context.h"
+#include "fake_link.h"
+#include "fake_user_interface.h"
+#include "link/device_connection.h"
+#include "manual_clock.h"
+
+#include <QTest>
+
+using namespace veltrako;
+using namespace veltrako::testing;
+
+namespace {
+
+struct Harness {
+    ManualClock clock;
+    FakeUserInterface ui;
+    FakeLink* link = new FakeLink;
+    AppContext ctx{clock, ui, std::unique_ptr<link::DeviceLink>(link)};
+    Harness() {
+        for (int n : {2000, 2100, 2200, 2300, 2400, 2500, 2600, 2700, 2800})
+            ctx.language.language_text[n] = QStringLiteral("T%1").arg(n);
+    }
+};
+
+} // namespace
+
+class TestDeviceConnection : public QObject {
+    Q_OBJECT
+private slots:
+    void opens_with_the_line_settings_in_order() {
+        Harness h;
+        QVERIFY(link::open_device(h.ctx, false));
+        QCOMPARE(h.link->calls, (QStringList{"list", "open 0", "baud 115200", "data 8 2 0",
+                                             "flow 0 0 0", "dtr", "timeouts 100 250"}));
+        QCOMPARE(h.ctx.link.device_handle, 7u);
+        QCOMPARE(h.ui.out, QString("Handle:7\r\n"));
+        QVERIFY(h.ui.messages.isEmpty());
+    }
+
+    void failures_data() {
+        QTest::addColumn<int>("devices");
+        QTest::addColumn<int>("failing");
+        QTest::addColumn<QString>("message");
+        QTest::addColumn<bool>("closed_after");
+        QTest::newRow("count fails") << 1 << int(FakeLink::list) << "DLL-Error:4" << false;
+        QTest::newRow("no device") << 0 << int(FakeLink::step_count) << "T2100\r\nT2200" << false;
+        QTest::newRow("two devices") << 2 << int(FakeLink::step_count) << "T20002" << false;
+        QTest::newRow("open") << 1 << int(FakeLink::open_step) << "T2300 DLL-Error:4" << false;
+        QTest::newRow("baud") << 1 << int(FakeLink::baud) << "T2400 DLL-Error:4" << true;
+        QTest::newRow("characteristics") << 1 << int(FakeLink::characteristics) << "T2500 DLL-Error:4" << true;
+        QTest::newRow("flow") << 1 << int(FakeLink::flow) << "T2600 DLL-Error:4" << true;
+        QTest::newRow("dtr") << 1 << int(FakeLink::dtr) << "T2700 DLL-Error:4" << true;
+        QTest::newRow("timeouts") << 1 << int(FakeLink::timeouts) << "T2800 DLL-Error:4" << true;
+    }
+    void failures() {
+        QFETCH(int, devices);
+        QFETCH(int, failing);
+        QFETCH(QString, message);
+        QFETCH(bool, closed_after);
+        for (bool silent : {false, true}) {
+            Harness h;
+            h.link->device_count = static_cast<std::uint32_t>(devices);
+            h.link->failing_step = static_cast<FakeLink::Step>(failing);
+            QVERIFY(!link::open_device(h.ctx, silent));
+            QCOMPARE(h.ctx.link.device_handle, 0u);
+            QCOMPARE(h.link->calls.contains("close 7"), closed_after);
+            if (silent) {
+                QVERIFY(h.ui.messages.isEmpty());
+            } else {
+                QCOMPARE(h.ui.messages, QStringList{message});
+            }
+            // Nothing is opened when the count is wrong.
+            if (devices != 1)
+                QVERIFY(!h.link->calls.contains("open 0"));
+        }
+    }
+
+    void reopening_closes_first() {
+        Harness h;
+        QVERIFY(link::open_device(h.ctx, false));
+        QVERIFY(link::open_device(h.ctx, false));
+        QCOMPARE(h.link->calls.indexOf("close 7"), 7);
+        QCOMPARE(h.ui.out, QString("Handle:7\r\nDevice Closed\r\nHandle:7\r\n"));
+    }
+
+    void close_reports_and_forgets_the_handle() {
+        Harness h;
+        QCOMPARE(link::close_device(h.ctx), link::FT_OK);
+        QVERIFY(h.ui.out.isEmpty()); // nothing was open
+
+        h.ctx.link.device_handle = 7;
+        h.link->close_status = link::FT_IO_ERROR;
+        QCOMPARE(link::close_device(h.ctx), link::FT_IO_ERROR);
+        QCOMPARE(h.ui.out, QString("Error Device Closed: 4\r\n"));
+        QCOMPARE(h.ctx.link.device_handle, 0u);
+    }
+
+    void raw_traffic() {
+        Harness h;
+        link::write_raw(h.ctx, "I"); // closed: nothing goes out
+        QVERIFY(h.link->written.isEmpty());
+        QVERIFY(link::read_raw(h.ctx).isEmpty());
+
+        QVERIFY(link::open_device(h.ctx, true));
+        h.ui.out.clear();
+        link::write_raw(h.ctx, "I");
+        QCOMPARE(h.link->written, QByteArray("I"));
+        h.link->incoming = "ae60000 ok";
+        QCOMPARE(link::read_raw(h.ctx), QByteArray("ae60000 ok"));
+        QVERIFY(link::read_raw(h.ctx).isEmpty());
+
+        // A short read is reported, and the full-length buffer is handed on.
+        h.link->incoming = "abcd";
+        h.link->short_by = 1;
+        QCOMPARE(link::read_raw(h.ctx).size(), 4);
+        QCOMPARE(h.ui.out, QString("4|RxBytes<>BytesReturned:4/3\r\n"));
+    }
+};
+
+QTEST_GUILESS_MAIN(TestDeviceConnection)
+#include "test_device_connection.moc"

@@ -1,0 +1,158 @@
+// Frames on the wire: the checksum, the sender and the receiver's
+// resynchronisation after damaged input.
+
+#include "app_context.h"
+#include "fake_link.h"
+#include "fake_user_interface.h"
+#include "manual_clock.h"
+#include "protocol/crc.h"
+#include "protocol/frame_codec.h"
+#include "protocol/frames.h"
+#include "protocol/hex.h"
+
+#include <QTest>
+
+using namespace veltrako;
+using namespace veltrako::testing;
+
+namespace {
+
+QByteArray bytes(std::initializer_list<int> values) {
+    QByteArray out;
+    for (int v : values)
+        out += static_cast<char>(v);
+    return out;
+}
+
+struct Harness {
+    ManualClock clock;
+    FakeUserInterface ui;
+    FakeLink* link = new FakeLink;
+    AppContext ctx{clock, ui, std::unique_ptr<link::DeviceLink>(link)};
+    QList<QByteArray> payloads;
+    Harness() {
+        ctx.payload_handler = [this](const QByteArray& p) { payloads << p; };
+    }
+};
+
+} // namespace
+
+class TestFrames : public QObject {
+    Q_OBJECT
+private slots:
+    void crc_table_is_the_standard_one() {
+        QCOMPARE(protocol::crc_table[0], 0x0000);
+        QCOMPARE(protocol::crc_table[1], 0x1021);
+        QCOMPARE(protocol::crc_table[255], 0x1EF0);
+    }
+
+    void frames_on_the_wire_data() {
+        QTest::addColumn<QByteArray>("payload");
+        QTest::addColumn<QByteArray>("wire");
+        QTest::newRow("I") << QByteArray("I") << bytes({0x23, 0x31, 0x49, 0x14, 0x53});
+        QTest::newRow("four-byte payload")
+            << bytes({0x65, 0x00, 0x10, 0x04}) << bytes({0x23, 0x34, 0x65, 0x00, 0x10, 0x04, 0xDC, 0x93});
+    }
+    void frames_on_the_wire() {
+        QFETCH(QByteArray, payload);
+        QFETCH(QByteArray, wire);
+        QCOMPARE(protocol::build_frame(payload), wire);
+
+        Harness h;
+        h.ctx.link.device_handle = 7;
+        QCOMPARE(protocol::send_frame(h.ctx, payload), link::FT_OK);
+        QCOMPARE(h.link->written, wire);
+        QVERIFY(h.ctx.comm_log.comm_log.contains(protocol::hex_dump(payload) + "\r\n"));
+    }
+
+    void send_without_device_logs_but_writes_nothing() {
+        Harness h;
+        QCOMPARE(protocol::send_frame(h.ctx, "I"), protocol::send_no_device);
+        QVERIFY(h.link->written.isEmpty());
+        QVERIFY(h.ctx.comm_log.comm_log.startsWith("OUT "));
+    }
+
+    void hex_helpers() {
+        QCOMPARE(protocol::hex_dump(bytes({0x23, 0x31, 0x49, 0x14, 0x53})), QString("23 31 49 14 53 "));
+        QCOMPARE(protocol::hex_digits(0x1453, 4), QString("1453"));
+        QCOMPARE(protocol::hex_digits(0xA, 4), QString("000A"));
+        QCOMPARE(protocol::hex_digits(0x12345, 4), QString("2345"));
+    }
+
+    // Each row feeds the receiver in chunks and lists the payloads that must
+    // come out, and how many reports land on the developer page.
+    void parse_data() {
+        QTest::addColumn<QList<QByteArray>>("chunks");
+        QTest::addColumn<QList<QByteArray>>("expected");
+        QTest::addColumn<QStringList>("reports");
+
+        const QByteArray i = protocol::build_frame("I");
+        const QByteArray s = protocol::build_frame(bytes({'S', 0x01, 0x2C}));
+        QTest::newRow("garbage before #")
+            << QList<QByteArray>{QByteArray("xx\x00\xff", 4) + i} << QList<QByteArray>{"I"}
+            << QStringList{};
+        QTest::newRow("two frames in one read")
+            << QList<QByteArray>{i + s} << QList<QByteArray>{"I", bytes({'S', 0x01, 0x2C})}
+            << QStringList{};
+        QTest::newRow("one frame over two reads")
+            << QList<QByteArray>{s.left(3), s.mid(3)} << QList<QByteArray>{bytes({'S', 0x01, 0x2C})}
+            << QStringList{};
+
+        // A length character of "0"+101 is rejected; the "#" of a good frame
+        // hidden in the bytes behind it is found.
+        QByteArray bad_len = bytes({'#', 0x30 + 101, 'x'}) + i;
+        QTest::newRow("bad length resynchronises")
+            << QList<QByteArray>{bad_len} << QList<QByteArray>{"I"}
+            << QStringList{":Invalid clen101\r\n"};
+        QByteArray below_zero = bytes({'#', 0x2F}) + i;
+        QTest::newRow("length below zero")
+            << QList<QByteArray>{below_zero} << QList<QByteArray>{"I"}
+            << QStringList{":Invalid clen-1\r\n"};
+
+        // A frame whose payload carries a complete valid frame: the outer CRC
+        // is broken, so scanning one byte on finds the inner frame.
+        QByteArray outer = protocol::build_frame(bytes({'e'}) + i);
+        outer[outer.size() - 1] = static_cast<char>(outer.at(outer.size() - 1) ^ 0x01);
+        const std::uint16_t good = protocol::calc_crc(outer.mid(1, outer.size() - 3));
+        const QString crc_report = QStringLiteral("Invalid CRC%1/%2")
+                                       .arg(protocol::hex_digits(good ^ 0x01, 4),
+                                            protocol::hex_digits(good, 4));
+        QTest::newRow("bad CRC resynchronises inside the frame")
+            << QList<QByteArray>{outer} << QList<QByteArray>{"I"} << QStringList{crc_report};
+
+        const QByteArray empty = protocol::build_frame({});
+        QTest::newRow("empty payload alone waits")
+            << QList<QByteArray>{empty} << QList<QByteArray>{} << QStringList{};
+        QTest::newRow("empty payload taken once a byte follows")
+            << QList<QByteArray>{empty, QByteArray("z")} << QList<QByteArray>{QByteArray()}
+            << QStringList{};
+    }
+    void parse() {
+        QFETCH(QList<QByteArray>, chunks);
+        QFETCH(QList<QByteArray>, expected);
+        QFETCH(QStringList, reports);
+        Harness h;
+        for (const QByteArray& c : chunks)
+            protocol::parse_frames(h.ctx, c);
+        QCOMPARE(h.payloads, expected);
+        if (reports.isEmpty())
+            QVERIFY2(h.ui.out.isEmpty(), qPrintable(h.ui.out));
+        for (const QString& r : reports) {
+            QVERIFY2(h.ui.out.endsWith(r), qPrintable(h.ui.out));
+            QVERIFY(h.ctx.comm_log.comm_log.contains("ERR "));
+        }
+    }
+
+    void valid_frame_clears_waiting_and_shows_it() {
+        Harness h;
+        h.ctx.protocol.waiting_reply = true;
+        protocol::parse_frames(h.ctx, protocol::build_frame("I"));
+        QVERIFY(!h.ctx.protocol.waiting_reply);
+        QCOMPARE(h.ui.info_caption, QString("23 31 49 14 53 "));
+        QVERIFY(h.ctx.protocol.rx_buffer.isEmpty());
+        QVERIFY(h.ctx.comm_log.comm_log.startsWith("IN  "));
+    }
+};
+
+QTEST_GUILESS_MAIN(TestFrames)
+#include "test_frames.moc"
