@@ -5,8 +5,11 @@
 #include "clock.h"
 #include "config/config.h"
 #include "config/language.h"
+#include "device/device_record.h"
+#include "device/live_history.h"
 #include "link/link_state.h"
 #include "protocol/comm_log.h"
+#include "protocol/poll_timer.h"
 #include "protocol/protocol_state.h"
 #include "user_interface.h"
 
@@ -32,6 +35,10 @@ public:
     link::LinkState link;
     protocol::ProtocolState protocol;
     protocol::CommLog comm_log;
+    protocol::PollTimer timer1; // Timer1
+
+    device::DeviceRecord device;
+    device::LiveHistory live_history;
 
     // Receives every valid frame's payload. The poll cycle points it at the
     // response interpreter.
