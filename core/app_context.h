@@ -7,10 +7,12 @@
 #include "config/language.h"
 #include "device/device_record.h"
 #include "device/live_history.h"
+#include "feature_hooks.h"
 #include "link/link_state.h"
 #include "protocol/comm_log.h"
 #include "protocol/poll_timer.h"
 #include "protocol/protocol_state.h"
+#include "status/status_memory.h"
 #include "user_interface.h"
 
 #include <QByteArray>
@@ -39,6 +41,9 @@ public:
 
     device::DeviceRecord device;
     device::LiveHistory live_history;
+    status::StatusMemory status;
+
+    FeatureHooks hooks;
 
     // Receives every valid frame's payload. The poll cycle points it at the
     // response interpreter.

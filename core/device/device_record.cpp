@@ -12,6 +12,9 @@ bool in_range(const QString& code, const char* low, const char* high) {
 
 void detect_device_type(DeviceRecord& r) {
     const QString& f = r.family_code;
+    // Every identified device keeps a clock and a remaining-time counter.
+    r.clock_supported = !r.SW.isEmpty();
+    r.remaining_supported = !r.SW.isEmpty();
     r.o22_source = f >= QLatin1String("70") || f == QLatin1String("66") || f == QLatin1String("56");
     r.special_model = r.SW == QLatin1String("628") || r.SW == QLatin1String("528") ||
                       (f > QLatin1String("70") && r.SW.size() >= 3 && r.SW.at(2) == QLatin1Char('8'));

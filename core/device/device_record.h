@@ -59,6 +59,8 @@ struct DeviceRecord {
     bool valve_layout = false; // second set of valve labels
     bool alarm_at_47 = false;  // alarm bits of "I" at position 47 instead of 24
     bool o22_source = false;   // O22 alarm from alarme2; extended status layout
+    bool clock_supported = false;     // the send queue lets "T" through
+    bool remaining_supported = false; // the send queue lets "S" through
     bool special_model = false; // SW "628"/"528", or family above "70" with "8" as third SW character
     bool bulk_read_started = false; // the automatic status readout of the poll cycle has begun
     QStringList bulk_texts;     // 41 texts (0..40) kept for that readout
