@@ -45,8 +45,8 @@ public:
 
     FeatureHooks hooks;
 
-    // Receives every valid frame's payload. The poll cycle points it at the
-    // response interpreter.
+    // Receives every valid frame's payload: the response interpreter, unless
+    // a front end or a test puts something in between.
     std::function<void(const QByteArray&)> payload_handler;
 };
 

@@ -1,13 +1,13 @@
 #include "protocol/poll_cycle.h"
 
 #include "app_context.h"
+#include "config/text_file.h"
 #include "link/device_connection.h"
 #include "protocol/commands.h"
 #include "protocol/frames.h"
 #include "protocol/response_interpreter.h"
 
 #include <QDir>
-#include <QSaveFile>
 
 namespace veltrako::protocol {
 
@@ -18,7 +18,9 @@ const QString crlf = QStringLiteral("\r\n");
 // Remainder that stays non-negative however far the counter has run.
 int tick_mod(qint32 tick, int n) { return ((tick % n) + n) % n; }
 
-bool permitted(const AppContext& ctx, const QByteArray& head) {
+} // namespace
+
+bool send_permitted(const AppContext& ctx, const QByteArray& head) {
     const QString v = version_code(ctx);
     const device::DeviceRecord& d = ctx.device;
     // Whole-payload comparisons: the gates apply to one-letter requests only.
@@ -34,6 +36,8 @@ bool permitted(const AppContext& ctx, const QByteArray& head) {
         return false;
     return true;
 }
+
+namespace {
 
 // Clears the tick's re-entrancy guard on every way out.
 struct BusyGuard {
@@ -149,7 +153,7 @@ void send_next(AppContext& ctx) {
     std::move(p.send_queue.begin() + 2, p.send_queue.begin() + p.queue_count + 1,
               p.send_queue.begin() + 1);
     p.queue_count -= 1;
-    if (!permitted(ctx, head))
+    if (!send_permitted(ctx, head))
         return;
     p.waiting_reply = true;
     p.last_command = head;
@@ -220,11 +224,9 @@ QString cmd_saveprotokoll(AppContext& ctx) {
     const QString path = ctx.program_dir + QStringLiteral("protokoll") +
                          ctx.clock.now().toString(QStringLiteral("yyyyMMddHHmmss")) +
                          QStringLiteral(".txt");
-    QSaveFile file(path);
-    if (!file.open(QIODevice::WriteOnly) ||
-        file.write((ctx.comm_log.comm_log + crlf).toUtf8()) < 0 || !file.commit()) {
-        show_msg(ctx, ctx.language.text(6) + QDir::toNativeSeparators(path) + crlf +
-                          file.errorString());
+    // The log already holds its CR LF line ends; it goes out as one piece.
+    if (!config::write_text_lines(path, {ctx.comm_log.comm_log})) {
+        show_msg(ctx, ctx.language.text(6) + QDir::toNativeSeparators(path));
         return {};
     }
     return path;

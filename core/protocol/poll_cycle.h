@@ -16,6 +16,8 @@ bool queue_command(AppContext& ctx, const QByteArray& payload);
 // Sends the oldest queued command unless an answer is outstanding or the
 // device's version withholds it; a withheld command is dropped.
 void send_next(AppContext& ctx);
+// Whether the device's version lets this payload through the queue.
+bool send_permitted(const AppContext& ctx, const QByteArray& payload);
 // One tick of Timer1.
 void timer1_tick(AppContext& ctx);
 // Empties the receive buffer and the queue, forgets the outstanding command,
