@@ -155,6 +155,7 @@ private slots:
         config::LanguageTables language;
         language.language_text[4204] = "Pressure (hPa)";
         QCOMPARE(chart_texts(language).pressure, QString("Pressure (hPa)"));
+        QCOMPARE(chart_texts(language).o2, ChartTexts{}.o2); // no entry: designed text
 
         LiveChart chart;
         chart.resize(640, 320);

@@ -161,12 +161,18 @@ QRect live_chart_plot_area(const QFontMetrics& fm, const QRect& area, const Char
 }
 
 ChartTexts chart_texts(const config::LanguageTables& language) {
+    // A diagram without its legend cannot be read: where the language file
+    // has no entry the designed text stays.
     ChartTexts t;
-    t.o2 = language.text(4201);
-    t.flow = language.text(4202);
-    t.set_flow = language.text(4203);
-    t.pressure = language.text(4204);
-    t.time = language.text(4205);
+    const auto take = [](QString& target, const QString& text) {
+        if (!text.isEmpty())
+            target = text;
+    };
+    take(t.o2, language.text(4201));
+    take(t.flow, language.text(4202));
+    take(t.set_flow, language.text(4203));
+    take(t.pressure, language.text(4204));
+    take(t.time, language.text(4205));
     return t;
 }
 

@@ -29,7 +29,7 @@ inline const QColor set_flow{230, 130, 0};
 inline const QColor pressure{210, 0, 0};
 } // namespace chart_colour
 
-// Legend and axis texts.
+// Legend and axis texts, designed in German.
 struct ChartTexts {
     QString o2 = QStringLiteral("O2 (%)");
     QString flow = QStringLiteral("Flow (l/min)");
@@ -37,6 +37,7 @@ struct ChartTexts {
     QString pressure = QStringLiteral("Druck (hPa)");
     QString time = QStringLiteral("Zeit (s)");
 };
+// The texts from the language tables; an empty entry keeps the designed text.
 ChartTexts chart_texts(const config::LanguageTables& language);
 
 // One axis: its range and the distance between labelled ticks.

@@ -39,7 +39,9 @@ QGroupBox* identity_frame() {
                          const QString& box_name, bool read_only, QWidget* b1 = nullptr,
                          QWidget* b2 = nullptr) {
         grid->addWidget(make_label(label_name, tag, caption), row, 0);
-        grid->addWidget(make_box(box_name, read_only), row, 1);
+        QLineEdit* box = make_box(box_name, read_only);
+        box->setMinimumWidth(170); // a full date and time fits
+        grid->addWidget(box, row, 1);
         if (b1)
             grid->addWidget(b1, row, 2);
         if (b2)
