@@ -15,9 +15,11 @@ namespace veltrako::ui {
 namespace {
 
 void set_text(QWidget* w, const QString& text) {
-    if (auto* line = qobject_cast<QLineEdit*>(w))
-        line->setText(text);
-    else if (auto* plain = qobject_cast<QPlainTextEdit*>(w))
+    // Writing the same text again would only drop the user's selection.
+    if (auto* line = qobject_cast<QLineEdit*>(w)) {
+        if (line->text() != text)
+            line->setText(text);
+    } else if (auto* plain = qobject_cast<QPlainTextEdit*>(w))
         plain->setPlainText(text);
     else if (auto* rich = qobject_cast<QTextEdit*>(w))
         rich->setPlainText(text);
