@@ -1,0 +1,54 @@
+#include "startup.h"
+
+#include "app_context.h"
+#include "apply_language.h"
+#include "config/config.h"
+#include "config/language.h"
+#include "frm_main.h"
+#include "protocol/poll_cycle.h"
+
+#include <QGuiApplication>
+#include <QScreen>
+
+namespace veltrako::ui {
+
+namespace {
+
+// The initialisation routine, in its order: program folder, configuration,
+// timer interval, language, clock origin of the log, general reset.
+void initialise(AppContext& ctx, const StartupOptions& options) {
+    ctx.program_dir = config::program_folder(options.application_dir);
+    config::set_config_defaults(ctx.config, ctx.program_dir);
+    config::load_config(ctx.config, ctx.program_dir + QLatin1String(config::config_file_name),
+                        ctx.program_dir, ctx.ui);
+    ctx.timer1.set_interval(ctx.config.TIMERINTERVAL);
+    config::load_language(ctx.language,
+                          ctx.program_dir + QStringLiteral("lang") + options.language_code +
+                              QStringLiteral(".txt"),
+                          ctx.ui);
+    ctx.comm_log.log_start = seconds_since_midnight(ctx.clock.now());
+    protocol::reset_link_state(ctx);
+}
+
+void size_form(FrmMain& form) {
+    const QScreen* screen = QGuiApplication::primaryScreen();
+    const QSize wanted(1100, 760);
+    if (!screen) {
+        form.resize(wanted);
+        return;
+    }
+    form.resize(wanted.boundedTo(screen->availableSize() * 0.95));
+}
+
+} // namespace
+
+void form_load(FrmMain& form, AppContext& ctx, const StartupOptions& options) {
+    initialise(ctx, options);
+    form.set_language_applier([&ctx](QWidget& f) { apply_language(f, ctx.language); });
+    apply_language(form, ctx.language);
+    size_form(form);
+    form.select_page(Page::geraet);
+    protocol::connect_routine(ctx);
+}
+
+} // namespace veltrako::ui
