@@ -1,5 +1,7 @@
 #include "app_context.h"
 
+#include "protocol/response_interpreter.h"
+
 namespace veltrako {
 
 AppContext::AppContext(Clock& clock_, UserInterface& ui_,
@@ -7,6 +9,9 @@ AppContext::AppContext(Clock& clock_, UserInterface& ui_,
     : clock(clock_), ui(ui_) {
     link.backend = std::move(backend);
     comm_log.log_start = seconds_since_midnight(clock.now());
+    payload_handler = [this](const QByteArray& payload) {
+        protocol::dispatch_response(*this, payload);
+    };
 }
 
 void show_msg(AppContext& ctx, const QString& text) { ctx.ui.show_msg(text); }

@@ -5,9 +5,14 @@
 #include "clock.h"
 #include "config/config.h"
 #include "config/language.h"
+#include "device/device_record.h"
+#include "device/live_history.h"
+#include "feature_hooks.h"
 #include "link/link_state.h"
 #include "protocol/comm_log.h"
+#include "protocol/poll_timer.h"
 #include "protocol/protocol_state.h"
+#include "status/status_memory.h"
 #include "user_interface.h"
 
 #include <QByteArray>
@@ -32,9 +37,16 @@ public:
     link::LinkState link;
     protocol::ProtocolState protocol;
     protocol::CommLog comm_log;
+    protocol::PollTimer timer1; // Timer1
 
-    // Receives every valid frame's payload. The poll cycle points it at the
-    // response interpreter.
+    device::DeviceRecord device;
+    device::LiveHistory live_history;
+    status::StatusMemory status;
+
+    FeatureHooks hooks;
+
+    // Receives every valid frame's payload: the response interpreter, unless
+    // a front end or a test puts something in between.
     std::function<void(const QByteArray&)> payload_handler;
 };
 

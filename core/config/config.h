@@ -12,17 +12,30 @@ namespace veltrako::config {
 inline constexpr auto config_file_name = "veltrako2.ini";
 
 struct Config {
-    double TIMEOUT = 1;         // answer time-out of the poll cycle, seconds
-    double timeout_second = 1;  // set together with TIMEOUT, never written back
-    qint16 TIMERINTERVAL = 50;  // poll timer interval, milliseconds
-    QString INITDIR;            // start folder of every file dialog
+    double TIMEOUT = 1;        // answer time-out of the poll cycle, seconds
+    double timeout_second = 1; // set together with TIMEOUT, never written back
+    qint16 TIMERINTERVAL = 50; // poll timer interval, milliseconds
+    QString INITDIR;           // start folder of every file dialog
     QString AUTOSAVE = QStringLiteral("0");
     QString AUTOSAVEDIR;
 };
 
+// The folder of the program with a trailing "/", so that file names can be
+// appended to it as they stand.
+QString program_folder(const QString& application_dir);
+
+// INITDIR becomes `program_dir` (with its trailing separator).
 void set_config_defaults(Config& config, const QString& program_dir);
+
+// Reads `path` over the values already in `config`. On any error (file
+// missing, TIMERINTERVAL not a 16-bit whole number, a known key on a line
+// without "|") every value goes back to its default, the message "unable to
+// load configuration" is shown and the result is false.
 bool load_config(Config& config, const QString& path, const QString& program_dir,
                  UserInterface& ui);
+
+// Writes the five lines; TIMEOUT in the user's locale, as load_config reads
+// it. False on any error, without a message.
 bool save_config(const Config& config, const QString& path);
 
 } // namespace veltrako::config

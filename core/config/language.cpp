@@ -1,6 +1,26 @@
 #include "config/language.h"
 
+#include "config/text_file.h"
+#include "user_interface.h"
+
+#include <QStringList>
+
+#include <algorithm>
+
 namespace veltrako::config {
+
+namespace {
+
+constexpr int max_font_size = 255;
+
+// A whole number in [0, max]; -1 otherwise.
+int bounded_number(const QString& field, int max) {
+    bool ok = false;
+    const int n = field.trimmed().toInt(&ok);
+    return ok && n >= 0 && n <= max ? n : -1;
+}
+
+} // namespace
 
 QString LanguageTables::text(int n) const {
     if (n < 0 || n >= language_entries)
@@ -12,6 +32,38 @@ quint8 LanguageTables::size(int n) const {
     if (n < 0 || n >= language_entries)
         return 0;
     return language_size[static_cast<std::size_t>(n)];
+}
+
+bool load_language(LanguageTables& tables, const QString& path, UserInterface& ui) {
+    std::fill(tables.language_text.begin(), tables.language_text.end(), QString());
+    std::fill(tables.language_size.begin(), tables.language_size.end(), quint8{0});
+
+    const auto fail = [&ui] {
+        ui.show_msg(QStringLiteral("Language File could not be loaded."));
+        return false;
+    };
+
+    // Our language files are UTF-8 (texts such as "Gerät" and "Prüfer");
+    // read_text_lines decodes them so.
+    const std::optional<QStringList> lines = read_text_lines(path);
+    if (!lines)
+        return fail();
+    for (const QString& raw : *lines) {
+        const QString line = raw.trimmed();
+        if (line.isEmpty() || line.startsWith(QLatin1Char('*')))
+            continue;
+        const QStringList fields = line.split(QLatin1Char('|'));
+        if (fields.size() < 3)
+            return fail();
+        const int number = bounded_number(fields[0], language_entries - 1);
+        const int size = bounded_number(fields[1], max_font_size);
+        if (number < 0 || size < 0)
+            return fail();
+        const auto at = static_cast<std::size_t>(number);
+        tables.language_text[at] = fields[2];
+        tables.language_size[at] = static_cast<quint8>(size);
+    }
+    return true;
 }
 
 } // namespace veltrako::config

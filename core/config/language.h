@@ -23,6 +23,12 @@ struct LanguageTables {
     quint8 size(int n) const;
 };
 
+// Empties both tables, then fills them from `path`: lines "number|size|text",
+// trimmed; empty lines and lines starting with "*" are comments; a later line
+// for the same number wins. A line that cannot be read ends loading with the
+// message "Language File could not be loaded." and false, keeping what was
+// stored before it. A missing file leaves the tables empty, so every tagged
+// caption comes out empty and the fault is plain to see.
 bool load_language(LanguageTables& tables, const QString& path, UserInterface& ui);
 
 } // namespace veltrako::config

@@ -1,0 +1,73 @@
+#include "console_ui.h"
+
+#include <cstdio>
+
+namespace veltrako::cli {
+
+namespace {
+QString plain(QString text) {
+    text.replace(QStringLiteral("\r\n"), QStringLiteral("\n"));
+    while (text.endsWith(QLatin1Char('\n')))
+        text.chop(1);
+    return text;
+}
+} // namespace
+
+void print_error(const QString& text) {
+    std::fprintf(stderr, "%s\n", qUtf8Printable(plain(text)));
+    std::fflush(stderr);
+}
+
+void ConsoleUi::show_msg(const QString& text, MsgIcon, const QString&) {
+    ++messages_;
+    print_error(text);
+}
+
+bool ConsoleUi::answer(const QString& question) {
+    if (preset_answer)
+        return *preset_answer;
+    unanswered_ = true;
+    print_error(question);
+    print_error(QStringLiteral("(no answer given: use --yes or --no)"));
+    return false;
+}
+
+bool ConsoleUi::ask_yes_no(const QString& text, const QString&) { return answer(text); }
+bool ConsoleUi::ask_ok_cancel(const QString& text, const QString&) { return answer(text); }
+
+std::optional<QString> ConsoleUi::input_box(const QString& prompt, const QString&, const QString&) {
+    if (preset_input) {
+        // Given once: asking again (after an invalid entry) cancels.
+        auto value = preset_input;
+        preset_input.reset();
+        return value;
+    }
+    unanswered_ = true;
+    print_error(prompt);
+    print_error(QStringLiteral("(no input given: use --input TEXT)"));
+    return std::nullopt;
+}
+
+QString ConsoleUi::choose_open_file(const FileDialogRequest& request) {
+    if (preset_file)
+        return *preset_file;
+    unanswered_ = true;
+    print_error(request.title + QStringLiteral(" (no file given: use --file PATH)"));
+    return {};
+}
+
+QString ConsoleUi::choose_save_file(const FileDialogRequest& request) {
+    return choose_open_file(request);
+}
+
+void ConsoleUi::append_out(const QString& text) {
+    if (verbose)
+        print_error(text);
+}
+
+void ConsoleUi::device_record_changed() {
+    if (on_record_changed)
+        on_record_changed();
+}
+
+} // namespace veltrako::cli

@@ -1,0 +1,54 @@
+#pragma once
+// The person in front of a terminal: messages go to stderr, questions take
+// their answer from the command line or fail clearly, and there is no page
+// but the first.
+
+#include "user_interface.h"
+
+#include <QStringList>
+
+#include <functional>
+#include <optional>
+
+namespace veltrako::cli {
+
+class ConsoleUi final : public UserInterface {
+public:
+    // Answers given on the command line (--yes / --no, --input, --file).
+    std::optional<bool> preset_answer;
+    std::optional<QString> preset_input;
+    std::optional<QString> preset_file;
+    // Lines of the developer page go to stderr too.
+    bool verbose = false;
+    // Called whenever the device record changed.
+    std::function<void()> on_record_changed;
+
+    // True once a question came up that the command line did not answer.
+    bool unanswered_question() const { return unanswered_; }
+    int messages_shown() const { return messages_; }
+
+    void show_msg(const QString& text, MsgIcon icon, const QString& title) override;
+    bool ask_yes_no(const QString& text, const QString& title) override;
+    bool ask_ok_cancel(const QString& text, const QString& title) override;
+    std::optional<QString> input_box(const QString& prompt, const QString& title,
+                                     const QString& initial) override;
+    QString choose_open_file(const FileDialogRequest& request) override;
+    QString choose_save_file(const FileDialogRequest& request) override;
+    void set_busy(bool) override {}
+    Page current_page() const override { return Page::geraet; }
+    void select_page(Page) override {}
+    void append_out(const QString& text) override;
+    void clear_out() override {}
+    void set_info_caption(const QString&) override {}
+    void device_record_changed() override;
+
+private:
+    bool answer(const QString& question);
+    bool unanswered_ = false;
+    int messages_ = 0;
+};
+
+// Writes a line to stderr, line breaks of device texts made plain.
+void print_error(const QString& text);
+
+} // namespace veltrako::cli

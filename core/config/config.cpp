@@ -1,0 +1,102 @@
+#include "config/config.h"
+
+#include "config/dates.h"
+#include "config/text_file.h"
+#include "user_interface.h"
+
+#include <QLocale>
+#include <QStringList>
+
+namespace veltrako::config {
+
+namespace {
+
+constexpr QLatin1String key_timeout("TIMEOUT");
+constexpr QLatin1String key_timerinterval("TIMERINTERVAL");
+constexpr QLatin1String key_initdir("INITDIR");
+constexpr QLatin1String key_autosave("AUTOSAVE");
+constexpr QLatin1String key_autosavedir("AUTOSAVEDIR");
+
+// One line applied to `config`; false when the line makes the file unusable.
+bool apply_line(Config& config, const QString& line) {
+    const QStringList fields = line.split(QLatin1Char('|'));
+    const QString& key = fields[0];
+    QString* text_value = key == key_initdir       ? &config.INITDIR
+                          : key == key_autosave    ? &config.AUTOSAVE
+                          : key == key_autosavedir ? &config.AUTOSAVEDIR
+                                                   : nullptr;
+    const bool known = text_value || key == key_timeout || key == key_timerinterval;
+    // A line whose key is unknown is ignored, "|" or not; a known key without
+    // a value means the file is not ours to trust.
+    if (!known)
+        return true;
+    if (fields.size() < 2)
+        return false;
+    const QString& value = fields[1];
+
+    if (text_value) {
+        *text_value = value;
+    } else if (key == key_timeout) {
+        config.TIMEOUT = text_to_number(value).value_or(0);
+        config.timeout_second = config.TIMEOUT;
+    } else {
+        bool ok = false;
+        const short interval = value.trimmed().toShort(&ok);
+        if (!ok)
+            return false;
+        config.TIMERINTERVAL = interval;
+    }
+    return true;
+}
+
+} // namespace
+
+QString program_folder(const QString& application_dir) {
+    if (application_dir.endsWith(QLatin1Char('/')))
+        return application_dir;
+    return application_dir + QLatin1Char('/');
+}
+
+void set_config_defaults(Config& config, const QString& program_dir) {
+    config = Config{};
+    config.INITDIR = program_folder(program_dir);
+}
+
+bool load_config(Config& config, const QString& path, const QString& program_dir,
+                 UserInterface& ui) {
+    const auto fail = [&] {
+        set_config_defaults(config, program_dir);
+        ui.show_msg(QStringLiteral("unable to load configuration"));
+        return false;
+    };
+
+    const std::optional<QStringList> lines = read_text_lines(path);
+    if (!lines)
+        return fail();
+    for (const QString& line : *lines) {
+        if (line.isEmpty())
+            continue;
+        if (!apply_line(config, line))
+            return fail();
+    }
+    return true;
+}
+
+bool save_config(const Config& config, const QString& path) {
+    // General number form: no thousands grouping, shortest digits that read
+    // back to the same value, the locale's decimal separator.
+    QLocale locale;
+    locale.setNumberOptions(locale.numberOptions() | QLocale::OmitGroupSeparator);
+    const QString timeout = locale.toString(config.TIMEOUT, 'g', QLocale::FloatingPointShortest);
+
+    const auto line = [](QLatin1String key, const QString& value) {
+        return QString(key) + QLatin1Char('|') + value;
+    };
+    return write_text_lines(path,
+                            {line(key_timeout, timeout),
+                             line(key_timerinterval, QString::number(config.TIMERINTERVAL)),
+                             line(key_initdir, config.INITDIR), line(key_autosave, config.AUTOSAVE),
+                             line(key_autosavedir, config.AUTOSAVEDIR)});
+}
+
+} // namespace veltrako::config

@@ -1,0 +1,237 @@
+#include "protocol/poll_cycle.h"
+
+#include "app_context.h"
+#include "config/text_file.h"
+#include "link/device_connection.h"
+#include "protocol/commands.h"
+#include "protocol/frames.h"
+#include "protocol/response_interpreter.h"
+
+#include <QDir>
+
+namespace veltrako::protocol {
+
+namespace {
+
+const QString crlf = QStringLiteral("\r\n");
+
+// Remainder that stays non-negative however far the counter has run.
+int tick_mod(qint32 tick, int n) { return ((tick % n) + n) % n; }
+
+} // namespace
+
+bool send_permitted(const AppContext& ctx, const QByteArray& head) {
+    const QString v = version_code(ctx);
+    const device::DeviceRecord& d = ctx.device;
+    // Whole-payload comparisons: the gates apply to one-letter requests only.
+    if (head == "T" && !d.clock_supported)
+        return false;
+    if (head == "S" && !d.remaining_supported)
+        return false;
+    if ((head == "U" || head == "O") && v < QLatin1String("51"))
+        return false;
+    if (head == "X" && v < QLatin1String("30"))
+        return false;
+    if (head == "!" && v < QLatin1String("53"))
+        return false;
+    return true;
+}
+
+namespace {
+
+// Clears the tick's re-entrancy guard on every way out.
+struct BusyGuard {
+    bool& busy;
+    explicit BusyGuard(bool& b) : busy(b) { busy = true; }
+    ~BusyGuard() { busy = false; }
+    BusyGuard(const BusyGuard&) = delete;
+    BusyGuard& operator=(const BusyGuard&) = delete;
+};
+
+QString now_text(const AppContext& ctx) {
+    const QLocale locale;
+    const QDateTime now = ctx.clock.now();
+    return locale.toString(now.date(), QLocale::ShortFormat) + QLatin1Char(' ') +
+           locale.toString(now.time(), QLocale::LongFormat);
+}
+
+void handle_timeout(AppContext& ctx) {
+    ProtocolState& p = ctx.protocol;
+    const float now = seconds_since_midnight(ctx.clock.now());
+    // Deliberately not looking at waiting_reply: a device that stays silent
+    // longer than the time-out is asked again even with nothing outstanding.
+    if (since_midnight_difference(now, ctx.device.last_answer_time) <= ctx.config.TIMEOUT)
+        return;
+    if (p.retry_count < 3) {
+        p.retry_count += 1;
+        ctx.device.last_answer_time = now;
+        show_info(ctx, now_text(ctx) + QStringLiteral(" Timeout Nr ") +
+                           QString::number(p.retry_count) + QStringLiteral(" Command:") +
+                           QString::fromLatin1(p.last_command) + crlf);
+        p.waiting_reply = true;
+        send_frame(ctx, p.last_command);
+        return;
+    }
+    link::close_device(ctx);
+    show_msg(ctx, ctx.language.text(4) + crlf + ctx.language.text(5));
+    reset_link_state(ctx);
+    ctx.ui.select_page(Page::geraet);
+    // Back on, so the silent reconnection runs from the next tick.
+    ctx.timer1.set_enabled(true);
+}
+
+void receive(AppContext& ctx) {
+    ProtocolState& p = ctx.protocol;
+    for (;;) {
+        const QByteArray received = link::read_waiting(ctx);
+        if (received.isEmpty())
+            return;
+        parse_frames(ctx, received);
+        // A run of compliance record reads goes on without waiting for the
+        // next tick.
+        if (p.queue_count >= 1 && p.send_queue[1].startsWith('k') && !p.waiting_reply) {
+            send_next(ctx);
+            ctx.clock.wait_ms(20);
+            continue;
+        }
+        return;
+    }
+}
+
+void queue_periodic(AppContext& ctx) {
+    const qint32 t = ctx.protocol.tick_count;
+    const QString v = version_code(ctx);
+    if (tick_mod(t, 8) == 0 || tick_mod(t, 8) == 4)
+        queue_command(ctx, cmd::live_status());
+    if (tick_mod(t, 8) == 2)
+        queue_command(ctx, cmd::read_clock());
+    if (tick_mod(t, 400) == 11)
+        queue_command(ctx, cmd::read_hours());
+    if (tick_mod(t, 40) == 34)
+        queue_command(ctx, cmd::read_remaining());
+    if (v >= QLatin1String("52")) {
+        if (tick_mod(t, 100) == 35)
+            queue_command(ctx, cmd::information());
+        const int slot = tick_mod(t, 400);
+        if (slot >= 21 && slot <= 33 && slot % 2 == 1)
+            queue_command(ctx, cmd::read_timing((slot - 21) / 2));
+    }
+    // Devices from "70" on keep their status memory saved automatically
+    // once per connection when the configuration asks for it.
+    device::DeviceRecord& d = ctx.device;
+    if (v >= QLatin1String("70") && ctx.config.AUTOSAVE.trimmed().toDouble() == 1.0 &&
+        !d.bulk_read_started) {
+        d.bulk_read_started = true;
+        ctx.ui.set_busy(true);
+        d.bulk_texts.resize(41);
+        ctx.status.restart();
+        ctx.status.mark = status::ReadoutMark::pending;
+        queue_command(ctx, cmd::read_status_record(1));
+    }
+}
+
+} // namespace
+
+bool queue_command(AppContext& ctx, const QByteArray& payload) {
+    ProtocolState& p = ctx.protocol;
+    if (p.queue_count >= send_queue_capacity) {
+        show_msg(ctx, QStringLiteral("Outbuffer overflow"));
+        reset_link_state(ctx);
+        return true;
+    }
+    p.queue_count += 1;
+    p.send_queue[static_cast<std::size_t>(p.queue_count)] = payload;
+    return true;
+}
+
+void send_next(AppContext& ctx) {
+    ProtocolState& p = ctx.protocol;
+    if (p.queue_count < 1 || p.waiting_reply)
+        return;
+    const QByteArray head = p.send_queue[1];
+    // A withheld command is dropped, not kept for later.
+    std::move(p.send_queue.begin() + 2, p.send_queue.begin() + p.queue_count + 1,
+              p.send_queue.begin() + 1);
+    p.queue_count -= 1;
+    if (!send_permitted(ctx, head))
+        return;
+    p.waiting_reply = true;
+    p.last_command = head;
+    send_frame(ctx, head);
+}
+
+void timer1_tick(AppContext& ctx) {
+    ProtocolState& p = ctx.protocol;
+    if (p.timer_busy)
+        return;
+    const BusyGuard guard(p.timer_busy);
+    p.tick_count = static_cast<qint32>(static_cast<quint32>(p.tick_count) + 1u);
+
+    if (ctx.link.device_handle == 0) {
+        if (ctx.ui.current_page() == Page::geraet && link::open_device(ctx, true)) {
+            if (ctx.hooks.device_found)
+                ctx.hooks.device_found();
+            connect_routine(ctx);
+        }
+        return;
+    }
+
+    handle_timeout(ctx);
+    receive(ctx);
+
+    if (!ctx.device.live_valid) {
+        send_next(ctx);
+        return;
+    }
+    queue_periodic(ctx);
+    send_next(ctx);
+}
+
+void reset_link_state(AppContext& ctx) {
+    ProtocolState& p = ctx.protocol;
+    p.rx_buffer.clear();
+    p.queue_count = 0;
+    p.waiting_reply = false;
+    p.last_command.clear();
+    p.retry_count = 0;
+    device::clear_device_record(ctx.device);
+    // The answer clock restarts now, so a fresh connection is not taken for a
+    // silent one.
+    ctx.device.last_answer_time = seconds_since_midnight(ctx.clock.now());
+    ctx.live_history.clear();
+    ctx.ui.device_record_changed();
+    if (ctx.hooks.link_reset)
+        ctx.hooks.link_reset();
+    ctx.timer1.set_enabled(false);
+}
+
+void queue_initial_sequence(AppContext& ctx) {
+    ctx.ui.set_busy(true);
+    for (const QByteArray& payload : cmd::initial_sequence())
+        queue_command(ctx, payload);
+}
+
+void connect_routine(AppContext& ctx) {
+    reset_link_state(ctx);
+    if (link::open_device(ctx, false))
+        queue_initial_sequence(ctx);
+    ctx.timer1.set_enabled(true);
+}
+
+void cmd_clear(AppContext& ctx) { ctx.ui.clear_out(); }
+
+QString cmd_saveprotokoll(AppContext& ctx) {
+    const QString path = ctx.program_dir + QStringLiteral("protokoll") +
+                         ctx.clock.now().toString(QStringLiteral("yyyyMMddHHmmss")) +
+                         QStringLiteral(".txt");
+    // The log already holds its CR LF line ends; it goes out as one piece.
+    if (!config::write_text_lines(path, {ctx.comm_log.comm_log})) {
+        show_msg(ctx, ctx.language.text(6) + QDir::toNativeSeparators(path));
+        return {};
+    }
+    return path;
+}
+
+void cmd_sendcommand(AppContext& ctx, const QByteArray& typed) { queue_command(ctx, typed); }
+
+} // namespace veltrako::protocol

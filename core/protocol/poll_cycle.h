@@ -1,0 +1,39 @@
+#pragma once
+// The send queue and the poll tick: one command in flight at a time,
+// repetitions on silence, the periodic requests, and the general reset.
+
+#include <QByteArray>
+
+namespace veltrako {
+class AppContext;
+}
+
+namespace veltrako::protocol {
+
+// Appends a payload to the send queue. A full queue shows "Outbuffer
+// overflow" and resets the link state; the payload is lost. Always true.
+bool queue_command(AppContext& ctx, const QByteArray& payload);
+// Sends the oldest queued command unless an answer is outstanding or the
+// device's version withholds it; a withheld command is dropped.
+void send_next(AppContext& ctx);
+// Whether the device's version lets this payload through the queue.
+bool send_permitted(const AppContext& ctx, const QByteArray& payload);
+// One tick of Timer1.
+void timer1_tick(AppContext& ctx);
+// Empties the receive buffer and the queue, forgets the outstanding command,
+// clears the device record and its displays, switches Timer1 off.
+void reset_link_state(AppContext& ctx);
+// Queues the 29 requests that follow opening a device.
+void queue_initial_sequence(AppContext& ctx);
+// General reset, open the device, initial sequence, Timer1 on (also when no
+// device was found, so that the silent reconnection takes over).
+void connect_routine(AppContext& ctx);
+
+// The "Entwickler" page's actions.
+void cmd_clear(AppContext& ctx);
+// Writes the communication log to program folder + "protokoll" + yyyymmddhhnnss + ".txt";
+// returns the file written, or an empty text on failure.
+QString cmd_saveprotokoll(AppContext& ctx);
+void cmd_sendcommand(AppContext& ctx, const QByteArray& typed);
+
+} // namespace veltrako::protocol

@@ -1,0 +1,323 @@
+// The send queue and the poll tick against a scripted device over the
+// in-process link, with a hand-driven clock: order of the initial requests,
+// the version gates, repetitions on silence, the periodic schedule, the fast
+// path of compliance record reads, and the communication log.
+
+#include "app_context.h"
+#include "fake_user_interface.h"
+#include "link/sim_link.h"
+#include "manual_clock.h"
+#include "protocol/commands.h"
+#include "protocol/poll_cycle.h"
+#include "protocol/response_interpreter.h"
+#include "scripted_peer.h"
+
+#include <QMap>
+#include <QTemporaryDir>
+#include <QTest>
+
+using namespace veltrako;
+using namespace veltrako::testing;
+using namespace veltrako::protocol;
+
+namespace {
+
+QByteArray live_answer(int ticks) {
+    QByteArray p(47, '\0');
+    p[0] = 'I';
+    p[1] = static_cast<char>(ticks >> 8);
+    p[2] = static_cast<char>(ticks & 0xFF);
+    p[7] = 93;
+    return p;
+}
+
+// What a device answers, in the shape the interpreter reads: the request
+// echoed with its value bytes behind it.
+QByteArray plausible_answer(const QByteArray& p) {
+    switch (p.at(0)) {
+    case 'U': case 'O': case 'X': case 'r':
+        return p + '\x05';
+    case 'T':
+        return p + QByteArray(4, '\x01');
+    case 'S':
+        return p + QByteArray(2, '\x01');
+    case '!':
+        return "!info";
+    case 'e':
+        return p + QByteArray(uchar(p.at(3)), '\x01');
+    default:
+        return p.left(1); // writes are acknowledged with their letter
+    }
+}
+
+struct Harness {
+    explicit Harness(const QByteArray& sw = "5301") {
+        peer->answer = [this, sw](const QByteArray& p) -> QByteArray {
+            if (silent)
+                return {};
+            if (p == "?")
+                return "?" + sw;
+            if (p == "I")
+                return live_answer(ticks += 5);
+            return plausible_answer(p);
+        };
+        ctx = std::make_unique<AppContext>(clock, ui, std::make_unique<link::SimLink>(clock, peer));
+        ctx->payload_handler = [this](const QByteArray& p) { dispatch_response(*ctx, p); };
+        for (int n : {4, 5})
+            ctx->language.language_text[n] = QStringLiteral("text%1").arg(n);
+    }
+    void tick(int n = 1) {
+        for (int i = 0; i < n; ++i) {
+            clock.advance_ms(50);
+            timer1_tick(*ctx);
+        }
+    }
+    void connect_and_settle() {
+        connect_routine(*ctx);
+        tick(40);
+    }
+
+    ManualClock clock;
+    FakeUserInterface ui;
+    std::shared_ptr<ScriptedPeer> peer = std::make_shared<ScriptedPeer>();
+    std::unique_ptr<AppContext> ctx;
+    bool silent = false;
+    int ticks = 0;
+};
+
+QList<QByteArray> without(QList<QByteArray> list, const QList<QByteArray>& dropped) {
+    list.removeIf([&](const QByteArray& p) { return dropped.contains(p); });
+    return list;
+}
+
+} // namespace
+
+class TestPollCycle : public QObject {
+    Q_OBJECT
+private slots:
+    void initial_sequence_goes_out_in_order_data() {
+        QTest::addColumn<QByteArray>("sw");
+        QTest::addColumn<QList<QByteArray>>("withheld");
+        QTest::newRow("version 53: everything") << QByteArray("5301") << QList<QByteArray>{};
+        QTest::newRow("version 52: no \"!\"") << QByteArray("5201") << QList<QByteArray>{"!"};
+        QTest::newRow("version 21: no U, O, X, \"!\"")
+            << QByteArray("2141") << QList<QByteArray>{"U", "O", "X", "!"};
+    }
+    void initial_sequence_goes_out_in_order() {
+        QFETCH(QByteArray, sw);
+        QFETCH(QList<QByteArray>, withheld);
+        Harness h(sw);
+        connect_routine(*h.ctx);
+        QVERIFY(h.ui.busy);
+        QVERIFY(h.ctx->timer1.enabled());
+        h.tick(29);
+        const QList<QByteArray> expected = without(cmd::initial_sequence(), withheld);
+        QCOMPARE(h.peer->received.mid(0, expected.size()), expected);
+        QVERIFY(h.ctx->device.live_valid);
+        QVERIFY(!h.ui.busy);
+        QCOMPARE(h.ctx->device.SW, QString::fromLatin1(sw));
+    }
+
+    void withheld_command_does_not_block_the_next() {
+        Harness h("5201");
+        connect_routine(*h.ctx);
+        h.tick(30);
+        h.peer->received.clear();
+        h.ctx->protocol.queue_count = 0;
+        h.ctx->protocol.waiting_reply = false;
+        queue_command(*h.ctx, "!");
+        queue_command(*h.ctx, "X");
+        send_next(*h.ctx);
+        QVERIFY(h.peer->received.isEmpty()); // "!" dropped, nothing sent this time
+        QCOMPARE(h.ctx->protocol.queue_count, 1);
+        send_next(*h.ctx);
+        QCOMPARE(h.peer->received, QList<QByteArray>{"X"});
+    }
+
+    void overflow_empties_the_queue() {
+        Harness h;
+        for (int i = 0; i < 100; ++i)
+            queue_command(*h.ctx, "I");
+        QVERIFY(h.ui.messages.isEmpty());
+        QCOMPARE(h.ctx->protocol.queue_count, 100);
+        queue_command(*h.ctx, "T");
+        QCOMPARE(h.ui.messages, QStringList{"Outbuffer overflow"});
+        QCOMPARE(h.ctx->protocol.queue_count, 0);
+    }
+
+    void silent_device_is_asked_three_times_then_closed() {
+        Harness h;
+        connect_routine(*h.ctx);
+        h.silent = true;
+        h.tick(1); // sends "?"
+        h.tick(100);
+        const QStringList lines = h.ui.out.split("\r\n", Qt::SkipEmptyParts);
+        QStringList timeouts = lines.filter(" Timeout Nr ");
+        QCOMPARE(timeouts.size(), 3);
+        for (int i = 0; i < 3; ++i)
+            QVERIFY2(timeouts[i].endsWith(QStringLiteral(" Timeout Nr %1 Command:?").arg(i + 1)),
+                     qPrintable(timeouts[i]));
+        QCOMPARE(h.peer->received.mid(0, 4), (QList<QByteArray>{"?", "?", "?", "?"}));
+        QCOMPARE(h.ui.messages, QStringList{"text4\r\ntext5"});
+        QVERIFY(lines.contains("Device Closed"));
+        QCOMPARE(h.ui.page, Page::geraet);
+        QVERIFY(h.ctx->timer1.enabled());
+    }
+
+    void closed_link_reconnects_by_itself_on_the_first_page() {
+        Harness h;
+        h.peer->present = false;
+        connect_routine(*h.ctx); // no device: one message
+        QCOMPARE(h.ui.messages.size(), 1);
+        h.ui.page = Page::entwickler;
+        h.peer->present = true;
+        h.tick(3);
+        QCOMPARE(h.ctx->link.device_handle, 0u); // not while another page is on top
+        h.ui.page = Page::geraet;
+        h.tick(40);
+        QVERIFY(h.ctx->link.device_handle != 0);
+        QVERIFY(h.ctx->device.live_valid);
+        QCOMPARE(h.ui.messages.size(), 1);
+    }
+
+    void periodic_schedule_over_400_ticks_data() {
+        QTest::addColumn<QByteArray>("sw");
+        QTest::addColumn<int>("info");
+        QTest::addColumn<int>("timings");
+        QTest::newRow("version 53") << QByteArray("5301") << 4 << 7;
+        QTest::newRow("version 51") << QByteArray("5121") << 0 << 0;
+    }
+    void periodic_schedule_over_400_ticks() {
+        QFETCH(QByteArray, sw);
+        QFETCH(int, info);
+        QFETCH(int, timings);
+        Harness h(sw);
+        connect_routine(*h.ctx);
+        // Settle, then start the window right after a multiple of 400.
+        while (h.ctx->protocol.tick_count % 400 != 0 || h.ctx->protocol.tick_count == 0)
+            h.tick();
+        h.peer->received.clear();
+        h.tick(400);
+        QMap<QByteArray, int> sent;
+        for (const QByteArray& p : h.peer->received)
+            sent[p] += 1;
+        QCOMPARE(sent.value("I"), 100);
+        QCOMPARE(sent.value("T"), 50);
+        QCOMPARE(sent.value("S"), 10);
+        QCOMPARE(sent.value(cmd::read_hours()), 1);
+        QCOMPARE(sent.value("!"), info);
+        int r = 0;
+        for (int i = 0; i <= 6; ++i)
+            r += sent.value(cmd::read_timing(i));
+        QCOMPARE(r, timings);
+        QCOMPARE(h.ctx->protocol.retry_count, 0);
+    }
+
+    void automatic_status_readout_for_family_70_on() {
+        Harness h("7E12");
+        h.ctx->config.AUTOSAVE = "1";
+        h.peer->answer = [](const QByteArray& p) -> QByteArray {
+            if (p == "?")
+                return "?7E12";
+            if (p == "I")
+                return live_answer(0);
+            if (p.startsWith('e') && p.size() == 4 && uchar(p[1]) >= 1) {
+                QByteArray erased(22, '\xFF'); // empty status memory
+                return p + erased;
+            }
+            return p.left(1);
+        };
+        int saved = 0;
+        int shown = 0;
+        h.ctx->hooks.status_save_due = [&] { ++saved; };
+        h.ctx->hooks.status_readout_complete = [&] { ++shown; };
+        connect_routine(*h.ctx);
+        h.tick(400);
+        QCOMPARE(h.peer->received.count(cmd::read_status_record(1)), 1);
+        QCOMPARE(shown, 1);
+        QCOMPARE(saved, 1);
+    }
+
+    void compliance_reads_run_without_waiting_for_ticks() {
+        Harness h;
+        connect_routine(*h.ctx);
+        h.tick(40);
+        h.peer->received.clear();
+        h.ctx->protocol.queue_count = 0;
+        h.ctx->protocol.waiting_reply = false;
+        for (int n = 0; n < 60; ++n)
+            queue_command(*h.ctx, cmd::compliance_record(std::uint16_t(n)));
+        int nested = 0;
+        int waits = 0;
+        h.clock.on_wait = [&](int) {
+            ++waits;
+            // The timer fires during the wait; the guard turns it away.
+            const qint32 before = h.ctx->protocol.tick_count;
+            timer1_tick(*h.ctx);
+            nested += h.ctx->protocol.tick_count == before ? 1 : 0;
+        };
+        h.tick(2);
+        QCOMPARE(h.peer->received.count() - h.peer->received.count("I") - h.peer->received.count("T"), 60);
+        QVERIFY(waits >= 59);
+        QCOMPARE(nested, waits);
+        QVERIFY(h.ctx->protocol.timer_busy == false);
+    }
+
+    void timeout_survives_midnight() {
+        Harness h;
+        connect_routine(*h.ctx);
+        h.tick(40);
+        h.clock.set_now(QDateTime(QDate(2026, 3, 2), QTime(23, 59, 59, 800), Qt::UTC));
+        h.ctx->device.last_answer_time = seconds_since_midnight(h.clock.now());
+        h.silent = true;
+        h.ui.out.clear();
+        h.tick(1); // 23:59:59.850
+        h.clock.set_now(QDateTime(QDate(2026, 3, 3), QTime(0, 0, 0, 300), Qt::UTC));
+        timer1_tick(*h.ctx); // 0.5 s later, across midnight: no repetition yet
+        QVERIFY(!h.ui.out.contains("Timeout"));
+        h.clock.set_now(QDateTime(QDate(2026, 3, 3), QTime(0, 0, 1, 0), Qt::UTC));
+        timer1_tick(*h.ctx);
+        QVERIFY(h.ui.out.contains("Timeout Nr 1"));
+    }
+
+    void log_lines_and_cut() {
+        Harness h;
+        h.clock.advance_ms(12340);
+        log_comm(*h.ctx, "OUT", "49 ");
+        QCOMPARE(h.ctx->comm_log.comm_log, QString("OUT 012.34            49 \r\n"));
+        log_comm(*h.ctx, "IN", "x");
+        QVERIFY(h.ctx->comm_log.comm_log.endsWith("IN  012.34            x\r\n"));
+        qsizetype size = 0;
+        while (h.ctx->comm_log.comm_log.size() >= size) {
+            size = h.ctx->comm_log.comm_log.size();
+            log_comm(*h.ctx, "ERR", QString(500, 'y'));
+        }
+        QVERIFY(size > 59000);
+        QCOMPARE(h.ctx->comm_log.comm_log.size(), 40000);
+        QVERIFY(h.ctx->comm_log.comm_log.startsWith("OUT 012.34"));
+    }
+
+    void developer_page_actions() {
+        Harness h;
+        QTemporaryDir dir;
+        h.ctx->program_dir = dir.path() + "/";
+        h.clock.set_now(QDateTime(QDate(2024, 1, 31), QTime(15, 45, 2), Qt::UTC));
+        log_comm(*h.ctx, "OUT", "49 ");
+        const QString path = cmd_saveprotokoll(*h.ctx);
+        QCOMPARE(path, dir.path() + "/protokoll20240131154502.txt");
+        QFile file(path);
+        QVERIFY(file.open(QIODevice::ReadOnly));
+        QCOMPARE(QString::fromUtf8(file.readAll()), h.ctx->comm_log.comm_log + "\r\n");
+
+        h.ui.out = "something";
+        cmd_clear(*h.ctx);
+        QVERIFY(h.ui.out.isEmpty());
+        QVERIFY(!h.ctx->comm_log.comm_log.isEmpty());
+
+        cmd_sendcommand(*h.ctx, "\\x41I");
+        QCOMPARE(h.ctx->protocol.send_queue[1], QByteArray("\\x41I")); // as typed
+    }
+};
+
+QTEST_GUILESS_MAIN(TestPollCycle)
+#include "test_poll_cycle.moc"
