@@ -141,4 +141,11 @@ void Concentrator::report(qint64 now_ms, bool boot_loader, QByteArray request,
         observer_({now_ms, boot_loader, std::move(request), std::move(answer)});
 }
 
+std::shared_ptr<link::SimPeer> make_concentrator(const QString& scenario, QString* error) {
+    const auto s = load_scenario(scenario.isEmpty() ? QStringLiteral("default") : scenario, error);
+    if (!s)
+        return nullptr;
+    return std::make_shared<Concentrator>(*s);
+}
+
 } // namespace veltrako::sim

@@ -12,9 +12,12 @@
 
 #include <QByteArray>
 
+#include <QString>
+
 #include <deque>
 #include <functional>
 #include <limits>
+#include <memory>
 
 namespace veltrako::sim {
 
@@ -79,5 +82,10 @@ private:
     qint64 answers_since_faults_set_ = 0;
     std::function<void(const Event&)> observer_;
 };
+
+// The simulated device of "--link sim[:SCENARIO]": a sample scenario by name
+// (empty: "default") or a scenario file. nullptr with `error` set when the
+// scenario cannot be loaded.
+std::shared_ptr<link::SimPeer> make_concentrator(const QString& scenario, QString* error);
 
 } // namespace veltrako::sim

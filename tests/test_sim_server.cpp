@@ -3,6 +3,12 @@
 // calls, survives the client closing and reopening the terminal, and stops
 // cleanly on SIGTERM and SIGINT.
 
+#include "app_context.h"
+#include "fake_user_interface.h"
+#include "link/device_connection.h"
+#include "link/serial_link.h"
+#include "protocol/frames.h"
+#include "protocol/poll_cycle.h"
 #include "sim_helpers.h"
 
 #include <QElapsedTimer>
@@ -143,6 +149,65 @@ private slots:
         QVERIFY(server.process.waitForFinished(5000));
         QCOMPARE(server.process.exitStatus(), QProcess::NormalExit);
         QCOMPARE(server.process.exitCode(), 0);
+    }
+
+    // The program's serial link, opened with the program's own sequence of
+    // steps, talks to the server like to a concentrator on a USB adapter.
+    void round_trip_through_the_serial_link() {
+        Server server;
+        QVERIFY(server.start());
+        SystemClock clock;
+        FakeUserInterface ui;
+        AppContext ctx(clock, ui,
+                       std::make_unique<link::SerialLink>(QString::fromLocal8Bit(server.path)));
+        QList<QByteArray> payloads;
+        ctx.payload_handler = [&](const QByteArray& p) { payloads << p; };
+        QVERIFY2(link::open_device(ctx, false), qPrintable(ui.messages.join('|')));
+        QCOMPARE(protocol::send_frame(ctx, "?"), link::FT_OK);
+        QCOMPARE(protocol::send_frame(ctx, bytes_of({'e', 0x00, 0x80, 7})), link::FT_OK);
+        QElapsedTimer t;
+        t.start();
+        while (payloads.size() < 2 && t.elapsed() < 3000) {
+            clock.wait_ms(10);
+            std::uint32_t waiting = 0;
+            QCOMPARE(ctx.link.backend->get_queue_status(ctx.link.device_handle, waiting),
+                     link::FT_OK);
+            if (waiting == 0)
+                continue;
+            QByteArray buffer;
+            std::uint32_t got = 0;
+            QCOMPARE(ctx.link.backend->read(ctx.link.device_handle, buffer, waiting, got),
+                     link::FT_OK);
+            protocol::parse_frames(ctx, buffer.left(got));
+        }
+        QCOMPARE(payloads,
+                 (QList<QByteArray>{"?5121", bytes_of({'e', 0, 0x80, 7, 4, 3, 2, 1, 0, 0, 5})}));
+        QCOMPARE(link::close_device(ctx), link::FT_OK);
+    }
+
+    // Connecting as the program does: the 29 requests of the initial
+    // sequence go out one per tick of Timer1, and the answers fill the
+    // device record.
+    void the_program_connects_through_the_serial_link() {
+        Server server;
+        QVERIFY(server.start());
+        SystemClock clock;
+        FakeUserInterface ui;
+        AppContext ctx(clock, ui,
+                       std::make_unique<link::SerialLink>(QString::fromLocal8Bit(server.path)));
+        ctx.timer1.on_tick = [&] { protocol::timer1_tick(ctx); };
+        protocol::connect_routine(ctx);
+        QTRY_VERIFY_WITH_TIMEOUT(ctx.protocol.queue_count == 0 && ctx.device.live_valid &&
+                                     !ctx.device.text_58.isEmpty(),
+                                 10000);
+        ctx.timer1.set_enabled(false);
+        QCOMPARE(ctx.device.SW, QStringLiteral("5121"));
+        QCOMPARE(ctx.device.SN, QStringLiteral("VO2-0012345 "));
+        QCOMPARE(ctx.device.BSTD, QStringLiteral("001234:50"));
+        QCOMPARE(ctx.device.text_d0, QStringLiteral("AE61"));
+        QCOMPARE(ctx.device.zeiten[1], 144);
+        QVERIFY(ctx.device.O2 >= 90 && ctx.device.O2 <= 95);
+        QVERIFY(ui.messages.isEmpty());
     }
 
     void refuses_a_bad_scenario() {
