@@ -8,6 +8,7 @@
 #include <QRegularExpression>
 
 #include <functional>
+#include <limits>
 #include <map>
 
 namespace veltrako::sim {

@@ -2,6 +2,8 @@
 
 #include "device_time.h"
 
+#include <cctype>
+
 namespace veltrako::sim::values {
 
 std::optional<qint64> integer(const QByteArray& text, qint64 low, qint64 high, QString& why) {
