@@ -226,7 +226,7 @@ QString cmd_saveprotokoll(AppContext& ctx) {
                          QStringLiteral(".txt");
     // The log already holds its CR LF line ends; it goes out as one piece.
     if (!config::write_text_lines(path, {ctx.comm_log.comm_log})) {
-        show_msg(ctx, ctx.language.text(6) + QDir::toNativeSeparators(path));
+        show_msg(ctx, ctx.language.text(6) + QLatin1Char(' ') + QDir::toNativeSeparators(path));
         return {};
     }
     return path;

@@ -1,0 +1,107 @@
+#include "controls.h"
+
+#include <QCheckBox>
+#include <QComboBox>
+#include <QGroupBox>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QVariant>
+
+namespace veltrako::ui {
+
+void set_tag(QObject* object, int tag) {
+    if (tag > 0)
+        object->setProperty(tag_property, tag);
+}
+
+int tag_of(const QObject* object) {
+    bool ok = false;
+    const int tag = object->property(tag_property).toInt(&ok);
+    return ok ? tag : 0;
+}
+
+void set_index(QObject* object, int index) {
+    object->setProperty(index_property, index);
+}
+
+int index_of(const QObject* object) {
+    bool ok = false;
+    const int index = object->property(index_property).toInt(&ok);
+    return ok ? index : -1;
+}
+
+void set_locked(QWidget* widget, bool locked) {
+    widget->setProperty(locked_property, locked);
+}
+
+bool is_locked(const QWidget* widget) {
+    return widget->property(locked_property).toBool();
+}
+
+QWidget* find_element(const QObject& root, const QString& name, int index) {
+    const auto candidates = root.findChildren<QWidget*>(name);
+    for (QWidget* w : candidates) {
+        if (index_of(w) == index)
+            return w;
+    }
+    return nullptr;
+}
+
+QLabel* make_label(const QString& name, int tag, const QString& text) {
+    auto* label = new QLabel(text);
+    label->setObjectName(name);
+    set_tag(label, tag);
+    return label;
+}
+
+QLabel* make_lamp(const QString& name, int tag, const QString& text) {
+    QLabel* label = make_label(name, tag, text);
+    label->setFrameShape(QFrame::Box);
+    label->setAlignment(Qt::AlignCenter);
+    label->setAutoFillBackground(true);
+    label->setMinimumWidth(28);
+    QPalette p = label->palette();
+    p.setColor(QPalette::Window, Qt::white);
+    p.setColor(QPalette::WindowText, Qt::black);
+    label->setPalette(p);
+    return label;
+}
+
+QPushButton* make_button(const QString& name, int tag, const QString& text) {
+    auto* button = new QPushButton(text);
+    button->setObjectName(name);
+    set_tag(button, tag);
+    return button;
+}
+
+QCheckBox* make_check(const QString& name, int tag, const QString& text) {
+    auto* check = new QCheckBox(text);
+    check->setObjectName(name);
+    set_tag(check, tag);
+    return check;
+}
+
+QGroupBox* make_frame(const QString& name, int tag, const QString& title) {
+    auto* frame = new QGroupBox(title);
+    frame->setObjectName(name);
+    set_tag(frame, tag);
+    return frame;
+}
+
+QLineEdit* make_box(const QString& name, bool read_only) {
+    auto* box = new QLineEdit;
+    box->setObjectName(name);
+    box->setReadOnly(read_only);
+    return box;
+}
+
+QComboBox* make_selector(const QString& name, int index) {
+    auto* box = new QComboBox;
+    box->setObjectName(name);
+    set_index(box, index);
+    set_locked(box, true);
+    return box;
+}
+
+} // namespace veltrako::ui

@@ -1,0 +1,239 @@
+#include "frm_main.h"
+
+#include "app_context.h"
+#include "controls.h"
+#include "device/device_view.h"
+#include "device_tab.h"
+#include "dialogs.h"
+#include "frm_wait.h"
+#include "link/device_connection.h"
+#include "live_chart.h"
+#include "pages.h"
+#include "protocol/poll_cycle.h"
+
+#include <QAction>
+#include <QCloseEvent>
+#include <QGuiApplication>
+#include <QLabel>
+#include <QLineEdit>
+#include <QMenu>
+#include <QMenuBar>
+#include <QPlainTextEdit>
+#include <QPushButton>
+#include <QTabWidget>
+
+namespace veltrako::ui {
+
+FrmMain::FrmMain(QWidget* parent) : QMainWindow(parent) {
+    setObjectName(QStringLiteral("frm_main"));
+    set_tag(this, 11500);
+    setWindowTitle(QStringLiteral("veltrako2"));
+
+    tab1_ = new QTabWidget;
+    tab1_->setObjectName(QStringLiteral("tab1"));
+    set_tag(tab1_, 11000);
+    tab1_->addTab(build_page_geraet(), QStringLiteral("Gerät"));
+    tab1_->addTab(build_page_protokoll(), QStringLiteral("Protokoll"));
+    tab1_->addTab(build_page_compliance(), QStringLiteral("Compliance"));
+    tab1_->addTab(build_page_system_status(), QStringLiteral("System Status"));
+    tab1_->addTab(build_page_entwickler(), QStringLiteral("Entwickler"));
+    setCentralWidget(tab1_);
+
+    build_menu();
+    index_controls();
+    chart_ = findChild<LiveChart*>(QStringLiteral("Chart"));
+    resize(1280, 860);
+}
+
+FrmMain::~FrmMain() {
+    if (busy_)
+        QGuiApplication::restoreOverrideCursor();
+}
+
+void FrmMain::build_menu() {
+    const auto add_action = [this](const QString& name, int tag, const QString& text) {
+        auto* action = new QAction(text, this);
+        action->setObjectName(name);
+        set_tag(action, tag);
+        actions_.insert(name, action);
+        return action;
+    };
+    const auto add_menu = [this](const QString& name, int tag, const QString& title) {
+        QMenu* menu = menuBar()->addMenu(title);
+        menu->setObjectName(name);
+        set_tag(menu, tag);
+        return menu;
+    };
+
+    QMenu* datei = add_menu(QStringLiteral("men_datei"), 11001, QStringLiteral("Datei"));
+    datei->addAction(
+        add_action(QStringLiteral("men_Softwareupdate"), 11002, QStringLiteral("Softwareupdate")));
+    datei->addAction(add_action(QStringLiteral("men_Info"), 11003, QStringLiteral("Info")));
+    datei->addSeparator();
+    QAction* beenden = add_action(QStringLiteral("men_beenden"), 11004, QStringLiteral("Beenden"));
+    datei->addAction(beenden);
+    connect(beenden, &QAction::triggered, this, &QWidget::close);
+
+    QMenu* diagramm = add_menu(QStringLiteral("men_diagramm"), 11005, QStringLiteral("Diagramm"));
+    QAction* nur_druck =
+        add_action(QStringLiteral("men_nurdruck"), 11006, QStringLiteral("Nur Druck"));
+    nur_druck->setCheckable(true);
+    diagramm->addAction(nur_druck);
+    connect(nur_druck, &QAction::toggled, this, [this](bool on) { chart_->set_pressure_only(on); });
+
+    menuBar()->addAction(add_action(QStringLiteral("men_verbindung"), 11007,
+                                    QStringLiteral("Verbindung initialisieren")));
+}
+
+void FrmMain::index_controls() {
+    const auto widgets = findChildren<QWidget*>();
+    for (QWidget* w : widgets) {
+        if (!w->objectName().isEmpty())
+            controls_.insert(w->objectName(), w);
+    }
+}
+
+QWidget* FrmMain::control(const QString& name, int index) const {
+    for (auto it = controls_.constFind(name); it != controls_.cend() && it.key() == name; ++it) {
+        if (index_of(it.value()) == index)
+            return it.value();
+    }
+    return nullptr;
+}
+
+QList<QWidget*> FrmMain::controls_with_prefix(const QString& prefix) const {
+    QList<QWidget*> found;
+    for (auto it = controls_.cbegin(); it != controls_.cend(); ++it) {
+        if (it.key().startsWith(prefix))
+            found << it.value();
+    }
+    return found;
+}
+
+QAction* FrmMain::menu_action(const QString& name) const {
+    return actions_.value(name);
+}
+
+void FrmMain::bind(AppContext& ctx) {
+    ctx_ = &ctx;
+    chart_->set_source(&ctx.live_history, &ctx.language);
+    ctx.timer1.on_tick = [&ctx] { protocol::timer1_tick(ctx); };
+
+    connect(control_as<QPushButton>(QStringLiteral("Command1")), &QPushButton::clicked, this,
+            [&ctx] { link::open_device(ctx, false); });
+    connect(control_as<QPushButton>(QStringLiteral("Command2")), &QPushButton::clicked, this,
+            [&ctx] { link::close_device(ctx); });
+    connect(menu_action(QStringLiteral("men_verbindung")), &QAction::triggered, this,
+            [&ctx] { protocol::connect_routine(ctx); });
+    connect(menu_action(QStringLiteral("men_Info")), &QAction::triggered, this,
+            [this] { show_wait(QStringLiteral("info")); });
+    bind_entwickler_page(ctx);
+
+    device_record_changed();
+}
+
+void FrmMain::bind_entwickler_page(AppContext& ctx) {
+    connect(control_as<QPushButton>(QStringLiteral("cmd_clear")), &QPushButton::clicked, this,
+            [&ctx] { protocol::cmd_clear(ctx); });
+    connect(control_as<QPushButton>(QStringLiteral("cmd_saveprotokoll")), &QPushButton::clicked,
+            this, [&ctx] { protocol::cmd_saveprotokoll(ctx); });
+    auto* typed = control_as<QLineEdit>(QStringLiteral("tb_command"));
+    connect(control_as<QPushButton>(QStringLiteral("cmd_sendcommand")), &QPushButton::clicked, this,
+            [&ctx, typed] {
+                // Typed as it stands, one byte per character.
+                protocol::cmd_sendcommand(ctx, typed->text().toLatin1());
+            });
+}
+
+void FrmMain::show_wait(const QString& command, const QString& text) {
+    if (!ctx_)
+        return;
+    FrmWait wait(ctx_->language, this);
+    if (apply_language_)
+        apply_language_(wait);
+    wait.docommand(command, text);
+}
+
+void FrmMain::closeEvent(QCloseEvent* event) {
+    if (ctx_) {
+        // No reconnection while the program ends.
+        ctx_->timer1.set_enabled(false);
+        link::close_device(*ctx_);
+    }
+    QMainWindow::closeEvent(event);
+}
+
+void FrmMain::show_msg(const QString& text, MsgIcon icon, const QString& title) {
+    message_box(this, text, icon, title);
+}
+
+bool FrmMain::ask_yes_no(const QString& text, const QString& title) {
+    return question_yes_no(this, text, title);
+}
+
+bool FrmMain::ask_ok_cancel(const QString& text, const QString& title) {
+    return question_ok_cancel(this, text, title);
+}
+
+std::optional<QString> FrmMain::input_box(const QString& prompt, const QString& title,
+                                          const QString& initial) {
+    return input_text(this, prompt, title, initial);
+}
+
+QString FrmMain::choose_open_file(const FileDialogRequest& request) {
+    return file_dialog(this, request, false);
+}
+
+QString FrmMain::choose_save_file(const FileDialogRequest& request) {
+    return file_dialog(this, request, true);
+}
+
+void FrmMain::set_busy(bool busy) {
+    // The pointer is a state, not a stack: setting it twice needs one reset.
+    if (busy == busy_)
+        return;
+    busy_ = busy;
+    if (busy)
+        QGuiApplication::setOverrideCursor(Qt::WaitCursor);
+    else
+        QGuiApplication::restoreOverrideCursor();
+}
+
+Page FrmMain::current_page() const {
+    return static_cast<Page>(tab1_->currentIndex());
+}
+
+void FrmMain::select_page(Page page) {
+    tab1_->setCurrentIndex(static_cast<int>(page));
+}
+
+void FrmMain::append_out(const QString& text) {
+    auto* out = control_as<QPlainTextEdit>(QStringLiteral("out"));
+    QString plain = text;
+    plain.replace(QLatin1String("\r\n"), QLatin1String("\n"))
+        .replace(QLatin1Char('\r'), QLatin1Char('\n'));
+    out->moveCursor(QTextCursor::End);
+    out->insertPlainText(plain);
+    out->ensureCursorVisible();
+}
+
+void FrmMain::clear_out() {
+    control_as<QPlainTextEdit>(QStringLiteral("out"))->clear();
+}
+
+void FrmMain::set_info_caption(const QString& text) {
+    control_as<QLabel>(QStringLiteral("lbl_info"))->setText(text);
+}
+
+void FrmMain::device_record_changed() {
+    if (!ctx_)
+        return;
+    refresh_device_tab(*this, device::make_device_tab_view(ctx_->device, QLocale()));
+    chart_->set_data_valid(ctx_->device.live_valid);
+}
+
+} // namespace veltrako::ui
+
+// The meta-object code lives with its class, so that using one class of
+// the library does not pull in all the others.
+#include "moc_frm_main.cpp"

@@ -1,0 +1,146 @@
+// The "Protokoll" page: the safety inspection report with its device-data
+// picture and the save/open/print buttons.
+
+#include "controls.h"
+#include "pages.h"
+
+#include <QCheckBox>
+#include <QFrame>
+#include <QGridLayout>
+#include <QGroupBox>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPlainTextEdit>
+#include <QPushButton>
+#include <QVBoxLayout>
+
+namespace veltrako::ui {
+
+namespace {
+
+QFont heading_font() {
+    QFont f;
+    f.setBold(true);
+    return f;
+}
+
+QPlainTextEdit* make_text_area(const QString& name) {
+    auto* area = new QPlainTextEdit;
+    area->setObjectName(name);
+    area->setMaximumHeight(70);
+    return area;
+}
+
+QWidget* report_fields() {
+    auto* fields = new QWidget;
+    auto* grid = new QGridLayout(fields);
+    grid->setContentsMargins(0, 0, 0, 0);
+    struct Row {
+        const char* label;
+        int tag;
+        const char* caption;
+        const char* box;
+    };
+    static const Row rows[] = {
+        {"lbl_krankenkasse", 11073, "Krankenkasse", "t_krankenkasse"},
+        {"lbl_patient", 11074, "Patient", "t_patient"},
+        {"lbl_strasse", 11075, "Straße", "t_strasse"},
+        {"lbl_Ort", 11076, "Ort", "t_Ort"},
+        {"lbl_Telefon", 11077, "Telefon", "t_Telefon"},
+        {"lbl_pruefer", 11078, "Prüfer", "t_pruefer"},
+        {"lbl_Datum", 11079, "Datum", "t_Datum"},
+        {"lbl_Uhrzeit", 11080, "Uhrzeit", "t_Uhrzeit"},
+    };
+    int row = 0;
+    for (const Row& r : rows) {
+        grid->addWidget(make_label(QLatin1String(r.label), r.tag, QString::fromUtf8(r.caption)),
+                        row, 0);
+        grid->addWidget(make_box(QLatin1String(r.box), false), row, 1);
+        ++row;
+    }
+
+    QLabel* test =
+        make_label(QStringLiteral("lbl_Funktionstest"), 11071, QStringLiteral("Funktionstest"));
+    test->setFont(heading_font());
+    grid->addWidget(test, row++, 0, 1, 2);
+    struct Check {
+        const char* name;
+        int tag;
+        const char* caption;
+    };
+    static const Check tests[] = {
+        {"ck_Selbsttest", 11081, "Selbsttest, alle Funktionen vorhanden"},
+        {"ck_Ansaugtest", 11082, "Ansaugtest Kompressor"},
+        {"ck_maxflow", 11083, "maximaler Flow"},
+        {"ck_minflow", 11084, "minimaler Flow"},
+        {"ck_Leistung", 11085, "Leistungsaufnahme"},
+        {"ck_visuell", 11087, "visuelle Kontrolle"},
+    };
+    for (const Check& c : tests)
+        grid->addWidget(make_check(QLatin1String(c.name), c.tag, QString::fromUtf8(c.caption)),
+                        row++, 0, 1, 2);
+
+    QLabel* maker =
+        make_label(QStringLiteral("lbl_Hersteller"), 11072, QStringLiteral("nur Hersteller"));
+    maker->setFont(heading_font());
+    grid->addWidget(maker, row++, 0, 1, 2);
+    grid->addWidget(make_check(QStringLiteral("ck_Typenschild"), 11086,
+                               QStringLiteral("Typenschild anbringen")),
+                    row++, 0, 1, 2);
+    grid->addWidget(make_check(QStringLiteral("ck_stk"), 11088, QStringLiteral("STK durchgeführt")),
+                    row++, 0, 1, 2);
+
+    grid->addWidget(
+        make_label(QStringLiteral("lbl_bemerkungen"), 11089, QStringLiteral("Bemerkungen")), row,
+        0);
+    grid->addWidget(make_text_area(QStringLiteral("t_bemerkungen")), row++, 1);
+    grid->addWidget(
+        make_label(QStringLiteral("lbl_zubehoer"), 11090, QStringLiteral("ausgeliefertes Zubehör")),
+        row, 0);
+    grid->addWidget(make_text_area(QStringLiteral("t_zubehoer")), row++, 1);
+    grid->setRowStretch(row, 1);
+    return fields;
+}
+
+QWidget* device_data() {
+    auto* column = new QWidget;
+    auto* layout = new QVBoxLayout(column);
+    layout->setContentsMargins(0, 0, 0, 0);
+    QLabel* heading =
+        make_label(QStringLiteral("lbl_geraetedaten"), 11070, QStringLiteral("Gerätedaten"));
+    heading->setFont(heading_font());
+    layout->addWidget(heading);
+    // Picture box for the snapshot of the device data; drawn by the report.
+    auto* picture = new QFrame;
+    picture->setObjectName(QStringLiteral("p_geraetedaten"));
+    picture->setFrameShape(QFrame::Box);
+    picture->setAutoFillBackground(true);
+    QPalette p = picture->palette();
+    p.setColor(QPalette::Window, Qt::white);
+    picture->setPalette(p);
+    picture->setMinimumSize(260, 300);
+    layout->addWidget(picture, 1);
+
+    auto* buttons = new QGroupBox;
+    buttons->setObjectName(QStringLiteral("frm_protokoll"));
+    auto* row = new QHBoxLayout(buttons);
+    row->addWidget(make_button(QStringLiteral("cmd_save"), 11091, QStringLiteral("Speichern")));
+    row->addWidget(make_button(QStringLiteral("cmd_open"), 11092, QStringLiteral("Öffnen")));
+    row->addWidget(make_button(QStringLiteral("cmd_print"), 11093, QStringLiteral("Drucken")));
+    layout->addWidget(buttons);
+    return column;
+}
+
+} // namespace
+
+QWidget* build_page_protokoll() {
+    auto* page = new QWidget;
+    page->setObjectName(QStringLiteral("page_protokoll"));
+    auto* layout = new QHBoxLayout(page);
+    layout->addWidget(report_fields(), 3);
+    layout->addWidget(device_data(), 2);
+    return page;
+}
+
+} // namespace veltrako::ui

@@ -1,0 +1,15 @@
+#pragma once
+// One builder per page of the tab strip tab1. Each returns the page with all
+// of its named controls; the window finds them by name afterwards.
+
+class QWidget;
+
+namespace veltrako::ui {
+
+QWidget* build_page_geraet();
+QWidget* build_page_protokoll();
+QWidget* build_page_compliance();
+QWidget* build_page_system_status();
+QWidget* build_page_entwickler();
+
+} // namespace veltrako::ui
