@@ -8,7 +8,7 @@
 #include "console_ui.h"
 #include "link/link_factory.h"
 #include "payload_text.h"
-#include "sim/simulated_device.h"
+#include "sim/concentrator.h"
 
 #include <QCommandLineParser>
 #include <QCoreApplication>
@@ -89,7 +89,7 @@ int main(int argc, char** argv) {
     SystemClock clock;
     cli::ConsoleUi ui;
     ui.verbose = parser.isSet(verbose_opt);
-    auto backend = link::make_link(*option, clock, sim::make_simulated_device, &error);
+    auto backend = link::make_link(*option, clock, sim::make_concentrator, &error);
     if (!backend) {
         cli::print_error(error);
         return cli::exit_usage;

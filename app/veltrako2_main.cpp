@@ -3,7 +3,7 @@
 #include "app_context.h"
 #include "frm_main.h"
 #include "link/link_factory.h"
-#include "sim/simulated_device.h"
+#include "sim/concentrator.h"
 #include "startup.h"
 
 #include <QApplication>
@@ -37,7 +37,7 @@ int main(int argc, char** argv) {
     SystemClock clock;
     std::unique_ptr<link::DeviceLink> backend;
     if (option)
-        backend = link::make_link(*option, clock, sim::make_simulated_device, &error);
+        backend = link::make_link(*option, clock, sim::make_concentrator, &error);
     if (!backend) {
         QMessageBox::critical(nullptr, QStringLiteral("veltrako2"), error);
         return 2;

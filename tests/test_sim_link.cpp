@@ -44,7 +44,9 @@ private slots:
 
     void frames_round_trip_instantly() {
         Harness h;
-        h.peer->answer = [](const QByteArray& p) { return p == "?" ? QByteArray("?5121") : QByteArray(); };
+        h.peer->answer = [](const QByteArray& p) {
+            return p == "?" ? QByteArray("?5121") : QByteArray();
+        };
         QVERIFY(link::open_device(*h.ctx, true));
         protocol::send_frame(*h.ctx, "?");
         QCOMPARE(h.peer->received, QList<QByteArray>{"?"});

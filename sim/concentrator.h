@@ -1,0 +1,91 @@
+#pragma once
+// The simulated oxygen concentrator: the far end of the cable. It cuts the
+// host's bytes into frames (any chunking), answers each command a few
+// milliseconds after it arrived, speaks raw bytes while its boot loader runs,
+// and shows the faults it is told to. Everything it does follows from the
+// bytes it was sent and the times passed in, so a test replays exactly.
+
+#include "boot_loader.h"
+#include "device_state.h"
+#include "faults.h"
+#include "link/sim_peer.h"
+
+#include <QByteArray>
+
+#include <QString>
+
+#include <deque>
+#include <functional>
+#include <limits>
+#include <memory>
+
+namespace veltrako::sim {
+
+struct Scenario;
+
+class Concentrator final : public link::SimPeer {
+public:
+    explicit Concentrator(const Scenario& scenario);
+
+    bool plugged_in() const override { return !faults_.unplug; }
+    void receive(const QByteArray& bytes, qint64 now_ms) override;
+    QByteArray transmit(qint64 now_ms) override;
+    qint64 next_transmit_ms() const override;
+
+    const Faults& faults() const { return faults_; }
+    // Takes effect for the next answer; "every Nth answer" counts from here.
+    // Pulling the cable loses what was on its way in either direction.
+    void set_faults(const Faults& faults);
+
+    bool in_boot_loader() const { return in_boot_loader_; }
+    const BootLoader& boot_loader() const { return loader_; }
+    // The device's memory and settings, for tests to look at or to change
+    // while it runs (an alarm coming on, say).
+    DeviceState& state() { return device_; }
+    const DeviceState& state() const { return device_; }
+
+    // One request the device took: a command payload, or a boot loader request.
+    struct Event {
+        qint64 at_ms = 0;
+        bool boot_loader = false;
+        QByteArray request;
+        QByteArray answer; // empty when nothing is sent
+    };
+    void set_observer(std::function<void(const Event&)> observer) {
+        observer_ = std::move(observer);
+    }
+
+    // How long the device takes to answer a command, and to write one data
+    // line to flash in the boot loader.
+    static constexpr int processing_ms = 2;
+    static constexpr int flash_write_ms = 8;
+
+private:
+    void take_frames(qint64 now_ms);
+    void take_boot_loader_requests(qint64 now_ms);
+    void send_answer_frame(const QByteArray& payload, qint64 now_ms);
+    void schedule(QByteArray bytes, qint64 due_ms);
+    void report(qint64 now_ms, bool boot_loader, QByteArray request, QByteArray answer) const;
+
+    DeviceState device_;
+    BootLoader loader_;
+    Faults faults_;
+    bool in_boot_loader_ = false;
+    QByteArray received_;
+
+    struct Pending {
+        qint64 due_ms;
+        QByteArray bytes;
+    };
+    std::deque<Pending> outbox_;
+    qint64 last_due_ms_ = std::numeric_limits<qint64>::min();
+    qint64 answers_since_faults_set_ = 0;
+    std::function<void(const Event&)> observer_;
+};
+
+// The simulated device of "--link sim[:SCENARIO]": a sample scenario by name
+// (empty: "default") or a scenario file. nullptr with `error` set when the
+// scenario cannot be loaded.
+std::shared_ptr<link::SimPeer> make_concentrator(const QString& scenario, QString* error);
+
+} // namespace veltrako::sim

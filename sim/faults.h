@@ -1,0 +1,46 @@
+#pragma once
+// Faults the simulated device can be told to show, each named for what it
+// does. Set in a scenario file or switched by a test while the device runs.
+
+#include <QByteArray>
+
+namespace veltrako::sim {
+
+// How often the boot loader refuses the data line named by `nak_line`.
+enum class NakAttempts {
+    first,     // the first attempt only; the repetition is taken
+    first_two, // the first two attempts; the third is taken
+    always,    // every attempt
+};
+
+struct Faults {
+    // Nothing is answered at all, in frames or in the boot loader.
+    bool silent = false;
+    // Every Nth framed answer is not sent (0: none). Counted from the moment
+    // the faults were set.
+    int drop_every = 0;
+    // Every Nth framed answer goes out with a damaged CRC (0: none).
+    int corrupt_crc_every = 0;
+    // Sent in front of every framed answer (empty: nothing).
+    QByteArray garbage_between_frames;
+    // Every framed answer goes out in two parts, the second `split_gap_ms` later.
+    bool split_answers = false;
+    // Added to the device's processing time of every answer.
+    int answer_delay_ms = 0;
+    // Boot loader: data line k (counted from 1 in the order the lines are
+    // acknowledged) is answered with "E" instead of ">" (0: none).
+    int nak_line = 0;
+    NakAttempts nak_attempts = NakAttempts::first;
+    // Boot loader: the sync request "I" is answered with something that is
+    // not the loader's greeting.
+    bool lose_sync = false;
+    // The cable is pulled: the link sees no device, nothing is heard or sent.
+    bool unplug = false;
+
+    static constexpr int split_gap_ms = 5;
+    // What garbage_between_frames is set to when a scenario just says "on":
+    // line noise with a stray frame start whose length is out of range.
+    static QByteArray line_noise() { return QByteArray("\x00\x55\xAA#\xFF\r\n", 7); }
+};
+
+} // namespace veltrako::sim
