@@ -6,6 +6,7 @@
 #include "config/language.h"
 #include "config/text_file.h"
 #include "console_ui.h"
+#include "link/device_connection.h"
 #include "link/link_factory.h"
 #include "payload_text.h"
 #include "sim/concentrator.h"
