@@ -1,0 +1,166 @@
+// The command-line front end as a script uses it: against the stand-alone
+// simulator over a pseudo-terminal, and against the in-process simulator.
+
+#include "payload_text.h"
+
+#include <QElapsedTimer>
+#include <QProcess>
+#include <QTemporaryDir>
+#include <QTest>
+
+namespace {
+
+struct Run {
+    int exit_code = -1;
+    QString out;
+    QString err;
+};
+
+Run run_cli(const QStringList& arguments, int timeout_ms = 20000) {
+    QProcess p;
+    p.start(QStringLiteral(VELTRAKO2_CLI_PATH), arguments);
+    Run r;
+    if (!p.waitForFinished(timeout_ms)) {
+        p.kill();
+        p.waitForFinished();
+        r.err = QStringLiteral("did not finish");
+        return r;
+    }
+    r.exit_code = p.exitStatus() == QProcess::NormalExit ? p.exitCode() : -1;
+    r.out = QString::fromUtf8(p.readAllStandardOutput());
+    r.err = QString::fromUtf8(p.readAllStandardError());
+    return r;
+}
+
+QMap<QString, QString> key_values(const QString& text) {
+    QMap<QString, QString> values;
+    for (const QString& line : text.split(QLatin1Char('\n'), Qt::SkipEmptyParts)) {
+        const qsizetype bar = line.indexOf(QLatin1Char('|'));
+        if (bar > 0)
+            values.insert(line.left(bar), line.mid(bar + 1));
+    }
+    return values;
+}
+
+struct SimServer {
+    QProcess process;
+    QString path;
+    bool start(const QStringList& arguments = {}) {
+        process.start(QStringLiteral(VELTRAKO2_SIM_PATH), arguments);
+        if (!process.waitForStarted(5000))
+            return false;
+        QElapsedTimer t;
+        t.start();
+        while (!process.canReadLine() && t.elapsed() < 5000)
+            process.waitForReadyRead(100);
+        path = QString::fromUtf8(process.readLine().trimmed());
+        return path.startsWith(QLatin1String("/dev/"));
+    }
+    ~SimServer() {
+        process.terminate();
+        if (!process.waitForFinished(3000))
+            process.kill();
+    }
+};
+
+} // namespace
+
+class TestCli : public QObject {
+    Q_OBJECT
+private slots:
+    void info_over_a_pseudo_terminal() {
+        SimServer server;
+        QVERIFY(server.start({QStringLiteral("--scenario"), QStringLiteral("family7x")}));
+        const Run r = run_cli({QStringLiteral("--link"), QStringLiteral("serial:") + server.path,
+                               QStringLiteral("info")});
+        QCOMPARE(r.exit_code, 0);
+        const auto v = key_values(r.out);
+        QCOMPARE(v.value("SW"), QString("7E5"));
+        QCOMPARE(v.value("SN").trimmed(), QString("VO2-7E00042"));
+        QCOMPARE(v.value("LP"), QString("LP1550300042"));
+        QCOMPARE(v.value("BSTD"), QString("000412:10"));
+        QCOMPARE(v.value("alarme"), QString("129"));
+        QVERIFY(!v.value("O2").isEmpty());
+        QVERIFY(!v.value("O2").contains(QLatin1Char(',')));
+    }
+
+    void send_prints_each_answer() {
+        QTemporaryDir dir;
+        const QString log = dir.filePath("log.txt");
+        const Run r = run_cli({QStringLiteral("--link"), QStringLiteral("sim"),
+                               QStringLiteral("--log"), log, QStringLiteral("send"),
+                               QStringLiteral("65 00 F0 0C"), QStringLiteral("X")});
+        QCOMPARE(r.exit_code, 0);
+        const QStringList lines = r.out.split(QLatin1Char('\n'), Qt::SkipEmptyParts);
+        QCOMPARE(lines.size(), 2);
+        QVERIFY2(lines[0].startsWith("65 00 F0 0C 56 4F 32 2D"), qPrintable(lines[0])); // "VO2-"
+        QCOMPARE(lines[1], QString("58 01"));
+        QFile file(log);
+        QVERIFY(file.open(QIODevice::ReadOnly));
+        const QByteArray text = file.readAll();
+        QVERIFY(text.contains("OUT 0"));
+        QVERIFY(text.contains("58 \r\n"));
+    }
+
+    void withheld_command_is_reported() {
+        // "!" is not for version codes below "53"; the default device is "512".
+        const Run r = run_cli({QStringLiteral("--link"), QStringLiteral("sim"),
+                               QStringLiteral("send"), QStringLiteral("!")});
+        QCOMPARE(r.exit_code, 1);
+        QVERIFY(r.out.isEmpty());
+        QVERIFY2(r.err.contains("not sent"), qPrintable(r.err));
+    }
+
+    void watch_prints_live_lines() {
+        const Run r = run_cli({QStringLiteral("--link"), QStringLiteral("sim"),
+                               QStringLiteral("watch"), QStringLiteral("--seconds"),
+                               QStringLiteral("3")});
+        QCOMPARE(r.exit_code, 0);
+        const QStringList lines = r.out.split(QLatin1Char('\n'), Qt::SkipEmptyParts);
+        QVERIFY2(lines.size() >= 3, qPrintable(r.out));
+        QVERIFY(lines.first().startsWith("t=0.00 O2="));
+    }
+
+    void failures_data() {
+        QTest::addColumn<QStringList>("arguments");
+        QTest::addColumn<int>("exit_code");
+        QTest::addColumn<QString>("message");
+        QTest::newRow("no device") << QStringList{"--link", "serial:/dev/veltrako2-none", "info"}
+                                   << 1 << "";
+        QTest::newRow("silent device") << QStringList{"--link", "sim:" VELTRAKO2_TEST_DATA "/silent.scn", "info"}
+                                       << 1 << "";
+        QTest::newRow("unknown link") << QStringList{"--link", "usb", "info"} << 2 << "unknown link";
+        QTest::newRow("unknown scenario") << QStringList{"--link", "sim:nosuch", "info"} << 2 << "nosuch";
+        QTest::newRow("no command") << QStringList{"--link", "sim"} << 2 << "no command";
+        QTest::newRow("bad payload") << QStringList{"send", "hex:4G"} << 2 << "not a payload";
+    }
+    void failures() {
+        QFETCH(QStringList, arguments);
+        QFETCH(int, exit_code);
+        QFETCH(QString, message);
+        const Run r = run_cli(arguments);
+        QCOMPARE(r.exit_code, exit_code);
+        QVERIFY(!r.err.trimmed().isEmpty()); // always says something
+        QVERIFY2(r.err.contains(message), qPrintable(r.err));
+    }
+
+    void payload_arguments_data() {
+        QTest::addColumn<QString>("argument");
+        QTest::addColumn<QByteArray>("payload");
+        QTest::newRow("text") << "I" << QByteArray("I");
+        QTest::newRow("hex pairs") << "65 00 80 07" << QByteArray::fromHex("65008007");
+        QTest::newRow("one pair stays text") << "AA" << QByteArray("AA");
+        QTest::newRow("forced hex") << "hex:AA" << QByteArray::fromHex("AA");
+        QTest::newRow("forced text") << "text:65 00" << QByteArray("65 00");
+        QTest::newRow("bad forced hex") << "hex:6" << QByteArray();
+    }
+    void payload_arguments() {
+        QFETCH(QString, argument);
+        QFETCH(QByteArray, payload);
+        const auto parsed = veltrako::cli::parse_payload_argument(argument);
+        QCOMPARE(parsed.value_or(QByteArray()), payload);
+    }
+};
+
+QTEST_GUILESS_MAIN(TestCli)
+#include "test_cli.moc"
