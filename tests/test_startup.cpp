@@ -1,0 +1,133 @@
+// The desktop program's start as a technician meets it, offscreen, against
+// the in-process simulator: language texts on the window, live values on
+// "Gerät", one message when no device is there and a connection by itself
+// when one appears, and the device closed on quitting.
+
+#include "app_context.h"
+#include "frm_main.h"
+#include "link/sim_link.h"
+#include "sim/concentrator.h"
+#include "sim/scenario.h"
+#include "startup.h"
+
+#include <QApplication>
+#include <QLineEdit>
+#include <QMessageBox>
+#include <QTabWidget>
+#include <QTemporaryDir>
+#include <QTest>
+#include <QTimer>
+
+using namespace veltrako;
+
+namespace {
+
+// Accepts every message box that opens and keeps its text.
+class MessageBoxWatcher : public QObject {
+public:
+    QStringList texts;
+    MessageBoxWatcher() {
+        timer_.setInterval(10);
+        connect(&timer_, &QTimer::timeout, this, [this] {
+            if (auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget())) {
+                texts << box->text();
+                box->accept();
+            }
+        });
+        timer_.start();
+    }
+
+private:
+    QTimer timer_;
+};
+
+struct Program {
+    explicit Program(const QByteArray& scenario_text) {
+        QFile::copy(QStringLiteral(VELTRAKO2_LANG_DIR "/langde.txt"), dir.filePath("langde.txt"));
+        QFile ini(dir.filePath("veltrako2.ini"));
+        ini.open(QIODevice::WriteOnly);
+        ini.write("TIMEOUT|1\r\nTIMERINTERVAL|20\r\n");
+        ini.close();
+        QString error;
+        const auto scenario = sim::parse_scenario(scenario_text, &error);
+        device = std::make_shared<sim::Concentrator>(*scenario);
+        ctx = std::make_unique<AppContext>(clock, form, std::make_unique<link::SimLink>(clock, device));
+        form.bind(*ctx);
+    }
+    void start() {
+        ui::StartupOptions options;
+        options.application_dir = dir.path();
+        form.show();
+        ui::form_load(form, *ctx, options);
+    }
+    QString text(const char* name) const {
+        return form.control_as<QLineEdit>(QString::fromLatin1(name))->text();
+    }
+    void plug(bool in) {
+        sim::Faults faults = device->faults();
+        faults.unplug = !in;
+        device->set_faults(faults);
+    }
+
+    QTemporaryDir dir;
+    SystemClock clock;
+    ui::FrmMain form;
+    std::shared_ptr<sim::Concentrator> device;
+    std::unique_ptr<AppContext> ctx;
+};
+
+const QByteArray steady_device = "SW=5121\nSN=VO2-START\nO2=91\nNOISE=off\n";
+
+} // namespace
+
+class TestStartup : public QObject {
+    Q_OBJECT
+private slots:
+    void shows_live_values_after_start() {
+        MessageBoxWatcher boxes;
+        Program program(steady_device);
+        program.start();
+        QCOMPARE(program.ctx->timer1.interval(), 20); // from veltrako2.ini
+        QCOMPARE(program.form.tab1()->tabText(0), QString("Gerät"));
+        QCOMPARE(program.form.tab1()->currentIndex(), 0);
+        QTRY_COMPARE_WITH_TIMEOUT(program.text("t_o2"), QString("91"), 5000);
+        QCOMPARE(program.text("t_sn").trimmed(), QString("VO2-START"));
+        QCOMPARE(program.text("t_sw"), QString("5121"));
+        QVERIFY2(boxes.texts.isEmpty(), qPrintable(boxes.texts.join('\n')));
+
+        // Quitting closes the device.
+        program.form.close();
+        QCOMPARE(program.ctx->link.device_handle, 0u);
+        QVERIFY(program.ctx->comm_log.comm_log.contains("Device Closed"));
+    }
+
+    void without_device_one_message_then_connects_by_itself() {
+        MessageBoxWatcher boxes;
+        Program program(steady_device);
+        program.plug(false);
+        program.start();
+        QTRY_COMPARE_WITH_TIMEOUT(boxes.texts.size(), 1, 3000);
+        QVERIFY2(boxes.texts[0].contains("Gerät"), qPrintable(boxes.texts[0]));
+        QTest::qWait(300); // the search goes on quietly
+        QCOMPARE(boxes.texts.size(), 1);
+        QVERIFY(program.text("t_o2").isEmpty());
+
+        program.plug(true);
+        QTRY_COMPARE_WITH_TIMEOUT(program.text("t_o2"), QString("91"), 5000);
+        QCOMPARE(boxes.texts.size(), 1);
+    }
+
+    void missing_language_file_leaves_captions_empty() {
+        MessageBoxWatcher boxes;
+        Program program(steady_device);
+        QFile::remove(program.dir.filePath("langde.txt"));
+        program.start();
+        QTRY_COMPARE_WITH_TIMEOUT(boxes.texts.size(), 1, 3000);
+        QCOMPARE(boxes.texts[0], QString("Language File could not be loaded."));
+        QVERIFY(program.form.tab1()->tabText(0).isEmpty());
+        QVERIFY(program.form.windowTitle().isEmpty());
+    }
+};
+
+QTEST_MAIN(TestStartup)
+#include "test_startup.moc"
