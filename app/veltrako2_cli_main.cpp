@@ -32,9 +32,10 @@ int main(int argc, char** argv) {
         "                       \"hex:\"/\"text:\" in front decides) and print each answer"));
     parser.addHelpOption();
     parser.addVersionOption();
-    const QCommandLineOption link_opt(QStringLiteral("link"),
-                                      QStringLiteral("ftdi, serial:PATH or sim[:SCENARIO] (default ftdi)"),
-                                      QStringLiteral("link"), QStringLiteral("ftdi"));
+    const QCommandLineOption link_opt(
+        QStringLiteral("link"),
+        QStringLiteral("ftdi, serial:PATH or sim[:SCENARIO] (default ftdi)"),
+        QStringLiteral("link"), QStringLiteral("ftdi"));
     const QCommandLineOption log_opt(QStringLiteral("log"),
                                      QStringLiteral("save the communication log to FILE on exit"),
                                      QStringLiteral("file"));
@@ -121,7 +122,8 @@ int main(int argc, char** argv) {
         link::close_device(ctx);
     if (parser.isSet(log_opt) &&
         !config::write_text_lines(parser.value(log_opt), {ctx.comm_log.comm_log})) {
-        cli::print_error(QStringLiteral("could not write the log to %1").arg(parser.value(log_opt)));
+        cli::print_error(
+            QStringLiteral("could not write the log to %1").arg(parser.value(log_opt)));
         code = code == cli::exit_ok ? cli::exit_device : code;
     }
     return code;

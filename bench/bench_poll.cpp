@@ -35,7 +35,8 @@ std::unique_ptr<AppContext> connected_context(Clock& clock, UserInterface& ui) {
     QString error;
     auto device = sim::make_concentrator(QStringLiteral("default"), &error);
     auto ctx = std::make_unique<AppContext>(
-        clock, ui, std::make_unique<link::SimLink>(clock, device, link::SimLink::WireTiming::realistic));
+        clock, ui,
+        std::make_unique<link::SimLink>(clock, device, link::SimLink::WireTiming::realistic));
     ctx->timer1.set_interval(ctx->config.TIMERINTERVAL);
     ctx->timer1.on_tick = [c = ctx.get()] { protocol::timer1_tick(*c); };
     return ctx;
@@ -87,9 +88,10 @@ int main(int argc, char** argv) {
         clock.wait_ms(idle_seconds * 1000);
         const double cpu = cpu_seconds() - cpu0;
         const double wall = t.elapsed() / 1000.0;
-        std::printf("idle polling: %.1f s wall, %.3f s CPU = %.2f %% of one core (%d ticks, link %s)\n",
-                    wall, cpu, 100.0 * cpu / wall, ctx->protocol.tick_count - answers0,
-                    ctx->link.device_handle ? "up" : "DOWN");
+        std::printf(
+            "idle polling: %.1f s wall, %.3f s CPU = %.2f %% of one core (%d ticks, link %s)\n",
+            wall, cpu, 100.0 * cpu / wall, ctx->protocol.tick_count - answers0,
+            ctx->link.device_handle ? "up" : "DOWN");
     }
 
     // 3. One wait_ms(1000) with nothing to do.
@@ -98,8 +100,8 @@ int main(int argc, char** argv) {
         QElapsedTimer t;
         t.start();
         clock.wait_ms(1000);
-        std::printf("wait_ms(1000): %lld ms wall, %.4f s CPU\n", static_cast<long long>(t.elapsed()),
-                    cpu_seconds() - cpu0);
+        std::printf("wait_ms(1000): %lld ms wall, %.4f s CPU\n",
+                    static_cast<long long>(t.elapsed()), cpu_seconds() - cpu0);
     }
     return 0;
 }

@@ -21,14 +21,18 @@ namespace {
 
 volatile std::sig_atomic_t interrupted = 0;
 
-extern "C" void on_interrupt(int) { interrupted = 1; }
+extern "C" void on_interrupt(int) {
+    interrupted = 1;
+}
 
 void print_line(const QString& line) {
     std::fprintf(stdout, "%s\n", qUtf8Printable(line));
     std::fflush(stdout);
 }
 
-QString fixed(double v, int decimals) { return QString::number(v, 'f', decimals); }
+QString fixed(double v, int decimals) {
+    return QString::number(v, 'f', decimals);
+}
 
 } // namespace
 
@@ -63,8 +67,8 @@ int CliSession::info() {
     if (!connect())
         return exit_device;
     const protocol::ProtocolState& p = ctx_.protocol;
-    const int code = run_until(
-        [&] { return ctx_.device.live_valid && p.queue_count == 0 && !p.waiting_reply; });
+    const int code =
+        run_until([&] { return ctx_.device.live_valid && p.queue_count == 0 && !p.waiting_reply; });
     if (code != exit_ok || !ctx_.device.live_valid)
         return exit_device;
     const QLocale c = QLocale::c();
@@ -81,15 +85,16 @@ int CliSession::watch(int seconds) {
         protocol::dispatch_response(ctx_, payload);
         const device::DeviceRecord& d = ctx_.device;
         if (payload.startsWith('I') && d.live_valid) {
-            print_line(QStringLiteral("t=%1 O2=%2 flow=%3 set=%4 p=%5 gas=%6 comp=%7 V=%8 "
-                                      "valves=%9 phase=%10 alarms=%11 alarms2=%12 level=%13")
-                           .arg(fixed(d.live_time, 2), fixed(d.O2, 0), fixed(d.VOLUMENSTROM, 2),
-                                fixed(d.SOLL_VOLUMENSTROM, 2), fixed(d.druck, 0),
-                                fixed(d.GASTEMP, 1), fixed(d.KOMPRESSORTEMP, 0),
-                                fixed(d.spannung, 1), protocol::hex_digits(d.ventile, 2))
-                           .arg(d.phase)
-                           .arg(protocol::hex_digits(d.alarme, 2), protocol::hex_digits(d.alarme2, 2))
-                           .arg(d.alarmstufe));
+            print_line(
+                QStringLiteral("t=%1 O2=%2 flow=%3 set=%4 p=%5 gas=%6 comp=%7 V=%8 "
+                               "valves=%9 phase=%10 alarms=%11 alarms2=%12 level=%13")
+                    .arg(fixed(d.live_time, 2), fixed(d.O2, 0), fixed(d.VOLUMENSTROM, 2),
+                         fixed(d.SOLL_VOLUMENSTROM, 2), fixed(d.druck, 0), fixed(d.GASTEMP, 1),
+                         fixed(d.KOMPRESSORTEMP, 0), fixed(d.spannung, 1),
+                         protocol::hex_digits(d.ventile, 2))
+                    .arg(d.phase)
+                    .arg(protocol::hex_digits(d.alarme, 2), protocol::hex_digits(d.alarme2, 2))
+                    .arg(d.alarmstufe));
         }
     };
     if (!connect())

@@ -32,8 +32,12 @@ bool ConsoleUi::answer(const QString& question) {
     return false;
 }
 
-bool ConsoleUi::ask_yes_no(const QString& text, const QString&) { return answer(text); }
-bool ConsoleUi::ask_ok_cancel(const QString& text, const QString&) { return answer(text); }
+bool ConsoleUi::ask_yes_no(const QString& text, const QString&) {
+    return answer(text);
+}
+bool ConsoleUi::ask_ok_cancel(const QString& text, const QString&) {
+    return answer(text);
+}
 
 std::optional<QString> ConsoleUi::input_box(const QString& prompt, const QString&, const QString&) {
     if (preset_input) {

@@ -4,8 +4,7 @@
 
 namespace veltrako {
 
-AppContext::AppContext(Clock& clock_, UserInterface& ui_,
-                       std::unique_ptr<link::DeviceLink> backend)
+AppContext::AppContext(Clock& clock_, UserInterface& ui_, std::unique_ptr<link::DeviceLink> backend)
     : clock(clock_), ui(ui_) {
     link.backend = std::move(backend);
     comm_log.log_start = seconds_since_midnight(clock.now());
@@ -14,7 +13,9 @@ AppContext::AppContext(Clock& clock_, UserInterface& ui_,
     };
 }
 
-void show_msg(AppContext& ctx, const QString& text) { ctx.ui.show_msg(text); }
+void show_msg(AppContext& ctx, const QString& text) {
+    ctx.ui.show_msg(text);
+}
 
 void show_info(AppContext& ctx, const QString& text) {
     ctx.ui.append_out(text);

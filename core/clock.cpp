@@ -16,14 +16,18 @@ double since_midnight_difference(double later, double earlier) {
     return d;
 }
 
-SystemClock::SystemClock() { steady_.start(); }
+SystemClock::SystemClock() {
+    steady_.start();
+}
 
 QDateTime SystemClock::now() const {
     const QDateTime local = QDateTime::currentDateTime();
     return QDateTime(local.date(), local.time(), Qt::UTC);
 }
 
-qint64 SystemClock::elapsed_ms() const { return steady_.elapsed(); }
+qint64 SystemClock::elapsed_ms() const {
+    return steady_.elapsed();
+}
 
 void SystemClock::wait_ms(int ms) {
     // A nested event loop rather than a spin: the timer and the user's clicks

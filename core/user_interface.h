@@ -15,10 +15,10 @@ enum class MsgIcon { none, information, question, exclamation, critical };
 
 struct FileDialogRequest {
     QString title;
-    QString start_dir;        // INITDIR
-    QString filter;           // "Text (*.txt)|*.txt" style, as the language file gives it
-    QString default_suffix;   // ".txt"
-    QString proposed_name;    // file name offered in a save dialog
+    QString start_dir;      // INITDIR
+    QString filter;         // "Text (*.txt)|*.txt" style, as the language file gives it
+    QString default_suffix; // ".txt"
+    QString proposed_name;  // file name offered in a save dialog
 };
 
 // Pages of the tab strip tab1, in their designed order.

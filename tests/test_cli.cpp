@@ -87,9 +87,9 @@ private slots:
     void send_prints_each_answer() {
         QTemporaryDir dir;
         const QString log = dir.filePath("log.txt");
-        const Run r = run_cli({QStringLiteral("--link"), QStringLiteral("sim"),
-                               QStringLiteral("--log"), log, QStringLiteral("send"),
-                               QStringLiteral("65 00 F0 0C"), QStringLiteral("X")});
+        const Run r =
+            run_cli({QStringLiteral("--link"), QStringLiteral("sim"), QStringLiteral("--log"), log,
+                     QStringLiteral("send"), QStringLiteral("65 00 F0 0C"), QStringLiteral("X")});
         QCOMPARE(r.exit_code, 0);
         const QStringList lines = r.out.split(QLatin1Char('\n'), Qt::SkipEmptyParts);
         QCOMPARE(lines.size(), 2);
@@ -112,9 +112,9 @@ private slots:
     }
 
     void watch_prints_live_lines() {
-        const Run r = run_cli({QStringLiteral("--link"), QStringLiteral("sim"),
-                               QStringLiteral("watch"), QStringLiteral("--seconds"),
-                               QStringLiteral("3")});
+        const Run r =
+            run_cli({QStringLiteral("--link"), QStringLiteral("sim"), QStringLiteral("watch"),
+                     QStringLiteral("--seconds"), QStringLiteral("3")});
         QCOMPARE(r.exit_code, 0);
         const QStringList lines = r.out.split(QLatin1Char('\n'), Qt::SkipEmptyParts);
         QVERIFY2(lines.size() >= 3, qPrintable(r.out));
@@ -125,12 +125,14 @@ private slots:
         QTest::addColumn<QStringList>("arguments");
         QTest::addColumn<int>("exit_code");
         QTest::addColumn<QString>("message");
-        QTest::newRow("no device") << QStringList{"--link", "serial:/dev/veltrako2-none", "info"}
-                                   << 1 << "";
-        QTest::newRow("silent device") << QStringList{"--link", "sim:" VELTRAKO2_TEST_DATA "/silent.scn", "info"}
-                                       << 1 << "";
-        QTest::newRow("unknown link") << QStringList{"--link", "usb", "info"} << 2 << "unknown link";
-        QTest::newRow("unknown scenario") << QStringList{"--link", "sim:nosuch", "info"} << 2 << "nosuch";
+        QTest::newRow("no device")
+            << QStringList{"--link", "serial:/dev/veltrako2-none", "info"} << 1 << "";
+        QTest::newRow("silent device")
+            << QStringList{"--link", "sim:" VELTRAKO2_TEST_DATA "/silent.scn", "info"} << 1 << "";
+        QTest::newRow("unknown link")
+            << QStringList{"--link", "usb", "info"} << 2 << "unknown link";
+        QTest::newRow("unknown scenario")
+            << QStringList{"--link", "sim:nosuch", "info"} << 2 << "nosuch";
         QTest::newRow("no command") << QStringList{"--link", "sim"} << 2 << "no command";
         QTest::newRow("bad payload") << QStringList{"send", "hex:4G"} << 2 << "not a payload";
     }

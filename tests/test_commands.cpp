@@ -24,8 +24,10 @@ private slots:
         const QDateTime ten_past(QDate(2000, 1, 1), QTime(0, 0, 10), Qt::UTC);
         QTest::newRow("I") << cmd::live_status() << QByteArray("I");
         QTest::newRow("T") << cmd::read_clock() << QByteArray("T");
-        QTest::newRow("t at 2000-01-01 00:00:10") << cmd::set_clock(ten_past) << bytes({0x74, 0, 0, 0, 0x0A});
-        QTest::newRow("t big") << cmd::set_clock_seconds(0x12345678u) << bytes({'t', 0x12, 0x34, 0x56, 0x78});
+        QTest::newRow("t at 2000-01-01 00:00:10")
+            << cmd::set_clock(ten_past) << bytes({0x74, 0, 0, 0, 0x0A});
+        QTest::newRow("t big") << cmd::set_clock_seconds(0x12345678u)
+                               << bytes({'t', 0x12, 0x34, 0x56, 0x78});
         QTest::newRow("S") << cmd::read_remaining() << QByteArray("S");
         QTest::newRow("s 999") << cmd::set_remaining(999) << bytes({'s', 0x03, 0xE7});
         QTest::newRow("?") << cmd::identity() << QByteArray("?");
@@ -37,16 +39,20 @@ private slots:
         QTest::newRow("e 0x00F0/12") << cmd::read_serial() << bytes({'e', 0x00, 0xF0, 12});
         QTest::newRow("e 0x0040/22") << cmd::read_text_40() << bytes({'e', 0x00, 0x40, 22});
         QTest::newRow("e 0x0058/8") << cmd::read_text_58() << bytes({'e', 0x00, 0x58, 8});
-        QTest::newRow("status record 1") << cmd::read_status_record(1) << bytes({'e', 0x01, 0x00, 22});
-        QTest::newRow("status record 2") << cmd::read_status_record(2) << bytes({'e', 0x01, 0x16, 22});
-        QTest::newRow("status record 32") << cmd::read_status_record(32) << bytes({'e', 0x03, 0xAA, 22});
-        QTest::newRow("serial padded") << cmd::write_serial("AB12")
-                                       << (bytes({'E', 0x00, 0xF0, 0x0C}) + "AB12        ");
+        QTest::newRow("status record 1")
+            << cmd::read_status_record(1) << bytes({'e', 0x01, 0x00, 22});
+        QTest::newRow("status record 2")
+            << cmd::read_status_record(2) << bytes({'e', 0x01, 0x16, 22});
+        QTest::newRow("status record 32")
+            << cmd::read_status_record(32) << bytes({'e', 0x03, 0xAA, 22});
+        QTest::newRow("serial padded")
+            << cmd::write_serial("AB12") << (bytes({'E', 0x00, 0xF0, 0x0C}) + "AB12        ");
         QTest::newRow("serial cut") << cmd::write_serial("1234567890ABCDEF")
                                     << (bytes({'E', 0x00, 0xF0, 0x0C}) + "1234567890AB");
         QTest::newRow("low power") << cmd::write_low_power('5') << bytes({'E', 0x00, 0xE4, 1, '5'});
         QTest::newRow("hours block")
-            << cmd::write_hours_block(cmd::addr_hours_copy, bytes({4, 3, 2, 1, 0, 0, 5, 0xAA, 0xBB}))
+            << cmd::write_hours_block(cmd::addr_hours_copy,
+                                      bytes({4, 3, 2, 1, 0, 0, 5, 0xAA, 0xBB}))
             << bytes({'E', 0x00, 0x90, 9, 4, 3, 2, 1, 0, 0, 5, 0xAA, 0xBB});
         QTest::newRow("r 0") << cmd::read_timing(0) << bytes({0x72, 0x30});
         QTest::newRow("r 13") << cmd::read_timing(13) << bytes({0x72, 0x3D});
@@ -76,8 +82,8 @@ private slots:
         QCOMPARE(seq.at(5), QByteArray("X"));
         for (int i = 0; i <= 13; ++i)
             QCOMPARE(seq.at(6 + i), cmd::read_timing(i));
-        const QList<QByteArray> tail{"U", "O", "!", "T", "S", "I", "!", cmd::read_text_40(),
-                                     cmd::read_text_58()};
+        const QList<QByteArray> tail{
+            "U", "O", "!", "T", "S", "I", "!", cmd::read_text_40(), cmd::read_text_58()};
         QCOMPARE(seq.mid(20), tail);
         QCOMPARE(seq.indexOf("I"), 25); // the 26th command
     }

@@ -50,7 +50,8 @@ private slots:
         QTest::newRow("two devices") << 2 << int(FakeLink::step_count) << "T20002" << false;
         QTest::newRow("open") << 1 << int(FakeLink::open_step) << "T2300 DLL-Error:4" << false;
         QTest::newRow("baud") << 1 << int(FakeLink::baud) << "T2400 DLL-Error:4" << true;
-        QTest::newRow("characteristics") << 1 << int(FakeLink::characteristics) << "T2500 DLL-Error:4" << true;
+        QTest::newRow("characteristics")
+            << 1 << int(FakeLink::characteristics) << "T2500 DLL-Error:4" << true;
         QTest::newRow("flow") << 1 << int(FakeLink::flow) << "T2600 DLL-Error:4" << true;
         QTest::newRow("dtr") << 1 << int(FakeLink::dtr) << "T2700 DLL-Error:4" << true;
         QTest::newRow("timeouts") << 1 << int(FakeLink::timeouts) << "T2800 DLL-Error:4" << true;

@@ -51,7 +51,8 @@ private slots:
         QTest::addColumn<QByteArray>("wire");
         QTest::newRow("I") << QByteArray("I") << bytes({0x23, 0x31, 0x49, 0x14, 0x53});
         QTest::newRow("four-byte payload")
-            << bytes({0x65, 0x00, 0x10, 0x04}) << bytes({0x23, 0x34, 0x65, 0x00, 0x10, 0x04, 0xDC, 0x93});
+            << bytes({0x65, 0x00, 0x10, 0x04})
+            << bytes({0x23, 0x34, 0x65, 0x00, 0x10, 0x04, 0xDC, 0x93});
     }
     void frames_on_the_wire() {
         QFETCH(QByteArray, payload);
@@ -73,7 +74,8 @@ private slots:
     }
 
     void hex_helpers() {
-        QCOMPARE(protocol::hex_dump(bytes({0x23, 0x31, 0x49, 0x14, 0x53})), QString("23 31 49 14 53 "));
+        QCOMPARE(protocol::hex_dump(bytes({0x23, 0x31, 0x49, 0x14, 0x53})),
+                 QString("23 31 49 14 53 "));
         QCOMPARE(protocol::hex_digits(0x1453, 4), QString("1453"));
         QCOMPARE(protocol::hex_digits(0xA, 4), QString("000A"));
         QCOMPARE(protocol::hex_digits(0x12345, 4), QString("2345"));
@@ -88,9 +90,8 @@ private slots:
 
         const QByteArray i = protocol::build_frame("I");
         const QByteArray s = protocol::build_frame(bytes({'S', 0x01, 0x2C}));
-        QTest::newRow("garbage before #")
-            << QList<QByteArray>{QByteArray("xx\x00\xff", 4) + i} << QList<QByteArray>{"I"}
-            << QStringList{};
+        QTest::newRow("garbage before #") << QList<QByteArray>{QByteArray("xx\x00\xff", 4) + i}
+                                          << QList<QByteArray>{"I"} << QStringList{};
         QTest::newRow("two frames in one read")
             << QList<QByteArray>{i + s} << QList<QByteArray>{"I", bytes({'S', 0x01, 0x2C})}
             << QStringList{};
@@ -114,9 +115,9 @@ private slots:
         QByteArray outer = protocol::build_frame(bytes({'e'}) + i);
         outer[outer.size() - 1] = static_cast<char>(outer.at(outer.size() - 1) ^ 0x01);
         const std::uint16_t good = protocol::calc_crc(outer.mid(1, outer.size() - 3));
-        const QString crc_report = QStringLiteral("Invalid CRC%1/%2")
-                                       .arg(protocol::hex_digits(good ^ 0x01, 4),
-                                            protocol::hex_digits(good, 4));
+        const QString crc_report =
+            QStringLiteral("Invalid CRC%1/%2")
+                .arg(protocol::hex_digits(good ^ 0x01, 4), protocol::hex_digits(good, 4));
         QTest::newRow("bad CRC resynchronises inside the frame")
             << QList<QByteArray>{outer} << QList<QByteArray>{"I"} << QStringList{crc_report};
 

@@ -88,16 +88,21 @@ private slots:
         Harness h;
         Live live;
         live.ticks(1000)
-            .at(8, 100)           // O2 above the cap
-            .be16(10, 160)        // 2.0 l/min
+            .at(8, 100)    // O2 above the cap
+            .be16(10, 160) // 2.0 l/min
             .be16(12, 1234)
             .be16(18, 45)
-            .be16(20, 0x0334)     // 820 raw = 24.0 V
-            .at(22, 5).at(23, 1).at(24, 0x81).at(25, 7)
-            .at(26, 50)           // 50 * 0.04 = 2
-            .at(27, 255).at(28, 224).at(29, 112)
+            .be16(20, 0x0334) // 820 raw = 24.0 V
+            .at(22, 5)
+            .at(23, 1)
+            .at(24, 0x81)
+            .at(25, 7)
+            .at(26, 50) // 50 * 0.04 = 2
+            .at(27, 255)
+            .at(28, 224)
+            .at(29, 112)
             .at(35, 4)
-            .be16(36, 200);       // 2.5 l/min
+            .be16(36, 200); // 2.5 l/min
         live.p.replace(3, 4, single_le(343.5f));
         live.p.replace(13, 4, single_le(31.25f));
         dispatch_response(h.ctx, live.p);
@@ -146,9 +151,9 @@ private slots:
         dispatch_response(h.ctx, Live().ticks(500).at(8, 91).be16(10, 0x8000).be16(12, 900).p);
         QCOMPARE(h.ctx.device.device_ticks, 500); // written before the failing step
         QCOMPARE(h.ctx.device.O2, 91.0);
-        QCOMPARE(h.ctx.device.druck, 77.0);       // after it: old value
+        QCOMPARE(h.ctx.device.druck, 77.0); // after it: old value
         QVERIFY(!h.ctx.device.live_valid);
-        QCOMPARE(h.ui.record_changes, 0);          // common ending skipped
+        QCOMPARE(h.ui.record_changes, 0); // common ending skipped
         QCOMPARE(h.ctx.device.last_answer_time, before);
     }
 
@@ -184,10 +189,14 @@ private slots:
         QTest::addColumn<QByteArray>("text");
         QTest::addColumn<QString>("sw_num");
         QTest::addColumn<QString>("family");
-        QTest::newRow("7012") << QByteArray("7012") << "701" << "701";
-        QTest::newRow("701") << QByteArray("701") << "70" << "50";
-        QTest::newRow("711") << QByteArray("711") << "71" << "51";
-        QTest::newRow("5121") << QByteArray("5121") << "512" << "512";
+        QTest::newRow("7012") << QByteArray("7012") << "701"
+                              << "701";
+        QTest::newRow("701") << QByteArray("701") << "70"
+                             << "50";
+        QTest::newRow("711") << QByteArray("711") << "71"
+                             << "51";
+        QTest::newRow("5121") << QByteArray("5121") << "512"
+                              << "512";
     }
     void identity_and_family() {
         QFETCH(QByteArray, text);
@@ -263,8 +272,10 @@ private slots:
         QTest::newRow("family 50 index 8 ignored") << QByteArray("501") << 8 << false << true;
         QTest::newRow("family 21 index 8") << QByteArray("211") << 8 << true << true;
         QTest::newRow("family 21 index 13") << QByteArray("211") << 13 << true << true;
-        QTest::newRow("family 21 index 14 out of range") << QByteArray("211") << 14 << false << false;
-        QTest::newRow("family 50 index 14 not looked at") << QByteArray("501") << 14 << false << true;
+        QTest::newRow("family 21 index 14 out of range")
+            << QByteArray("211") << 14 << false << false;
+        QTest::newRow("family 50 index 14 not looked at")
+            << QByteArray("501") << 14 << false << true;
     }
     void timing_index_limit() {
         QFETCH(QByteArray, sw);
@@ -301,7 +312,8 @@ private slots:
         QTest::addColumn<QDateTime>("expected");
         const QDateTime epoch(QDate(2000, 1, 1), QTime(0, 0), Qt::UTC);
         QTest::newRow("zero") << bytes({'T', 0, 0, 0, 0}) << epoch;
-        QTest::newRow("one day and ten seconds") << bytes({'T', 0, 0x01, 0x51, 0x8A}) << epoch.addSecs(86410);
+        QTest::newRow("one day and ten seconds")
+            << bytes({'T', 0, 0x01, 0x51, 0x8A}) << epoch.addSecs(86410);
         QTest::newRow("high byte 0x80") << bytes({'T', 0x80, 1, 2, 3}) << epoch;
         QTest::newRow("high byte 127") << bytes({'T', 127, 1, 2, 3}) << epoch;
         QTest::newRow("2026") << bytes({'T', 0x31, 0x37, 0x4B, 0xC0}) << epoch.addSecs(0x31374BC0);

@@ -35,7 +35,10 @@ QByteArray live_answer(int ticks) {
 // echoed with its value bytes behind it.
 QByteArray plausible_answer(const QByteArray& p) {
     switch (p.at(0)) {
-    case 'U': case 'O': case 'X': case 'r':
+    case 'U':
+    case 'O':
+    case 'X':
+    case 'r':
         return p + '\x05';
     case 'T':
         return p + QByteArray(4, '\x01');
@@ -257,7 +260,9 @@ private slots:
             nested += h.ctx->protocol.tick_count == before ? 1 : 0;
         };
         h.tick(2);
-        QCOMPARE(h.peer->received.count() - h.peer->received.count("I") - h.peer->received.count("T"), 60);
+        QCOMPARE(h.peer->received.count() - h.peer->received.count("I") -
+                     h.peer->received.count("T"),
+                 60);
         QVERIFY(waits >= 59);
         QCOMPARE(nested, waits);
         QVERIFY(h.ctx->protocol.timer_busy == false);

@@ -51,7 +51,8 @@ struct Program {
         QString error;
         const auto scenario = sim::parse_scenario(scenario_text, &error);
         device = std::make_shared<sim::Concentrator>(*scenario);
-        ctx = std::make_unique<AppContext>(clock, form, std::make_unique<link::SimLink>(clock, device));
+        ctx = std::make_unique<AppContext>(clock, form,
+                                           std::make_unique<link::SimLink>(clock, device));
         form.bind(*ctx);
     }
     void start() {

@@ -2,7 +2,9 @@
 
 namespace veltrako::device {
 
-void clear_device_record(DeviceRecord& record) { record = DeviceRecord{}; }
+void clear_device_record(DeviceRecord& record) {
+    record = DeviceRecord{};
+}
 
 namespace {
 bool in_range(const QString& code, const char* low, const char* high) {
@@ -16,12 +18,14 @@ void detect_device_type(DeviceRecord& r) {
     r.clock_supported = !r.SW.isEmpty();
     r.remaining_supported = !r.SW.isEmpty();
     r.o22_source = f >= QLatin1String("70") || f == QLatin1String("66") || f == QLatin1String("56");
-    r.special_model = r.SW == QLatin1String("628") || r.SW == QLatin1String("528") ||
-                      (f > QLatin1String("70") && r.SW.size() >= 3 && r.SW.at(2) == QLatin1Char('8'));
-    r.alarm_at_47 = f == QLatin1String("AA") || in_range(f, "A8", "A9") || in_range(f, "7C", "7F") ||
-                    in_range(f, "8C", "8F");
+    r.special_model =
+        r.SW == QLatin1String("628") || r.SW == QLatin1String("528") ||
+        (f > QLatin1String("70") && r.SW.size() >= 3 && r.SW.at(2) == QLatin1Char('8'));
+    r.alarm_at_47 = f == QLatin1String("AA") || in_range(f, "A8", "A9") ||
+                    in_range(f, "7C", "7F") || in_range(f, "8C", "8F");
     r.valve_layout = f == QLatin1String("AA") || f == QLatin1String("A9") ||
-                     f == QLatin1String("A8") || f == QLatin1String("7F") || f == QLatin1String("7E");
+                     f == QLatin1String("A8") || f == QLatin1String("7F") ||
+                     f == QLatin1String("7E");
 }
 
 const QStringList& parameter_keys() {

@@ -18,7 +18,8 @@ const OpenStep open_steps[] = {
     {2300, [](DeviceLink& l, FtHandle& h) { return l.open(0, h); }},
     {2400, [](DeviceLink& l, FtHandle& h) { return l.set_baud_rate(h, 115200); }},
     // Two stop bits are what the device expects.
-    {2500, [](DeviceLink& l, FtHandle& h) {
+    {2500,
+     [](DeviceLink& l, FtHandle& h) {
          return l.set_data_characteristics(h, FT_BITS_8, FT_STOP_BITS_2, FT_PARITY_NONE);
      }},
     {2600, [](DeviceLink& l, FtHandle& h) { return l.set_flow_control(h, FT_FLOW_NONE, 0, 0); }},
@@ -83,7 +84,8 @@ FtStatus close_device(AppContext& ctx) {
         if (status == FT_OK)
             show_info(ctx, QStringLiteral("Device Closed") + crlf);
         else
-            show_info(ctx, QStringLiteral("Error Device Closed: ") + QString::number(status) + crlf);
+            show_info(ctx,
+                      QStringLiteral("Error Device Closed: ") + QString::number(status) + crlf);
     }
     ctx.link.device_handle = 0;
     return status;
@@ -115,6 +117,8 @@ QByteArray read_waiting(AppContext& ctx) {
     return buffer;
 }
 
-QByteArray read_raw(AppContext& ctx) { return read_waiting(ctx); }
+QByteArray read_raw(AppContext& ctx) {
+    return read_waiting(ctx);
+}
 
 } // namespace veltrako::link

@@ -67,7 +67,9 @@ FtStatus SimLink::set_flow_control(FtHandle handle, std::uint16_t, std::uint8_t,
     return check(handle);
 }
 
-FtStatus SimLink::set_dtr(FtHandle handle) { return check(handle); }
+FtStatus SimLink::set_dtr(FtHandle handle) {
+    return check(handle);
+}
 
 FtStatus SimLink::set_timeouts(FtHandle handle, std::uint32_t, std::uint32_t) {
     return check(handle);
@@ -95,10 +97,9 @@ void SimLink::pump() {
     // Walk the events of both directions in time order up to now, so the
     // device answers at the moment the command arrived, not when we looked.
     for (;;) {
-        const double host_done = to_device_.empty()
-                                     ? std::numeric_limits<double>::infinity()
-                                     : to_device_.front().start_ms +
-                                           to_device_.front().bytes.size() * byte_ms;
+        const double host_done = to_device_.empty() ? std::numeric_limits<double>::infinity()
+                                                    : to_device_.front().start_ms +
+                                                          to_device_.front().bytes.size() * byte_ms;
         const qint64 device_ready = peer_->next_transmit_ms();
         const double device_at = device_ready == SimPeer::nothing_pending
                                      ? std::numeric_limits<double>::infinity()

@@ -25,26 +25,26 @@ inline constexpr int status_record_size = 22;
 inline constexpr int status_record_max = 32;
 inline constexpr int serial_length = 12;
 
-QByteArray live_status();        // "I"
-QByteArray read_clock();         // "T"
+QByteArray live_status();                         // "I"
+QByteArray read_clock();                          // "T"
 QByteArray set_clock(const QDateTime& local_now); // "t" + seconds since 2000-01-01, 4 bytes
 QByteArray set_clock_seconds(std::uint32_t seconds_since_2000);
-QByteArray read_remaining();     // "S"
+QByteArray read_remaining();                   // "S"
 QByteArray set_remaining(std::uint16_t value); // "s" + 2 bytes
-QByteArray identity();           // "?"
-QByteArray information();        // "!"
-QByteArray reset_hours();        // "C"
+QByteArray identity();                         // "?"
+QByteArray information();                      // "!"
+QByteArray reset_hours();                      // "C"
 
-QByteArray read_memory(std::uint16_t address, std::uint8_t count);             // "e"
-QByteArray write_memory(std::uint16_t address, const QByteArray& data);       // "E"
+QByteArray read_memory(std::uint16_t address, std::uint8_t count);      // "e"
+QByteArray write_memory(std::uint16_t address, const QByteArray& data); // "E"
 
 // The reads of the memory table, by what they fetch.
-QByteArray read_hours();        // 0x0080 / 7
-QByteArray read_board();        // 0x00E0 / 12
-QByteArray read_text_d0();      // 0x00D0 / 4
-QByteArray read_serial();       // 0x00F0 / 12
-QByteArray read_text_40();      // 0x0040 / 22
-QByteArray read_text_58();      // 0x0058 / 8
+QByteArray read_hours();   // 0x0080 / 7
+QByteArray read_board();   // 0x00E0 / 12
+QByteArray read_text_d0(); // 0x00D0 / 4
+QByteArray read_serial();  // 0x00F0 / 12
+QByteArray read_text_40(); // 0x0040 / 22
+QByteArray read_text_58(); // 0x0058 / 8
 // Status record n (1-based): address 0x0100 + (n - 1) * 22, 22 bytes.
 QByteArray read_status_record(int n);
 
@@ -55,8 +55,8 @@ QByteArray write_low_power(char value);
 // The 9-byte operating-hours block at 0x0080 or at its copy at 0x0090.
 QByteArray write_hours_block(std::uint16_t address, const QByteArray& block9);
 
-QByteArray read_timing(int index);                          // "r" + ("0" + index)
-QByteArray write_timing(int index, std::uint8_t value);     // "w" + ("0" + index) + value
+QByteArray read_timing(int index);                      // "r" + ("0" + index)
+QByteArray write_timing(int index, std::uint8_t value); // "w" + ("0" + index) + value
 
 // Flow selector 0 is "U"/"u", selector 1 is "O"/"o".
 QByteArray read_flow_selector(int selector);
@@ -65,11 +65,11 @@ QByteArray write_flow_selector(int selector, std::uint8_t value);
 QByteArray read_acoustic_alarm();                // "X"
 QByteArray write_acoustic_alarm(std::uint8_t v); // "x" + value
 
-QByteArray compliance_count();                   // "K"
-QByteArray compliance_record(std::uint16_t n);   // "k" + 2 bytes
-QByteArray compliance_erase();                   // "Z"
+QByteArray compliance_count();                 // "K"
+QByteArray compliance_record(std::uint16_t n); // "k" + 2 bytes
+QByteArray compliance_erase();                 // "Z"
 
-QByteArray boot_loader();                        // "b"
+QByteArray boot_loader(); // "b"
 
 // Seconds from 2000-01-01 00:00:00 to `t` (negative before it).
 qint64 seconds_since_2000(const QDateTime& t);

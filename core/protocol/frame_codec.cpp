@@ -36,8 +36,8 @@ FrameStep scan_frame(QByteArray& buffer) {
     if (buffer.size() < step.frame_size)
         return step;
     const auto* bytes = reinterpret_cast<const unsigned char*>(buffer.constData());
-    step.received_crc = static_cast<std::uint16_t>(bytes[2 + step.length] << 8 |
-                                                   bytes[3 + step.length]);
+    step.received_crc =
+        static_cast<std::uint16_t>(bytes[2 + step.length] << 8 | bytes[3 + step.length]);
     step.computed_crc = calc_crc(buffer.constData() + 1, step.length + 1);
     step.kind = step.received_crc == step.computed_crc ? FrameStep::frame : FrameStep::bad_crc;
     return step;

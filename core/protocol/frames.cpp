@@ -31,8 +31,8 @@ void parse_frames(AppContext& ctx, const QByteArray& received) {
             const QString stamp = locale.toString(now.date(), QLocale::ShortFormat) +
                                   QLatin1Char(' ') +
                                   locale.toString(now.time(), QLocale::LongFormat);
-            show_info(ctx, stamp + QStringLiteral(":Invalid clen") +
-                               QString::number(step.length) + QStringLiteral("\r\n"));
+            show_info(ctx, stamp + QStringLiteral(":Invalid clen") + QString::number(step.length) +
+                               QStringLiteral("\r\n"));
             buffer.remove(0, 1);
             break;
         }

@@ -16,7 +16,9 @@ namespace {
 const QString crlf = QStringLiteral("\r\n");
 
 // Remainder that stays non-negative however far the counter has run.
-int tick_mod(qint32 tick, int n) { return ((tick % n) + n) % n; }
+int tick_mod(qint32 tick, int n) {
+    return ((tick % n) + n) % n;
+}
 
 } // namespace
 
@@ -218,7 +220,9 @@ void connect_routine(AppContext& ctx) {
     ctx.timer1.set_enabled(true);
 }
 
-void cmd_clear(AppContext& ctx) { ctx.ui.clear_out(); }
+void cmd_clear(AppContext& ctx) {
+    ctx.ui.clear_out();
+}
 
 QString cmd_saveprotokoll(AppContext& ctx) {
     const QString path = ctx.program_dir + QStringLiteral("protokoll") +
@@ -232,6 +236,8 @@ QString cmd_saveprotokoll(AppContext& ctx) {
     return path;
 }
 
-void cmd_sendcommand(AppContext& ctx, const QByteArray& typed) { queue_command(ctx, typed); }
+void cmd_sendcommand(AppContext& ctx, const QByteArray& typed) {
+    queue_command(ctx, typed);
+}
 
 } // namespace veltrako::protocol

@@ -228,7 +228,9 @@ QString map_family_code(const QString& code) {
     return code;
 }
 
-QString version_code(const AppContext& ctx) { return ctx.device.family_code; }
+QString version_code(const AppContext& ctx) {
+    return ctx.device.family_code;
+}
 
 void dispatch_response(AppContext& ctx, const QByteArray& payload) {
     ctx.protocol.retry_count = 0;

@@ -18,7 +18,9 @@ void dispatch_response(AppContext& ctx, const QByteArray& payload);
 // computed arithmetically. Four zero bytes give 2^-127 (no special cases).
 double bytes_to_single(const QByteArray& four);
 
-template <typename T> T min_of(T a, T b) { return a < b ? a : b; }
+template <typename T> T min_of(T a, T b) {
+    return a < b ? a : b;
+}
 
 // "70" -> "50", "71" -> "51", anything else unchanged.
 QString map_family_code(const QString& code);

@@ -16,7 +16,7 @@ public:
     Step failing_step = step_count; // none
     link::FtStatus failure_status = link::FT_IO_ERROR;
     link::FtStatus close_status = link::FT_OK;
-    QByteArray incoming;       // bytes waiting to be read
+    QByteArray incoming;        // bytes waiting to be read
     std::uint32_t short_by = 0; // read returns this many bytes fewer than asked
     QByteArray written;
     QStringList calls;
