@@ -2,6 +2,7 @@
 // simulator over a pseudo-terminal, and against the in-process simulator.
 
 #include "payload_text.h"
+#include "sim_server_process.h"
 
 #include <QElapsedTimer>
 #include <QProcess>
@@ -42,36 +43,17 @@ QMap<QString, QString> key_values(const QString& text) {
     return values;
 }
 
-struct SimServer {
-    QProcess process;
-    QString path;
-    bool start(const QStringList& arguments = {}) {
-        process.start(QStringLiteral(VELTRAKO2_SIM_PATH), arguments);
-        if (!process.waitForStarted(5000))
-            return false;
-        QElapsedTimer t;
-        t.start();
-        while (!process.canReadLine() && t.elapsed() < 5000)
-            process.waitForReadyRead(100);
-        path = QString::fromUtf8(process.readLine().trimmed());
-        return path.startsWith(QLatin1String("/dev/"));
-    }
-    ~SimServer() {
-        process.terminate();
-        if (!process.waitForFinished(3000))
-            process.kill();
-    }
-};
-
 } // namespace
 
 class TestCli : public QObject {
     Q_OBJECT
 private slots:
     void info_over_a_pseudo_terminal() {
-        SimServer server;
-        QVERIFY(server.start({QStringLiteral("--scenario"), QStringLiteral("family7x")}));
-        const Run r = run_cli({QStringLiteral("--link"), QStringLiteral("serial:") + server.path,
+        veltrako::testing::SimServerProcess server;
+        QVERIFY(server.start(QStringLiteral(VELTRAKO2_SIM_PATH),
+                             {QStringLiteral("--scenario"), QStringLiteral("family7x")}));
+        const Run r = run_cli({QStringLiteral("--link"),
+                               QStringLiteral("serial:") + QString::fromUtf8(server.path),
                                QStringLiteral("info")});
         QCOMPARE(r.exit_code, 0);
         const auto v = key_values(r.out);

@@ -10,19 +10,14 @@
 #include "protocol/frames.h"
 #include "protocol/hex.h"
 
+#include "test_bytes.h"
+
 #include <QTest>
 
 using namespace veltrako;
 using namespace veltrako::testing;
 
 namespace {
-
-QByteArray bytes(std::initializer_list<int> values) {
-    QByteArray out;
-    for (int v : values)
-        out += static_cast<char>(v);
-    return out;
-}
 
 struct Harness {
     ManualClock clock;
@@ -49,10 +44,10 @@ private slots:
     void frames_on_the_wire_data() {
         QTest::addColumn<QByteArray>("payload");
         QTest::addColumn<QByteArray>("wire");
-        QTest::newRow("I") << QByteArray("I") << bytes({0x23, 0x31, 0x49, 0x14, 0x53});
+        QTest::newRow("I") << QByteArray("I") << bytes_of({0x23, 0x31, 0x49, 0x14, 0x53});
         QTest::newRow("four-byte payload")
-            << bytes({0x65, 0x00, 0x10, 0x04})
-            << bytes({0x23, 0x34, 0x65, 0x00, 0x10, 0x04, 0xDC, 0x93});
+            << bytes_of({0x65, 0x00, 0x10, 0x04})
+            << bytes_of({0x23, 0x34, 0x65, 0x00, 0x10, 0x04, 0xDC, 0x93});
     }
     void frames_on_the_wire() {
         QFETCH(QByteArray, payload);
@@ -74,7 +69,7 @@ private slots:
     }
 
     void hex_helpers() {
-        QCOMPARE(protocol::hex_dump(bytes({0x23, 0x31, 0x49, 0x14, 0x53})),
+        QCOMPARE(protocol::hex_dump(bytes_of({0x23, 0x31, 0x49, 0x14, 0x53})),
                  QString("23 31 49 14 53 "));
         QCOMPARE(protocol::hex_digits(0x1453, 4), QString("1453"));
         QCOMPARE(protocol::hex_digits(0xA, 4), QString("000A"));
@@ -89,30 +84,30 @@ private slots:
         QTest::addColumn<QStringList>("reports");
 
         const QByteArray i = protocol::build_frame("I");
-        const QByteArray s = protocol::build_frame(bytes({'S', 0x01, 0x2C}));
+        const QByteArray s = protocol::build_frame(bytes_of({'S', 0x01, 0x2C}));
         QTest::newRow("garbage before #") << QList<QByteArray>{QByteArray("xx\x00\xff", 4) + i}
                                           << QList<QByteArray>{"I"} << QStringList{};
         QTest::newRow("two frames in one read")
-            << QList<QByteArray>{i + s} << QList<QByteArray>{"I", bytes({'S', 0x01, 0x2C})}
+            << QList<QByteArray>{i + s} << QList<QByteArray>{"I", bytes_of({'S', 0x01, 0x2C})}
             << QStringList{};
         QTest::newRow("one frame over two reads")
-            << QList<QByteArray>{s.left(3), s.mid(3)} << QList<QByteArray>{bytes({'S', 0x01, 0x2C})}
-            << QStringList{};
+            << QList<QByteArray>{s.left(3), s.mid(3)}
+            << QList<QByteArray>{bytes_of({'S', 0x01, 0x2C})} << QStringList{};
 
         // A length character of "0"+101 is rejected; the "#" of a good frame
         // hidden in the bytes behind it is found.
-        QByteArray bad_len = bytes({'#', 0x30 + 101, 'x'}) + i;
+        QByteArray bad_len = bytes_of({'#', 0x30 + 101, 'x'}) + i;
         QTest::newRow("bad length resynchronises")
             << QList<QByteArray>{bad_len} << QList<QByteArray>{"I"}
             << QStringList{":Invalid clen101\r\n"};
-        QByteArray below_zero = bytes({'#', 0x2F}) + i;
+        QByteArray below_zero = bytes_of({'#', 0x2F}) + i;
         QTest::newRow("length below zero")
             << QList<QByteArray>{below_zero} << QList<QByteArray>{"I"}
             << QStringList{":Invalid clen-1\r\n"};
 
         // A frame whose payload carries a complete valid frame: the outer CRC
         // is broken, so scanning one byte on finds the inner frame.
-        QByteArray outer = protocol::build_frame(bytes({'e'}) + i);
+        QByteArray outer = protocol::build_frame(bytes_of({'e'}) + i);
         outer[outer.size() - 1] = static_cast<char>(outer.at(outer.size() - 1) ^ 0x01);
         const std::uint16_t good = protocol::calc_crc(outer.mid(1, outer.size() - 3));
         const QString crc_report =

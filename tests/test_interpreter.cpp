@@ -10,6 +10,8 @@
 #include "protocol/payload_reader.h"
 #include "protocol/response_interpreter.h"
 
+#include "test_bytes.h"
+
 #include <QTest>
 
 #include <cstring>
@@ -19,13 +21,6 @@ using namespace veltrako::testing;
 using protocol::dispatch_response;
 
 namespace {
-
-QByteArray bytes(std::initializer_list<int> values) {
-    QByteArray out;
-    for (int v : values)
-        out += static_cast<char>(v);
-    return out;
-}
 
 QByteArray single_le(float f) {
     char raw[4];
@@ -159,7 +154,7 @@ private slots:
 
     void short_answer_ends_interpretation() {
         Harness h;
-        dispatch_response(h.ctx, bytes({'I', 0x01, 0x02}));
+        dispatch_response(h.ctx, bytes_of({'I', 0x01, 0x02}));
         QCOMPARE(h.ctx.device.device_ticks, 0x0102);
         QVERIFY(!h.ctx.device.live_valid);
         QCOMPARE(h.ui.record_changes, 0);
@@ -242,18 +237,18 @@ private slots:
     void operating_hours_rebuilt() {
         Harness h;
         h.ctx.device.BSTD = "999999:99 old";
-        dispatch_response(h.ctx, bytes({'e', 0x00, 0x80, 7, 4, 3, 2, 1, 0, 0, 5}));
+        dispatch_response(h.ctx, bytes_of({'e', 0x00, 0x80, 7, 4, 3, 2, 1, 0, 0, 5}));
         QCOMPARE(h.ctx.device.BSTD, QString("001234:50"));
     }
 
     void identity_memory_texts() {
         Harness h;
-        dispatch_response(h.ctx, bytes({'e', 0x00, 0xF0, 12}) + "SN-000123   ");
-        dispatch_response(h.ctx, bytes({'e', 0x00, 0xE0, 12}) + "12344");
-        dispatch_response(h.ctx, bytes({'e', 0x00, 0x40, 3}) + "abc");
-        dispatch_response(h.ctx, bytes({'e', 0x00, 0x58, 2}) + "de");
-        dispatch_response(h.ctx, bytes({'e', 0x00, 0xD0, 4}) + "H512");
-        dispatch_response(h.ctx, bytes({'e', 0x00, 0xC0, 1}) + "z"); // no field there
+        dispatch_response(h.ctx, bytes_of({'e', 0x00, 0xF0, 12}) + "SN-000123   ");
+        dispatch_response(h.ctx, bytes_of({'e', 0x00, 0xE0, 12}) + "12344");
+        dispatch_response(h.ctx, bytes_of({'e', 0x00, 0x40, 3}) + "abc");
+        dispatch_response(h.ctx, bytes_of({'e', 0x00, 0x58, 2}) + "de");
+        dispatch_response(h.ctx, bytes_of({'e', 0x00, 0xD0, 4}) + "H512");
+        dispatch_response(h.ctx, bytes_of({'e', 0x00, 0xC0, 1}) + "z"); // no field there
         const device::DeviceRecord& d = h.ctx.device;
         QCOMPARE(d.SN, QString("SN-000123   "));
         QCOMPARE(d.LP, QString("12344"));
@@ -285,7 +280,7 @@ private slots:
         Harness h;
         h.identity(sw);
         const int changes = h.ui.record_changes;
-        dispatch_response(h.ctx, bytes({'r', 0x30 + index, 42}));
+        dispatch_response(h.ctx, bytes_of({'r', 0x30 + index, 42}));
         if (index <= 13)
             QCOMPARE(h.ctx.device.zeiten[std::size_t(index)] == 42, stored);
         QCOMPARE(h.ui.record_changes == changes + 1, ended_normally);
@@ -293,10 +288,10 @@ private slots:
 
     void single_byte_answers() {
         Harness h;
-        dispatch_response(h.ctx, bytes({'O', 3}));
-        dispatch_response(h.ctx, bytes({'U', 4}));
-        dispatch_response(h.ctx, bytes({'X', 2}));
-        dispatch_response(h.ctx, bytes({'S', 0x01, 0x2C}));
+        dispatch_response(h.ctx, bytes_of({'O', 3}));
+        dispatch_response(h.ctx, bytes_of({'U', 4}));
+        dispatch_response(h.ctx, bytes_of({'X', 2}));
+        dispatch_response(h.ctx, bytes_of({'S', 0x01, 0x2C}));
         dispatch_response(h.ctx, QByteArray("!V2.3 build 7"));
         QCOMPARE(int(h.ctx.device.wert_o), 3);
         QCOMPARE(int(h.ctx.device.wert_u), 4);
@@ -311,12 +306,13 @@ private slots:
         QTest::addColumn<QByteArray>("answer");
         QTest::addColumn<QDateTime>("expected");
         const QDateTime epoch(QDate(2000, 1, 1), QTime(0, 0), Qt::UTC);
-        QTest::newRow("zero") << bytes({'T', 0, 0, 0, 0}) << epoch;
+        QTest::newRow("zero") << bytes_of({'T', 0, 0, 0, 0}) << epoch;
         QTest::newRow("one day and ten seconds")
-            << bytes({'T', 0, 0x01, 0x51, 0x8A}) << epoch.addSecs(86410);
-        QTest::newRow("high byte 0x80") << bytes({'T', 0x80, 1, 2, 3}) << epoch;
-        QTest::newRow("high byte 127") << bytes({'T', 127, 1, 2, 3}) << epoch;
-        QTest::newRow("2026") << bytes({'T', 0x31, 0x37, 0x4B, 0xC0}) << epoch.addSecs(0x31374BC0);
+            << bytes_of({'T', 0, 0x01, 0x51, 0x8A}) << epoch.addSecs(86410);
+        QTest::newRow("high byte 0x80") << bytes_of({'T', 0x80, 1, 2, 3}) << epoch;
+        QTest::newRow("high byte 127") << bytes_of({'T', 127, 1, 2, 3}) << epoch;
+        QTest::newRow("2026") << bytes_of({'T', 0x31, 0x37, 0x4B, 0xC0})
+                              << epoch.addSecs(0x31374BC0);
     }
     void device_clock() {
         QFETCH(QByteArray, answer);
@@ -329,7 +325,7 @@ private slots:
     void status_records_chain() {
         Harness h;
         QByteArray data(22, '\x11');
-        dispatch_response(h.ctx, bytes({'e', 0x01, 0x16, 22}) + data); // record 2
+        dispatch_response(h.ctx, bytes_of({'e', 0x01, 0x16, 22}) + data); // record 2
         QCOMPARE(h.ctx.status.record_count(), 2);
         QCOMPARE(h.ctx.status.records[2], data);
         QCOMPARE(h.queued(), QList<QByteArray>{protocol::cmd::read_status_record(3)});
@@ -337,7 +333,7 @@ private slots:
         int completed = 0;
         h.ctx.hooks.status_readout_complete = [&] { ++completed; };
         // Record 32 is the last one asked for.
-        dispatch_response(h.ctx, bytes({'e', 0x03, 0xAA, 22}) + data);
+        dispatch_response(h.ctx, bytes_of({'e', 0x03, 0xAA, 22}) + data);
         QCOMPARE(h.ctx.status.record_count(), 32);
         QCOMPARE(h.queued().size(), 1);
         QCOMPARE(completed, 1);
@@ -349,7 +345,7 @@ private slots:
         h.ctx.status.mark = status::ReadoutMark::pending;
         int saved = 0;
         h.ctx.hooks.status_save_due = [&] { ++saved; };
-        dispatch_response(h.ctx, bytes({'e', 0x01, 0x00, 22}) + erased);
+        dispatch_response(h.ctx, bytes_of({'e', 0x01, 0x00, 22}) + erased);
         QCOMPARE(h.ctx.status.record_count(), 0);
         QCOMPARE(completed, 2);
         QCOMPARE(saved, 1); // the common ending saves a readout started for saving
@@ -358,17 +354,17 @@ private slots:
 
     void compliance_answers_go_to_their_hook() {
         Harness h;
-        dispatch_response(h.ctx, bytes({'K', 0, 3}));
-        dispatch_response(h.ctx, bytes({'k', 0, 1, 0, 0, 0, 1, 0, 0, 0, 2}));
+        dispatch_response(h.ctx, bytes_of({'K', 0, 3}));
+        dispatch_response(h.ctx, bytes_of({'k', 0, 1, 0, 0, 0, 1, 0, 0, 0, 2}));
         QCOMPARE(h.compliance.size(), 2);
-        QCOMPARE(h.compliance.at(0), bytes({'K', 0, 3}));
+        QCOMPARE(h.compliance.at(0), bytes_of({'K', 0, 3}));
         QCOMPARE(h.ui.record_changes, 2);
 
         // An overflow reported by the hook ends that answer like our own.
         h.ctx.hooks.compliance_answer = [](const QByteArray&) {
             throw protocol::InterpretError("overflow");
         };
-        dispatch_response(h.ctx, bytes({'K', 0x80, 0}));
+        dispatch_response(h.ctx, bytes_of({'K', 0x80, 0}));
         QCOMPARE(h.ui.record_changes, 2);
     }
 

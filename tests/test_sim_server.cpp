@@ -10,6 +10,7 @@
 #include "protocol/frames.h"
 #include "protocol/poll_cycle.h"
 #include "sim_helpers.h"
+#include "sim_server_process.h"
 
 #include <QElapsedTimer>
 #include <QProcess>
@@ -72,39 +73,15 @@ private:
     int fd_ = -1;
 };
 
-struct Server {
-    QProcess process;
-    QByteArray path;
-
-    bool start(const QStringList& arguments = {}) {
-        process.setProgram(QStringLiteral(VELTRAKO2_SIM_PATH));
-        process.setArguments(arguments);
-        process.start();
-        if (!process.waitForStarted(5000))
-            return false;
-        QElapsedTimer t;
-        t.start();
-        while (!process.canReadLine() && t.elapsed() < 5000)
-            process.waitForReadyRead(100);
-        path = process.readLine().trimmed();
-        return path.startsWith("/dev/");
-    }
-    ~Server() {
-        if (process.state() != QProcess::NotRunning) {
-            process.kill();
-            process.waitForFinished(5000);
-        }
-    }
-};
-
 } // namespace
 
 class TestSimServer : public QObject {
     Q_OBJECT
 private slots:
     void answers_on_its_terminal() {
-        Server server;
-        QVERIFY2(server.start({QStringLiteral("--verbose")}), server.path.constData());
+        SimServerProcess server;
+        QVERIFY2(server.start(QStringLiteral(VELTRAKO2_SIM_PATH), {QStringLiteral("--verbose")}),
+                 server.path.constData());
         {
             Terminal terminal(server.path);
             QVERIFY(terminal.is_open());
@@ -140,8 +117,9 @@ private slots:
     }
     void stops_cleanly() {
         QFETCH(int, signal);
-        Server server;
-        QVERIFY(server.start({QStringLiteral("--scenario"), QStringLiteral("family7x")}));
+        SimServerProcess server;
+        QVERIFY(server.start(QStringLiteral(VELTRAKO2_SIM_PATH),
+                             {QStringLiteral("--scenario"), QStringLiteral("family7x")}));
         Terminal terminal(server.path);
         QVERIFY(terminal.send(protocol::build_frame("?")));
         QCOMPARE(terminal.frames(1), (QList<QByteArray>{"?7E5"}));
@@ -154,8 +132,8 @@ private slots:
     // The program's serial link, opened with the program's own sequence of
     // steps, talks to the server like to a concentrator on a USB adapter.
     void round_trip_through_the_serial_link() {
-        Server server;
-        QVERIFY(server.start());
+        SimServerProcess server;
+        QVERIFY(server.start(QStringLiteral(VELTRAKO2_SIM_PATH)));
         SystemClock clock;
         FakeUserInterface ui;
         AppContext ctx(clock, ui,
@@ -189,8 +167,8 @@ private slots:
     // sequence go out one per tick of Timer1, and the answers fill the
     // device record.
     void the_program_connects_through_the_serial_link() {
-        Server server;
-        QVERIFY(server.start());
+        SimServerProcess server;
+        QVERIFY(server.start(QStringLiteral(VELTRAKO2_SIM_PATH)));
         SystemClock clock;
         FakeUserInterface ui;
         AppContext ctx(clock, ui,

@@ -5,6 +5,7 @@
 #include "protocol/frame_codec.h"
 #include "sim/concentrator.h"
 #include "sim/scenario.h"
+#include "test_bytes.h"
 
 #include <QList>
 #include <QTest>
@@ -28,13 +29,6 @@ inline QList<QByteArray> frame_payloads(QByteArray bytes, int* bad = nullptr) {
             bytes.remove(0, 1);
         }
     }
-}
-
-inline QByteArray bytes_of(std::initializer_list<int> values) {
-    QByteArray out;
-    for (int v : values)
-        out += static_cast<char>(v);
-    return out;
 }
 
 // A scenario from text that must parse.
