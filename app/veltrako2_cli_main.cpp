@@ -47,7 +47,19 @@ int main(int argc, char** argv) {
                                          QStringLiteral("n"));
     const QCommandLineOption verbose_opt(QStringLiteral("verbose"),
                                          QStringLiteral("show the developer messages on stderr"));
-    parser.addOptions({link_opt, log_opt, lang_opt, seconds_opt, verbose_opt});
+    const QCommandLineOption yes_opt(
+        QStringLiteral("yes"),
+        QStringLiteral("answer every yes/no or OK/Cancel question with yes"));
+    const QCommandLineOption no_opt(
+        QStringLiteral("no"), QStringLiteral("answer every yes/no or OK/Cancel question with no"));
+    const QCommandLineOption input_opt(QStringLiteral("input"),
+                                       QStringLiteral("the answer to an input question"),
+                                       QStringLiteral("text"));
+    const QCommandLineOption file_opt(QStringLiteral("file"),
+                                      QStringLiteral("the file a file question asks for"),
+                                      QStringLiteral("path"));
+    parser.addOptions({link_opt, log_opt, lang_opt, seconds_opt, verbose_opt, yes_opt, no_opt,
+                       input_opt, file_opt});
     parser.addPositionalArgument(QStringLiteral("command"), QStringLiteral("info, watch or send"));
     parser.process(app);
 
@@ -91,6 +103,16 @@ int main(int argc, char** argv) {
     SystemClock clock;
     cli::ConsoleUi ui;
     ui.verbose = parser.isSet(verbose_opt);
+    if (parser.isSet(yes_opt) && parser.isSet(no_opt)) {
+        cli::print_error(QStringLiteral("--yes and --no exclude each other"));
+        return cli::exit_usage;
+    }
+    if (parser.isSet(yes_opt) || parser.isSet(no_opt))
+        ui.preset_answer = parser.isSet(yes_opt);
+    if (parser.isSet(input_opt))
+        ui.preset_input = parser.value(input_opt);
+    if (parser.isSet(file_opt))
+        ui.preset_file = parser.value(file_opt);
     auto backend = link::make_link(*option, clock, sim::make_concentrator, &error);
     if (!backend) {
         cli::print_error(error);

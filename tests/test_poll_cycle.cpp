@@ -1,5 +1,5 @@
-// The send queue and the poll tick against a scripted device over the
-// in-process link, with a hand-driven clock: order of the initial requests,
+// The send queue and the poll tick against the simulated concentrator over
+// the in-process link, with a hand-driven clock: order of the initial requests,
 // the version gates, repetitions on silence, the periodic schedule, the fast
 // path of compliance record reads, and the communication log.
 
@@ -10,7 +10,8 @@
 #include "protocol/commands.h"
 #include "protocol/poll_cycle.h"
 #include "protocol/response_interpreter.h"
-#include "scripted_peer.h"
+#include "sim/concentrator.h"
+#include "sim/scenario.h"
 
 #include <QMap>
 #include <QTemporaryDir>
@@ -22,50 +23,18 @@ using namespace veltrako::protocol;
 
 namespace {
 
-QByteArray live_answer(int ticks) {
-    QByteArray p(47, '\0');
-    p[0] = 'I';
-    p[1] = static_cast<char>(ticks >> 8);
-    p[2] = static_cast<char>(ticks & 0xFF);
-    p[7] = 93;
-    return p;
-}
-
-// What a device answers, in the shape the interpreter reads: the request
-// echoed with its value bytes behind it.
-QByteArray plausible_answer(const QByteArray& p) {
-    switch (p.at(0)) {
-    case 'U':
-    case 'O':
-    case 'X':
-    case 'r':
-        return p + '\x05';
-    case 'T':
-        return p + QByteArray(4, '\x01');
-    case 'S':
-        return p + QByteArray(2, '\x01');
-    case '!':
-        return "!info";
-    case 'e':
-        return p + QByteArray(uchar(p.at(3)), '\x01');
-    default:
-        return p.left(1); // writes are acknowledged with their letter
-    }
-}
-
 struct Harness {
-    explicit Harness(const QByteArray& sw = "5301") {
-        peer->answer = [this, sw](const QByteArray& p) -> QByteArray {
-            if (silent)
-                return {};
-            if (p == "?")
-                return "?" + sw;
-            if (p == "I")
-                return live_answer(ticks += 5);
-            return plausible_answer(p);
-        };
-        ctx = std::make_unique<AppContext>(clock, ui, std::make_unique<link::SimLink>(clock, peer));
-        ctx->payload_handler = [this](const QByteArray& p) { dispatch_response(*ctx, p); };
+    explicit Harness(const QByteArray& sw = "5301", const QByteArray& more = {}) {
+        QString error;
+        const auto scenario = sim::parse_scenario("SW=" + sw + "\n" + more, &error);
+        if (!scenario)
+            qFatal("scenario: %s", qPrintable(error));
+        device = std::make_shared<sim::Concentrator>(*scenario);
+        device->set_observer([this](const sim::Concentrator::Event& e) {
+            if (!e.boot_loader)
+                received << e.request;
+        });
+        ctx = std::make_unique<AppContext>(clock, ui, std::make_unique<link::SimLink>(clock, device));
         for (int n : {4, 5})
             ctx->language.language_text[n] = QStringLiteral("text%1").arg(n);
     }
@@ -75,17 +44,22 @@ struct Harness {
             timer1_tick(*ctx);
         }
     }
-    void connect_and_settle() {
-        connect_routine(*ctx);
-        tick(40);
+    void set_silent(bool on) {
+        sim::Faults f = device->faults();
+        f.silent = on;
+        device->set_faults(f);
+    }
+    void plug(bool in) {
+        sim::Faults f = device->faults();
+        f.unplug = !in;
+        device->set_faults(f);
     }
 
     ManualClock clock;
     FakeUserInterface ui;
-    std::shared_ptr<ScriptedPeer> peer = std::make_shared<ScriptedPeer>();
+    std::shared_ptr<sim::Concentrator> device;
     std::unique_ptr<AppContext> ctx;
-    bool silent = false;
-    int ticks = 0;
+    QList<QByteArray> received; // every request the device took, in order
 };
 
 QList<QByteArray> without(QList<QByteArray> list, const QList<QByteArray>& dropped) {
@@ -115,7 +89,7 @@ private slots:
         QVERIFY(h.ctx->timer1.enabled());
         h.tick(29);
         const QList<QByteArray> expected = without(cmd::initial_sequence(), withheld);
-        QCOMPARE(h.peer->received.mid(0, expected.size()), expected);
+        QCOMPARE(h.received.mid(0, expected.size()), expected);
         QVERIFY(h.ctx->device.live_valid);
         QVERIFY(!h.ui.busy);
         QCOMPARE(h.ctx->device.SW, QString::fromLatin1(sw));
@@ -125,16 +99,16 @@ private slots:
         Harness h("5201");
         connect_routine(*h.ctx);
         h.tick(30);
-        h.peer->received.clear();
+        h.received.clear();
         h.ctx->protocol.queue_count = 0;
         h.ctx->protocol.waiting_reply = false;
         queue_command(*h.ctx, "!");
         queue_command(*h.ctx, "X");
         send_next(*h.ctx);
-        QVERIFY(h.peer->received.isEmpty()); // "!" dropped, nothing sent this time
+        QVERIFY(h.received.isEmpty()); // "!" dropped, nothing sent this time
         QCOMPARE(h.ctx->protocol.queue_count, 1);
         send_next(*h.ctx);
-        QCOMPARE(h.peer->received, QList<QByteArray>{"X"});
+        QCOMPARE(h.received, QList<QByteArray>{"X"});
     }
 
     void overflow_empties_the_queue() {
@@ -151,7 +125,7 @@ private slots:
     void silent_device_is_asked_three_times_then_closed() {
         Harness h;
         connect_routine(*h.ctx);
-        h.silent = true;
+        h.set_silent(true);
         h.tick(1); // sends "?"
         h.tick(100);
         const QStringList lines = h.ui.out.split("\r\n", Qt::SkipEmptyParts);
@@ -160,7 +134,7 @@ private slots:
         for (int i = 0; i < 3; ++i)
             QVERIFY2(timeouts[i].endsWith(QStringLiteral(" Timeout Nr %1 Command:?").arg(i + 1)),
                      qPrintable(timeouts[i]));
-        QCOMPARE(h.peer->received.mid(0, 4), (QList<QByteArray>{"?", "?", "?", "?"}));
+        QCOMPARE(h.received.mid(0, 4), (QList<QByteArray>{"?", "?", "?", "?"}));
         QCOMPARE(h.ui.messages, QStringList{"text4\r\ntext5"});
         QVERIFY(lines.contains("Device Closed"));
         QCOMPARE(h.ui.page, Page::geraet);
@@ -169,11 +143,11 @@ private slots:
 
     void closed_link_reconnects_by_itself_on_the_first_page() {
         Harness h;
-        h.peer->present = false;
+        h.plug(false);
         connect_routine(*h.ctx); // no device: one message
         QCOMPARE(h.ui.messages.size(), 1);
         h.ui.page = Page::entwickler;
-        h.peer->present = true;
+        h.plug(true);
         h.tick(3);
         QCOMPARE(h.ctx->link.device_handle, 0u); // not while another page is on top
         h.ui.page = Page::geraet;
@@ -199,10 +173,10 @@ private slots:
         // Settle, then start the window right after a multiple of 400.
         while (h.ctx->protocol.tick_count % 400 != 0 || h.ctx->protocol.tick_count == 0)
             h.tick();
-        h.peer->received.clear();
+        h.received.clear();
         h.tick(400);
         QMap<QByteArray, int> sent;
-        for (const QByteArray& p : h.peer->received)
+        for (const QByteArray& p : h.received)
             sent[p] += 1;
         QCOMPARE(sent.value("I"), 100);
         QCOMPARE(sent.value("T"), 50);
@@ -217,26 +191,17 @@ private slots:
     }
 
     void automatic_status_readout_for_family_70_on() {
-        Harness h("7E12");
+        Harness h("7E12", "STATUS_GENERATE=3\n");
         h.ctx->config.AUTOSAVE = "1";
-        h.peer->answer = [](const QByteArray& p) -> QByteArray {
-            if (p == "?")
-                return "?7E12";
-            if (p == "I")
-                return live_answer(0);
-            if (p.startsWith('e') && p.size() == 4 && uchar(p[1]) >= 1) {
-                QByteArray erased(22, '\xFF'); // empty status memory
-                return p + erased;
-            }
-            return p.left(1);
-        };
         int saved = 0;
         int shown = 0;
         h.ctx->hooks.status_save_due = [&] { ++saved; };
         h.ctx->hooks.status_readout_complete = [&] { ++shown; };
         connect_routine(*h.ctx);
         h.tick(400);
-        QCOMPARE(h.peer->received.count(cmd::read_status_record(1)), 1);
+        QCOMPARE(h.received.count(cmd::read_status_record(1)), 1);
+        QCOMPARE(h.received.count(cmd::read_status_record(4)), 1); // the erased end of the list
+        QCOMPARE(h.ctx->status.record_count(), 3);
         QCOMPARE(shown, 1);
         QCOMPARE(saved, 1);
     }
@@ -245,7 +210,7 @@ private slots:
         Harness h;
         connect_routine(*h.ctx);
         h.tick(40);
-        h.peer->received.clear();
+        h.received.clear();
         h.ctx->protocol.queue_count = 0;
         h.ctx->protocol.waiting_reply = false;
         for (int n = 0; n < 60; ++n)
@@ -260,8 +225,8 @@ private slots:
             nested += h.ctx->protocol.tick_count == before ? 1 : 0;
         };
         h.tick(2);
-        QCOMPARE(h.peer->received.count() - h.peer->received.count("I") -
-                     h.peer->received.count("T"),
+        QCOMPARE(h.received.count() - h.received.count("I") -
+                     h.received.count("T"),
                  60);
         QVERIFY(waits >= 59);
         QCOMPARE(nested, waits);
@@ -274,7 +239,7 @@ private slots:
         h.tick(40);
         h.clock.set_now(QDateTime(QDate(2026, 3, 2), QTime(23, 59, 59, 800), Qt::UTC));
         h.ctx->device.last_answer_time = seconds_since_midnight(h.clock.now());
-        h.silent = true;
+        h.set_silent(true);
         h.ui.out.clear();
         h.tick(1); // 23:59:59.850
         h.clock.set_now(QDateTime(QDate(2026, 3, 3), QTime(0, 0, 0, 300), Qt::UTC));
