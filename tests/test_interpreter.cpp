@@ -171,67 +171,53 @@ private slots:
         dispatch_response(h.ctx, Live().ticks(9).p);
         QCOMPARE(h.ctx.device.live_time, 0.0);
         QVERIFY(!h.ctx.device.restart_time);
-    }
 
-    void tick_offset_after_three_wraps() {
-        Harness h;
+        Harness wraps;
         for (int t : {100, 60000, 5, 60000, 5, 60000, 5})
-            dispatch_response(h.ctx, Live().ticks(t).p);
-        QCOMPARE(h.ctx.device.tick_offset, 3 * 65536 - 100);
+            dispatch_response(wraps.ctx, Live().ticks(t).p);
+        QCOMPARE(wraps.ctx.device.tick_offset, 3 * 65536 - 100);
     }
 
-    void identity_and_family_data() {
-        QTest::addColumn<QByteArray>("text");
-        QTest::addColumn<QString>("sw_num");
-        QTest::addColumn<QString>("family");
-        QTest::newRow("7012") << QByteArray("7012") << "701"
-                              << "701";
-        QTest::newRow("701") << QByteArray("701") << "70"
-                             << "50";
-        QTest::newRow("711") << QByteArray("711") << "71"
-                             << "51";
-        QTest::newRow("5121") << QByteArray("5121") << "512"
-                              << "512";
-    }
-    void identity_and_family() {
-        QFETCH(QByteArray, text);
-        QFETCH(QString, sw_num);
-        QFETCH(QString, family);
-        Harness h;
-        h.identity(text);
-        QCOMPARE(h.ctx.device.SW, QString::fromLatin1(text));
-        QCOMPARE(h.ctx.device.sw_num, sw_num);
-        QCOMPARE(h.ctx.device.family_code, family);
-    }
-
-    void device_type_flags_data() {
+    // Identity answers: the version text, its family code and the flags the
+    // family trips.
+    void identity_data() {
         QTest::addColumn<QByteArray>("sw");
+        QTest::addColumn<QString>("family");
         QTest::addColumn<bool>("o22");
         QTest::addColumn<bool>("at47");
         QTest::addColumn<bool>("valves");
         QTest::addColumn<bool>("special");
-        QTest::newRow("512x current") << QByteArray("5121") << false << false << false << false;
-        QTest::newRow("7E") << QByteArray("7E1") << true << true << true << false;
-        QTest::newRow("7C") << QByteArray("7C2") << true << true << false << false;
-        QTest::newRow("70 maps to 50") << QByteArray("701") << false << false << false << false;
-        QTest::newRow("66") << QByteArray("661") << true << false << false << false;
-        QTest::newRow("AA") << QByteArray("AA3") << true << true << true << false;
-        QTest::newRow("8D") << QByteArray("8D0") << true << true << false << false;
-        QTest::newRow("628") << QByteArray("628") << false << false << false << true;
-        QTest::newRow("748x") << QByteArray("7480") << true << false << false << true;
+        QTest::newRow("5121") << QByteArray("5121") << "512" << false << false << false << false;
+        QTest::newRow("7012") << QByteArray("7012") << "701" << true << false << false << false;
+        QTest::newRow("701: 70 maps to 50")
+            << QByteArray("701") << "50" << false << false << false << false;
+        QTest::newRow("711: 71 maps to 51")
+            << QByteArray("711") << "51" << false << false << false << false;
+        QTest::newRow("7E") << QByteArray("7E1") << "7E" << true << true << true << false;
+        QTest::newRow("7C") << QByteArray("7C2") << "7C" << true << true << false << false;
+        QTest::newRow("66") << QByteArray("661") << "66" << true << false << false << false;
+        QTest::newRow("AA") << QByteArray("AA3") << "AA" << true << true << true << false;
+        QTest::newRow("8D") << QByteArray("8D0") << "8D" << true << true << false << false;
+        QTest::newRow("628") << QByteArray("628") << "62" << false << false << false << true;
+        QTest::newRow("748x") << QByteArray("7480") << "748" << true << false << false << true;
     }
-    void device_type_flags() {
+    void identity() {
         QFETCH(QByteArray, sw);
+        QFETCH(QString, family);
         QFETCH(bool, o22);
         QFETCH(bool, at47);
         QFETCH(bool, valves);
         QFETCH(bool, special);
         Harness h;
         h.identity(sw);
-        QCOMPARE(h.ctx.device.o22_source, o22);
-        QCOMPARE(h.ctx.device.alarm_at_47, at47);
-        QCOMPARE(h.ctx.device.valve_layout, valves);
-        QCOMPARE(h.ctx.device.special_model, special);
+        const device::DeviceRecord& d = h.ctx.device;
+        QCOMPARE(d.SW, QString::fromLatin1(sw));
+        QCOMPARE(d.sw_num, d.SW.chopped(1));
+        QCOMPARE(d.family_code, family);
+        QCOMPARE(d.o22_source, o22);
+        QCOMPARE(d.alarm_at_47, at47);
+        QCOMPARE(d.valve_layout, valves);
+        QCOMPARE(d.special_model, special);
     }
 
     void operating_hours_rebuilt() {

@@ -1,6 +1,7 @@
 #include "protocol/poll_cycle.h"
 
 #include "app_context.h"
+#include "config/dates.h"
 #include "config/text_file.h"
 #include "link/device_connection.h"
 #include "protocol/commands.h"
@@ -121,7 +122,7 @@ void queue_periodic(AppContext& ctx) {
     // Devices from "70" on keep their status memory saved automatically
     // once per connection when the configuration asks for it.
     device::DeviceRecord& d = ctx.device;
-    if (v >= QLatin1String("70") && ctx.config.AUTOSAVE.trimmed().toDouble() == 1.0 &&
+    if (v >= QLatin1String("70") && config::text_to_number(ctx.config.AUTOSAVE).value_or(0) == 1.0 &&
         !d.bulk_read_started) {
         d.bulk_read_started = true;
         ctx.ui.set_busy(true);
