@@ -31,94 +31,53 @@ private slots:
         QTest::newRow("31 February") << QList<int>{31, 2, 2023, 0, 0, 0} << at(2023, 2, 28);
         QTest::newRow("31 February, leap year")
             << QList<int>{31, 2, 2024, 0, 0, 0} << at(2024, 2, 29);
-        QTest::newRow("29 February, common year")
-            << QList<int>{29, 2, 2001, 0, 0, 0} << at(2001, 2, 28);
         QTest::newRow("month 13") << QList<int>{5, 13, 2021, 0, 0, 0} << at(2022, 1, 5);
-        QTest::newRow("month 0") << QList<int>{1, 0, 2021, 0, 0, 0} << at(2020, 12, 1);
-        QTest::newRow("day 0") << QList<int>{0, 3, 2021, 0, 0, 0} << at(2021, 2, 28);
-        QTest::newRow("hour 24") << QList<int>{31, 12, 2021, 24, 0, 0} << at(2022, 1, 1);
-        QTest::newRow("3600 seconds") << QList<int>{1, 1, 2021, 0, 0, 3600} << at(2021, 1, 1, 1);
         QTest::newRow("second -1")
             << QList<int>{1, 1, 2021, 0, 0, -1} << at(2020, 12, 31, 23, 59, 59);
     }
     void make_date_rolls_over_and_clamps() {
         QFETCH(QList<int>, parts);
-        QFETCH(QDateTime, expected);
         const QDateTime got = make_date(parts[0], parts[1], parts[2], parts[3], parts[4], parts[5]);
-        QCOMPARE(got, expected);
+        QTEST(got, "expected");
         QCOMPARE(got.timeSpec(), Qt::UTC);
     }
 
-    void make_date_never_fails_data() {
-        QTest::addColumn<int>("extreme");
-        QTest::newRow("INT_MAX") << INT_MAX;
-        QTest::newRow("INT_MIN") << INT_MIN;
-    }
+    // Device garbage in every part gives some date, never an overflow.
     void make_date_never_fails() {
-        QFETCH(int, extreme);
-        for (int part = 0; part < 6; ++part) {
-            int p[6] = {1, 1, 2000, 0, 0, 0};
-            p[part] = extreme;
-            QVERIFY2(make_date(p[0], p[1], p[2], p[3], p[4], p[5]).isValid(),
-                     qPrintable(QString::number(part)));
-        }
+        QVERIFY(make_date(INT_MAX, INT_MAX, INT_MAX, INT_MAX, INT_MAX, INT_MAX).isValid());
+        QVERIFY(make_date(INT_MIN, INT_MIN, INT_MIN, INT_MIN, INT_MIN, INT_MIN).isValid());
     }
 
     void parse_date_data() {
         QTest::addColumn<QString>("text");
         QTest::addColumn<QDateTime>("expected");
-        QTest::newRow("date and time") << "15.06.2021 13:45:30" << at(2021, 6, 15, 13, 45, 30);
-        QTest::newRow("date alone") << "15.06.2021" << at(2021, 6, 15);
+        QTest::newRow("date and time") << "01.03.2024 23:59:59" << at(2024, 3, 1, 23, 59, 59);
+        QTest::newRow("same day alone") << "01.03.2024" << at(2024, 3, 1);
         QTest::newRow("blanks around") << "  15.06.2021 13:45:30 " << at(2021, 6, 15, 13, 45, 30);
-        QTest::newRow("out-of-range day clamps") << "31.02.2023" << at(2023, 2, 28);
         QTest::newRow("time of day only") << "12:00" << QDateTime();
-        QTest::newRow("empty") << "" << QDateTime();
         QTest::newRow("two blanks make seven parts") << "15.06.2021  13:45:30" << QDateTime();
-        QTest::newRow("word for a month") << "15.Juni.2021" << QDateTime();
         QTest::newRow("garbage time") << "15.06.2021 13:4x:30" << QDateTime();
     }
     void parse_date() {
         QFETCH(QString, text);
-        QFETCH(QDateTime, expected);
-        const QDateTime got = veltrako::config::parse_date(text);
-        QCOMPARE(got.isNull(), expected.isNull());
-        QCOMPARE(got, expected);
-    }
-
-    void parse_date_same_day_with_and_without_time() {
-        const QDateTime with_time =
-            veltrako::config::parse_date(QStringLiteral("01.03.2024 23:59:59"));
-        const QDateTime date_only = veltrako::config::parse_date(QStringLiteral("01.03.2024"));
-        QCOMPARE(with_time.date(), date_only.date());
-        QCOMPARE(date_only.time(), QTime(0, 0));
+        QTEST(veltrako::config::parse_date(text), "expected");
     }
 
     void text_to_number_data() {
         QTest::addColumn<QLocale>("locale");
         QTest::addColumn<QString>("text");
-        QTest::addColumn<bool>("is_number");
-        QTest::addColumn<double>("value");
+        QTest::addColumn<double>("value"); // -1: not a number
         const QLocale c = QLocale::c();
-        const QLocale de(QLocale::German, QLocale::Germany);
-        QTest::newRow("C: point") << c << "1.5" << true << 1.5;
-        QTest::newRow("C: word") << c << "schnell" << false << 0.0;
-        QTest::newRow("C: empty") << c << "" << false << 0.0;
-        QTest::newRow("C: comma") << c << "1,5" << false << 0.0;
-        QTest::newRow("C: infinity") << c << "inf" << false << 0.0;
-        QTest::newRow("C: not a number") << c << "nan" << false << 0.0;
-        QTest::newRow("de: comma") << de << "37,3" << true << 37.3;
-        QTest::newRow("de: word") << de << "abc" << false << 0.0;
+        QTest::newRow("C: point") << c << "1.5" << 1.5;
+        QTest::newRow("C: comma") << c << "1,5" << -1.0;
+        QTest::newRow("C: infinity") << c << "inf" << -1.0;
+        QTest::newRow("de: comma") << QLocale(QLocale::German, QLocale::Germany) << "37,3" << 37.3;
     }
     void text_to_number() {
         QFETCH(QLocale, locale);
         QFETCH(QString, text);
-        QFETCH(bool, is_number);
-        QFETCH(double, value);
         QLocale::setDefault(locale);
-        const std::optional<double> got = veltrako::config::text_to_number(text);
-        QCOMPARE(got.has_value(), is_number);
-        if (is_number)
-            QCOMPARE(*got, value);
+        QTEST(veltrako::config::text_to_number(text).value_or(-1.0), "value");
     }
 };
 
