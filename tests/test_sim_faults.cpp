@@ -128,6 +128,7 @@ private slots:
         QCOMPARE(n, 0u);
         QVERIFY(backend.get_queue_status(l.ctx.link.device_handle, n) != link::FT_OK);
         QVERIFY(protocol::send_frame(l.ctx, "?") != link::FT_OK);
+        l.device->receive(protocol::build_frame("?"), l.clock.elapsed_ms()); // nobody hears it
 
         l.device->set_faults({});
         l.clock.advance_ms(20);
