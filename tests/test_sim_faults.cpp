@@ -1,8 +1,9 @@
 // Each fault of the simulated device does what its name says, whether set in
-// the scenario or switched while the device runs.
+// the scenario or switched while the device runs; and the boot loader
+// dialogue: entered by the framed "b", then raw bytes: the sync "I", data
+// lines acknowledged with ">" (or refused with "E"), and "R" back to the
+// application with the new firmware's identity.
 
-#include "link/sim_link.h"
-#include "manual_clock.h"
 #include "sim_helpers.h"
 
 #include <QTest>
@@ -27,72 +28,63 @@ QList<int> answered_indexes(const QList<QByteArray>& payloads) {
     return out;
 }
 
+// 0x42, N, address, N data bytes, and a checksum making the sum 0 mod 256.
+QByteArray data_line(int address, const QByteArray& data, bool good = true) {
+    QByteArray line = bytes_of({0x42, int(data.size()), address >> 8, address & 0xFF}) + data;
+    int sum = 0;
+    for (char c : line)
+        sum += static_cast<unsigned char>(c);
+    line += static_cast<char>((256 - sum % 256 + (good ? 0 : 1)) % 256);
+    return line;
+}
+
 const QByteArray quiet = "NOISE=off\n";
+
+// A device whose boot loader runs.
+struct Loader : DirectDevice {
+    explicit Loader(const QByteArray& text = "SW=5121\nSW_AFTER_UPDATE=5122\n")
+        : DirectDevice(text) {
+        if (!send_raw(protocol::build_frame("b")).isEmpty() || !device.in_boot_loader())
+            qFatal("the device did not enter its boot loader");
+    }
+};
 
 } // namespace
 
 class TestSimFaults : public QObject {
     Q_OBJECT
 private slots:
-    void silent_answers_nothing() {
-        DirectDevice d(scenario_from(quiet + "SILENT=on\n"));
-        QVERIFY(d.send_raw(timing_reads(5) + protocol::build_frame("?")).isEmpty());
-        QCOMPARE(d.device.next_transmit_ms(), link::SimPeer::nothing_pending);
-        // The device still takes the commands: a write while silent shows later.
-        d.ask(bytes_of({'w', '2', 77}));
-        d.device.set_faults({});
-        QCOMPARE(d.answer("r2"), bytes_of({'r', '2', 77}));
-    }
-
-    void drop_and_corrupt_data() {
-        QTest::addColumn<int>("drop_every");
-        QTest::addColumn<int>("corrupt_every");
+    // Nine requests in one go, each answer carrying its request's index.
+    void answers_under_faults_data() {
+        QTest::addColumn<QByteArray>("faults");
         QTest::addColumn<QList<int>>("good");
-        QTest::addColumn<int>("bad");
-        QTest::newRow("none") << 0 << 0 << QList<int>{0, 1, 2, 3, 4, 5, 6, 7, 8} << 0;
-        QTest::newRow("drop every 3rd") << 3 << 0 << QList<int>{0, 1, 3, 4, 6, 7} << 0;
-        QTest::newRow("drop every answer") << 1 << 0 << QList<int>{} << 0;
-        QTest::newRow("corrupt every 2nd") << 0 << 2 << QList<int>{0, 2, 4, 6, 8} << 4;
-        QTest::newRow("corrupt every 4th") << 0 << 4 << QList<int>{0, 1, 2, 4, 5, 6, 8} << 2;
-        QTest::newRow("drop 3rd, corrupt 2nd") << 3 << 2 << QList<int>{0, 4, 6} << 3;
+        QTest::addColumn<int>("bad"); // at least; a damaged frame takes one try per "#" in it
+        const auto row = [](const char* name, const char* faults, QList<int> good, int bad) {
+            QTest::newRow(name) << QByteArray(faults) << good << bad;
+        };
+        const QList<int> all{0, 1, 2, 3, 4, 5, 6, 7, 8};
+        row("none", "", all, 0);
+        row("silent", "SILENT=on", {}, 0);
+        row("drop every 3rd", "DROP_EVERY=3", {0, 1, 3, 4, 6, 7}, 0);
+        row("drop every answer", "DROP_EVERY=1", {}, 0);
+        row("corrupt every 2nd", "CORRUPT_CRC_EVERY=2", {0, 2, 4, 6, 8}, 4);
+        row("drop 3rd, corrupt 2nd", "DROP_EVERY=3\nCORRUPT_CRC_EVERY=2", {0, 4, 6}, 3);
+        row("garbage between frames", "GARBAGE_BETWEEN_FRAMES=on", all, 9);
     }
-    void drop_and_corrupt() {
-        QFETCH(int, drop_every);
-        QFETCH(int, corrupt_every);
+    void answers_under_faults() {
+        QFETCH(QByteArray, faults);
         QFETCH(QList<int>, good);
         QFETCH(int, bad);
-        DirectDevice d(scenario_from(quiet));
-        sim::Faults f;
-        f.drop_every = drop_every;
-        f.corrupt_crc_every = corrupt_every;
-        d.device.set_faults(f);
+        DirectDevice d(quiet + faults + "\n");
         int damaged = 0;
-        const QList<QByteArray> payloads = frame_payloads(d.send_raw(timing_reads(9)), &damaged);
-        QCOMPARE(answered_indexes(payloads), good);
-        // A damaged frame is rejected by its CRC, which takes one try per "#" in it.
+        QCOMPARE(answered_indexes(frame_payloads(d.send_raw(timing_reads(9), 200), &damaged)),
+                 good);
         QVERIFY(damaged >= bad);
         QVERIFY(bad > 0 || damaged == 0);
-    }
-
-    // The answers are counted from the moment the faults were set.
-    void counting_starts_when_the_faults_are_set() {
-        DirectDevice d(scenario_from(quiet + "DROP_EVERY=2\n"));
-        QCOMPARE(answered_indexes(frame_payloads(d.send_raw(timing_reads(3)))), (QList<int>{0, 2}));
-        d.device.set_faults(d.device.faults()); // the count begins anew
-        QCOMPARE(answered_indexes(frame_payloads(d.send_raw(timing_reads(2)))), (QList<int>{0}));
-    }
-
-    void garbage_between_frames() {
-        const QByteArray noise = bytes_of({0x00, 0x55, 0xAA, '#', 0xFF, '\r', '\n'});
-        DirectDevice d(scenario_from(quiet + "GARBAGE_BETWEEN_FRAMES=on\n"));
-        const QByteArray raw = d.send_raw(protocol::build_frame("U") + protocol::build_frame("O"));
-        QCOMPARE(raw.toHex(' '), (noise + protocol::build_frame(bytes_of({'U', 4})) + noise +
-                                  protocol::build_frame(bytes_of({'O', 10})))
-                                     .toHex(' '));
-        sim::Faults chosen;
-        chosen.garbage_between_frames = "xyz";
-        d.device.set_faults(chosen);
-        QVERIFY(d.send_raw(protocol::build_frame("X")).startsWith("xyz#"));
+        // "Every Nth answer" counts from the moment the faults were set.
+        d.device.set_faults(d.device.faults());
+        QCOMPARE(answered_indexes(frame_payloads(d.send_raw(timing_reads(1), 200))).size(),
+                 good.isEmpty() ? 0 : 1);
     }
 
     // Each answer leaves in two parts, the second a few ms after the first,
@@ -108,87 +100,126 @@ private slots:
         QCOMPARE(second - first, sim::Faults::split_gap_ms);
         QVERIFY(device.transmit(second - 1).isEmpty());
         QCOMPARE(frame_payloads(head + device.transmit(second)), (QList<QByteArray>{"?5121"}));
-
-        // Over the link: the first read gets the head, a later one the tail.
-        ManualClock clock;
-        auto shared =
-            std::make_shared<sim::Concentrator>(scenario_from(quiet + "SPLIT_ANSWERS=on\n"));
-        link::SimLink link(clock, shared);
-        link::FtHandle h = 0;
-        link.open(0, h);
-        link.set_baud_rate(h, 115200);
-        link.set_data_characteristics(h, link::FT_BITS_8, link::FT_STOP_BITS_2,
-                                      link::FT_PARITY_NONE);
-        std::uint32_t n = 0;
-        link.write(h, protocol::build_frame("?"), n);
-        clock.advance_ms(sim::Concentrator::processing_ms);
-        QByteArray one, two;
-        link.read(h, one, 100, n);
-        one.truncate(n);
-        clock.advance_ms(sim::Faults::split_gap_ms);
-        link.read(h, two, 100, n);
-        two.truncate(n);
-        QVERIFY(!one.isEmpty() && !two.isEmpty());
-        QCOMPARE(frame_payloads(one + two), (QList<QByteArray>{"?5121"}));
     }
 
+    // The answer is due the processing time plus the delay after the
+    // command, and no earlier.
     void answer_delay() {
-        DirectDevice d(scenario_from(quiet + "ANSWER_DELAY_MS=100\n"));
-        QVERIFY(d.send_raw(protocol::build_frame("?"), 100).isEmpty());
-        QCOMPARE(frame_payloads(d.send_raw({}, sim::Concentrator::processing_ms)),
-                 (QList<QByteArray>{"?5121"}));
+        sim::Concentrator device(scenario_from("ANSWER_DELAY_MS=100"));
+        device.receive(protocol::build_frame("?"), 500);
+        const qint64 due = device.next_transmit_ms();
+        QCOMPARE(due, 500 + sim::Concentrator::processing_ms + 100);
+        QVERIFY(device.transmit(due - 1).isEmpty());
+        QCOMPARE(frame_payloads(device.transmit(due)), (QList<QByteArray>{"?5121"}));
     }
 
+    // A pulled cable: the link counts no device, reads and writes fail, and
+    // what was on its way is lost; plugged in again, the device answers.
     void unplug() {
-        ManualClock clock;
-        auto device = std::make_shared<sim::Concentrator>(scenario_from(quiet));
-        link::SimLink link(clock, device);
-        link::FtHandle h = 0;
-        QCOMPARE(link.open(0, h), link::FT_OK);
-        link.set_baud_rate(h, 115200);
-        link.set_data_characteristics(h, link::FT_BITS_8, link::FT_STOP_BITS_2,
-                                      link::FT_PARITY_NONE);
-        std::uint32_t n = 0;
-        link.write(h, protocol::build_frame("?"), n); // answer on its way when the cable goes
-
+        LinkedDevice l(scenario_from(quiet));
+        protocol::send_frame(l.ctx, "?");
         sim::Faults pulled;
         pulled.unplug = true;
-        device->set_faults(pulled);
-        clock.advance_ms(20);
-        QVERIFY(!device->plugged_in());
-        std::uint32_t count = 9;
-        QCOMPARE(link.list_device_count(count), link::FT_OK);
-        QCOMPARE(count, 0u);
-        QByteArray buffer;
-        QVERIFY(link.read(h, buffer, 10, n) != link::FT_OK);
-        QVERIFY(link.write(h, protocol::build_frame("?"), n) != link::FT_OK);
-        device->receive(protocol::build_frame("?"),
-                        clock.elapsed_ms()); // a pulled cable hears nothing
-        QCOMPARE(device->next_transmit_ms(), link::SimPeer::nothing_pending);
+        l.device->set_faults(pulled);
+        l.clock.advance_ms(20);
+        link::DeviceLink& backend = *l.ctx.link.backend;
+        std::uint32_t n = 9;
+        QCOMPARE(backend.list_device_count(n), link::FT_OK);
+        QCOMPARE(n, 0u);
+        QVERIFY(backend.get_queue_status(l.ctx.link.device_handle, n) != link::FT_OK);
+        QVERIFY(protocol::send_frame(l.ctx, "?") != link::FT_OK);
+        l.device->receive(protocol::build_frame("?"), l.clock.elapsed_ms()); // nobody hears it
 
-        device->set_faults({});
-        clock.advance_ms(20);
-        QCOMPARE(link.get_queue_status(h, n), link::FT_OK);
-        QCOMPARE(n, 0u); // what was on the wire is lost
-        link.write(h, protocol::build_frame("?"), n);
-        clock.advance_ms(20);
-        link.read(h, buffer, 100, n);
-        QCOMPARE(frame_payloads(buffer.left(n)), (QList<QByteArray>{"?5121"}));
+        l.device->set_faults({});
+        l.clock.advance_ms(20);
+        QVERIFY(link::read_raw(l.ctx).isEmpty());
+        protocol::send_frame(l.ctx, "?");
+        l.clock.advance_ms(20);
+        QCOMPARE(frame_payloads(link::read_raw(l.ctx)), (QList<QByteArray>{"?5121"}));
     }
 
-    void the_flaky_sample_shows_its_faults() {
-        QString error;
-        const auto s = sim::load_scenario(QStringLiteral("flaky"), &error);
-        QVERIFY2(s, qPrintable(error));
-        DirectDevice d(*s);
-        int damaged = 0;
-        QByteArray raw;
-        for (int i = 0; i < 35; ++i)
-            raw += d.send_raw(protocol::build_frame("?"), 100);
-        const QList<QByteArray> payloads = frame_payloads(raw, &damaged);
-        QVERIFY(payloads.size() > 20 && payloads.size() < 35);
-        QVERIFY(damaged > 0);
-        QVERIFY(!raw.startsWith('#'));
+    void boot_loader_sync() {
+        Loader d;
+        QCOMPARE(d.send_raw("I"), QByteArray("ae60000 BL1.3\r\n"));
+        // Frames mean nothing to the loader.
+        QVERIFY(d.send_raw(protocol::build_frame("?")).isEmpty());
+        QVERIFY(d.device.in_boot_loader());
+        Loader lost("LOSE_SYNC=on\n");
+        const QByteArray answer = lost.send_raw("I");
+        QVERIFY(!answer.isEmpty() && !answer.startsWith("ae60000"));
+        // Silent means the loader too, which still takes its lines.
+        Loader silent("SILENT=on\n");
+        QVERIFY(silent.send_raw("I" + data_line(0, "x")).isEmpty());
+        QCOMPARE(silent.device.boot_loader().lines_this_session(), 1);
+    }
+
+    void boot_loader_data_lines_data() {
+        QTest::addColumn<QByteArray>("bytes");
+        QTest::addColumn<QByteArray>("answer");
+        QTest::addColumn<int>("programmed");
+        const auto row = [](const char* name, const QByteArray& bytes, const char* answer,
+                            int programmed) {
+            QTest::newRow(name) << bytes << QByteArray(answer) << programmed;
+        };
+        row("good", data_line(0x1000, "\x01\x02\x03"), ">", 1);
+        row("bad checksum", data_line(0x1000, "\x01\x02\x03", false), "E", 0);
+        row("noise before", "\x00\x13" + data_line(0x2000, "z"), ">", 1);
+        row("good, bad, good", data_line(1, "a") + data_line(2, "b", false) + data_line(2, "b"),
+            ">E>", 2);
+        row("incomplete", data_line(0x1000, "abc").left(5), "", 0);
+    }
+    void boot_loader_data_lines() {
+        QFETCH(QByteArray, bytes);
+        QFETCH(QByteArray, answer);
+        QFETCH(int, programmed);
+        Loader d;
+        QCOMPARE(d.send_raw(bytes), answer);
+        QCOMPARE(d.device.boot_loader().lines_this_session(), programmed);
+    }
+
+    // Line k is refused on its first attempt, its first two, or always; the
+    // lines around it are taken.
+    void boot_loader_nak_line_data() {
+        QTest::addColumn<int>("attempts");
+        QTest::addColumn<QByteArray>("answers");
+        QTest::newRow("first attempt") << int(sim::NakAttempts::first) << QByteArray("E>");
+        QTest::newRow("first two attempts")
+            << int(sim::NakAttempts::first_two) << QByteArray("EE>");
+        QTest::newRow("always") << int(sim::NakAttempts::always) << QByteArray("EEE");
+    }
+    void boot_loader_nak_line() {
+        QFETCH(int, attempts);
+        QFETCH(QByteArray, answers);
+        Loader d;
+        sim::Faults f;
+        f.nak_line = 2;
+        f.nak_attempts = sim::NakAttempts(attempts);
+        d.device.set_faults(f);
+        QCOMPARE(d.send_raw(data_line(0, "first")), QByteArray(">"));
+        QByteArray got;
+        for (int attempt = 0; attempt < 3 && !got.endsWith('>'); ++attempt)
+            got += d.send_raw(data_line(5, "second"));
+        QCOMPARE(got, answers);
+        if (answers.endsWith('>'))
+            QCOMPARE(d.send_raw(data_line(11, "third")), QByteArray(">"));
+    }
+
+    void boot_loader_restarts_with_the_new_firmware() {
+        Loader d;
+        QCOMPARE(d.send_raw("I" + data_line(0, "abc") + data_line(3, "def")),
+                 QByteArray("ae60000 BL1.3\r\n>>"));
+        QVERIFY(d.send_raw("R").isEmpty());
+        QVERIFY(!d.device.in_boot_loader());
+        QCOMPARE(d.answer("?"), QByteArray("?5122"));
+        QCOMPARE(d.device.boot_loader().programmed_lines(),
+                 (QList<QByteArray>{data_line(0, "abc"), data_line(3, "def")}));
+        QVERIFY(be_at(d.answer("I"), 2, 2) < 3); // the application starts again: ticks from 0
+
+        // Without programming, the firmware stays; a command in the same
+        // write as "R" reaches the application.
+        Loader unchanged;
+        QCOMPARE(frame_payloads(unchanged.send_raw("R" + protocol::build_frame("?"))),
+                 (QList<QByteArray>{"?5121"}));
     }
 };
 
