@@ -79,6 +79,21 @@ private slots:
         QLocale::setDefault(locale);
         QTEST(veltrako::config::text_to_number(text).value_or(-1.0), "value");
     }
+
+    // Time stamps of developer-page messages: the PC's local time, no zone name.
+    void message_time_text_data() {
+        QTest::addColumn<QLocale>("locale");
+        QTest::addColumn<QString>("expected");
+        QTest::newRow("de") << QLocale(QLocale::German, QLocale::Germany) << "02.03.26 10:05:07";
+        QTest::newRow("en_US") << QLocale(QLocale::English, QLocale::UnitedStates)
+                               << "3/2/26 10:05:07 AM";
+    }
+    void message_time_text() {
+        QFETCH(QLocale, locale);
+        QLocale::setDefault(locale);
+        const QDateTime t(QDate(2026, 3, 2), QTime(10, 5, 7), Qt::UTC);
+        QTEST(veltrako::config::message_time_text(t), "expected");
+    }
 };
 
 QTEST_GUILESS_MAIN(TestDates)

@@ -1,6 +1,7 @@
 #include "config/dates.h"
 
 #include <QLocale>
+#include <QRegularExpression>
 #include <QStringList>
 
 #include <algorithm>
@@ -54,6 +55,17 @@ std::optional<double> text_to_number(const QString& text) {
     if (!ok || !std::isfinite(value))
         return std::nullopt;
     return value;
+}
+
+QString message_time_text(const QDateTime& t) {
+    const QLocale locale;
+    // The long time form with seconds, but without the time-zone name Qt adds
+    // to it: the PC's clock is shown as the technician reads it.
+    QString time_format = locale.timeFormat(QLocale::LongFormat);
+    static const QRegularExpression zone(QStringLiteral("\\s*\\bt+\\b"));
+    time_format.remove(zone);
+    return locale.toString(t.date(), QLocale::ShortFormat) + QLatin1Char(' ') +
+           locale.toString(t.time(), time_format.trimmed());
 }
 
 } // namespace veltrako::config

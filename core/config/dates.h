@@ -23,6 +23,10 @@ QDateTime make_date(int day, int month, int year, int hour, int minute, int seco
 // empty date.
 QDateTime parse_date(const QString& text);
 
+// The date and time as messages on the developer page show them: the
+// user's short date and long time.
+QString message_time_text(const QDateTime& t);
+
 // The text as a number in the user's locale (QLocale(), decimal comma on a
 // German system); empty when it is not a finite number.
 std::optional<double> text_to_number(const QString& text);

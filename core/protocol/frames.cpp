@@ -1,10 +1,9 @@
 #include "protocol/frames.h"
 
 #include "app_context.h"
+#include "config/dates.h"
 #include "protocol/frame_codec.h"
 #include "protocol/hex.h"
-
-#include <QLocale>
 
 namespace veltrako::protocol {
 
@@ -26,11 +25,7 @@ void parse_frames(AppContext& ctx, const QByteArray& received) {
         case FrameStep::need_more:
             return;
         case FrameStep::bad_length: {
-            const QLocale locale;
-            const QDateTime now = ctx.clock.now();
-            const QString stamp = locale.toString(now.date(), QLocale::ShortFormat) +
-                                  QLatin1Char(' ') +
-                                  locale.toString(now.time(), QLocale::LongFormat);
+            const QString stamp = config::message_time_text(ctx.clock.now());
             show_info(ctx, stamp + QStringLiteral(":Invalid clen") + QString::number(step.length) +
                                QStringLiteral("\r\n"));
             buffer.remove(0, 1);

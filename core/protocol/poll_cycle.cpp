@@ -51,13 +51,6 @@ struct BusyGuard {
     BusyGuard& operator=(const BusyGuard&) = delete;
 };
 
-QString now_text(const AppContext& ctx) {
-    const QLocale locale;
-    const QDateTime now = ctx.clock.now();
-    return locale.toString(now.date(), QLocale::ShortFormat) + QLatin1Char(' ') +
-           locale.toString(now.time(), QLocale::LongFormat);
-}
-
 void handle_timeout(AppContext& ctx) {
     ProtocolState& p = ctx.protocol;
     const float now = seconds_since_midnight(ctx.clock.now());
@@ -68,7 +61,7 @@ void handle_timeout(AppContext& ctx) {
     if (p.retry_count < 3) {
         p.retry_count += 1;
         ctx.device.last_answer_time = now;
-        show_info(ctx, now_text(ctx) + QStringLiteral(" Timeout Nr ") +
+        show_info(ctx, config::message_time_text(ctx.clock.now()) + QStringLiteral(" Timeout Nr ") +
                            QString::number(p.retry_count) + QStringLiteral(" Command:") +
                            QString::fromLatin1(p.last_command) + crlf);
         p.waiting_reply = true;
@@ -122,8 +115,8 @@ void queue_periodic(AppContext& ctx) {
     // Devices from "70" on keep their status memory saved automatically
     // once per connection when the configuration asks for it.
     device::DeviceRecord& d = ctx.device;
-    if (v >= QLatin1String("70") && config::text_to_number(ctx.config.AUTOSAVE).value_or(0) == 1.0 &&
-        !d.bulk_read_started) {
+    if (v >= QLatin1String("70") &&
+        config::text_to_number(ctx.config.AUTOSAVE).value_or(0) == 1.0 && !d.bulk_read_started) {
         d.bulk_read_started = true;
         ctx.ui.set_busy(true);
         d.bulk_texts.resize(41);
