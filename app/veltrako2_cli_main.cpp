@@ -1,6 +1,9 @@
 // veltrako2-cli: the headless front end for service scripts and automation.
+// main() only sets up the context and hands over to the command named on the
+// command line (cli/command_table.cpp).
 
 #include "app_context.h"
+#include "cli_command.h"
 #include "cli_session.h"
 #include "config/config.h"
 #include "config/language.h"
@@ -8,28 +11,63 @@
 #include "console_ui.h"
 #include "link/device_connection.h"
 #include "link/link_factory.h"
-#include "payload_text.h"
 #include "sim/concentrator.h"
 
 #include <QCommandLineParser>
 #include <QCoreApplication>
 #include <QFileInfo>
+#include <QGuiApplication>
+
+#include <memory>
 
 using namespace veltrako;
 
-int main(int argc, char** argv) {
-    QCoreApplication app(argc, argv);
-    QCoreApplication::setApplicationName(QStringLiteral("veltrako2-cli"));
-    QCoreApplication::setApplicationVersion(QStringLiteral(VELTRAKO_VERSION));
+namespace {
 
+QString help_text() {
+    QString text =
+        QStringLiteral("Talks to one oxygen concentrator without a window.\n\nCommands:");
+    for (const cli::CliCommand& c : cli::cli_commands()) {
+        for (const QString& line : c.help.split(QLatin1Char('\n')))
+            text += QStringLiteral("\n  ") + line;
+    }
+    return text;
+}
+
+QStringList command_names() {
+    QStringList names;
+    for (const cli::CliCommand& c : cli::cli_commands())
+        names << c.name;
+    return names;
+}
+
+// Commands that draw need a QGuiApplication; the others stay free of any
+// display. Which one it is must be known before the application exists, so
+// the command line is parsed once on its own first.
+std::unique_ptr<QCoreApplication> make_application(int& argc, char** argv,
+                                                   QCommandLineParser& parser) {
+    QStringList arguments;
+    for (int i = 0; i < argc; ++i)
+        arguments << QString::fromLocal8Bit(argv[i]);
+    bool gui = false;
+    if (parser.parse(arguments)) {
+        const QStringList args = parser.positionalArguments();
+        if (const cli::CliCommand* c = cli::find_command(args.value(0)); c && c->needs_gui)
+            gui = c->needs_gui(args.mid(1));
+    }
+    if (!gui)
+        return std::make_unique<QCoreApplication>(argc, argv);
+    // A script has no screen to draw on; a PDF needs none.
+    if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+    return std::make_unique<QGuiApplication>(argc, argv);
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
     QCommandLineParser parser;
-    parser.setApplicationDescription(QStringLiteral(
-        "Talks to one oxygen concentrator without a window.\n\n"
-        "Commands:\n"
-        "  info                 connect, read the device, print KEY|VALUE lines\n"
-        "  watch [--seconds N]  one line of live values per live status\n"
-        "  send PAYLOAD...      send payloads (hex bytes \"65 00 80 07\" or text \"I\";\n"
-        "                       \"hex:\"/\"text:\" in front decides) and print each answer"));
+    parser.setApplicationDescription(help_text());
     parser.addHelpOption();
     parser.addVersionOption();
     const QCommandLineOption link_opt(
@@ -42,9 +80,6 @@ int main(int argc, char** argv) {
     const QCommandLineOption lang_opt(QStringLiteral("lang"),
                                       QStringLiteral("language code of the messages (default en)"),
                                       QStringLiteral("code"), QStringLiteral("en"));
-    const QCommandLineOption seconds_opt(QStringLiteral("seconds"),
-                                         QStringLiteral("watch: stop after N seconds"),
-                                         QStringLiteral("n"));
     const QCommandLineOption verbose_opt(QStringLiteral("verbose"),
                                          QStringLiteral("show the developer messages on stderr"));
     const QCommandLineOption yes_opt(
@@ -58,40 +93,31 @@ int main(int argc, char** argv) {
     const QCommandLineOption file_opt(QStringLiteral("file"),
                                       QStringLiteral("the file a file question asks for"),
                                       QStringLiteral("path"));
-    parser.addOptions({link_opt, log_opt, lang_opt, seconds_opt, verbose_opt, yes_opt, no_opt,
-                       input_opt, file_opt});
-    parser.addPositionalArgument(QStringLiteral("command"), QStringLiteral("info, watch or send"));
-    parser.process(app);
+    parser.addOptions(
+        {link_opt, log_opt, lang_opt, verbose_opt, yes_opt, no_opt, input_opt, file_opt});
+    for (const cli::CliCommand& c : cli::cli_commands()) {
+        if (!c.options)
+            continue;
+        // The same option may serve several commands (--out); it is added once.
+        for (const QCommandLineOption& o : c.options())
+            parser.addOption(o);
+    }
+    parser.addPositionalArgument(QStringLiteral("command"),
+                                 command_names().join(QStringLiteral(", ")));
+
+    const auto app = make_application(argc, argv, parser);
+    QCoreApplication::setApplicationName(QStringLiteral("veltrako2-cli"));
+    QCoreApplication::setApplicationVersion(QStringLiteral(VELTRAKO_VERSION));
+    parser.process(*app);
 
     const QStringList args = parser.positionalArguments();
-    const QString command = args.value(0);
-    if (command != QLatin1String("info") && command != QLatin1String("watch") &&
-        command != QLatin1String("send")) {
-        cli::print_error(command.isEmpty() ? QStringLiteral("no command given: info, watch or send")
-                                           : QStringLiteral("unknown command \"%1\"").arg(command));
+    const QString name = args.value(0);
+    const cli::CliCommand* command = cli::find_command(name);
+    if (!command) {
+        cli::print_error(name.isEmpty() ? QStringLiteral("no command given: %1")
+                                              .arg(command_names().join(QStringLiteral(", ")))
+                                        : QStringLiteral("unknown command \"%1\"").arg(name));
         return cli::exit_usage;
-    }
-    QList<QByteArray> payloads;
-    for (const QString& arg : args.mid(1)) {
-        const auto payload = cli::parse_payload_argument(arg);
-        if (!payload) {
-            cli::print_error(QStringLiteral("not a payload: \"%1\"").arg(arg));
-            return cli::exit_usage;
-        }
-        payloads << *payload;
-    }
-    if (command == QLatin1String("send") && payloads.isEmpty()) {
-        cli::print_error(QStringLiteral("send: no payload given"));
-        return cli::exit_usage;
-    }
-    int seconds = -1;
-    if (parser.isSet(seconds_opt)) {
-        bool ok = false;
-        seconds = parser.value(seconds_opt).toInt(&ok);
-        if (!ok || seconds < 0) {
-            cli::print_error(QStringLiteral("--seconds takes a whole number of seconds"));
-            return cli::exit_usage;
-        }
     }
 
     QString error;
@@ -132,13 +158,8 @@ int main(int argc, char** argv) {
 
     cli::install_interrupt_handler();
     cli::CliSession session(ctx, ui);
-    int code = cli::exit_ok;
-    if (command == QLatin1String("info"))
-        code = session.info();
-    else if (command == QLatin1String("watch"))
-        code = session.watch(seconds);
-    else
-        code = session.send(payloads);
+    cli::CommandEnv env{ctx, ui, session, parser, args.mid(1)};
+    int code = command->run(env);
 
     if (ctx.link.device_handle != 0)
         link::close_device(ctx);

@@ -1,9 +1,11 @@
 #pragma once
-// The commands of the command-line front end, run against one context:
-// connect, drive the poll timer in an event loop, and report.
+// What every command of the command-line front end needs to talk to the
+// device: connect, drive the poll timer in an event loop until a condition
+// holds, and print result lines.
 
-#include <QByteArray>
-#include <QList>
+#include <QString>
+
+#include <functional>
 
 namespace veltrako {
 class AppContext;
@@ -19,25 +21,26 @@ class CliSession {
 public:
     CliSession(AppContext& ctx, ConsoleUi& ui) : ctx_(ctx), ui_(ui) {}
 
-    // Connects, waits for the first live status and the rest of the initial
-    // requests, prints the device record as KEY|VALUE lines.
-    int info();
-    // One line of live values per live status; seconds < 0 runs until
-    // interrupted.
-    int watch(int seconds);
-    // Sends each payload (after asking the device who it is) and prints every
-    // answer as a hex dump.
-    int send(const QList<QByteArray>& payloads);
+    // The connect routine; true when a device answered the open.
+    bool connect();
+    // Runs the poll timer until `done` says so (exit_ok), the link is lost
+    // (exit_device) or the process is interrupted (exit_ok).
+    int run_until(const std::function<bool()>& done);
+    // Connects and waits for the first live status and the rest of the
+    // initial requests, so that the device record is complete.
+    int connect_and_read_record();
+    // Runs the poll timer until every queued command is answered.
+    int drain_queue();
+    // True once SIGINT or SIGTERM arrived.
+    static bool interrupted();
 
 private:
-    bool connect();
-    // Runs the poll timer until `done` says so (0), the link is lost (1) or
-    // the process is interrupted (0).
-    template <typename Done> int run_until(Done done);
-
     AppContext& ctx_;
     ConsoleUi& ui_;
 };
+
+// One result line on stdout.
+void print_line(const QString& line);
 
 // SIGINT and SIGTERM end a running command cleanly (its log is still saved).
 void install_interrupt_handler();

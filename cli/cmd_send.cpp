@@ -1,0 +1,83 @@
+// send: raw payloads to the device, each answer printed as a hex dump.
+
+#include "app_context.h"
+#include "cli_session.h"
+#include "commands.h"
+#include "console_ui.h"
+#include "link/device_connection.h"
+#include "payload_text.h"
+#include "protocol/commands.h"
+#include "protocol/hex.h"
+#include "protocol/poll_cycle.h"
+#include "protocol/response_interpreter.h"
+
+namespace veltrako::cli {
+
+namespace {
+
+int run_send(CommandEnv& env) {
+    QList<QByteArray> payloads;
+    for (const QString& arg : env.args) {
+        const auto payload = parse_payload_argument(arg);
+        if (!payload) {
+            print_error(QStringLiteral("not a payload: \"%1\"").arg(arg));
+            return exit_usage;
+        }
+        payloads << *payload;
+    }
+    if (payloads.isEmpty()) {
+        print_error(QStringLiteral("send: no payload given"));
+        return exit_usage;
+    }
+
+    AppContext& ctx = env.ctx;
+    // Only the identity goes out first: who the device is decides which
+    // commands it may receive. The rest of the initial requests would only
+    // mix their answers into the ones asked for.
+    protocol::reset_link_state(ctx);
+    if (!link::open_device(ctx, false))
+        return exit_device;
+    protocol::queue_command(ctx, protocol::cmd::identity());
+    const protocol::ProtocolState& p = ctx.protocol;
+    int code = env.session.run_until([&] { return !ctx.device.SW.isEmpty() && !p.waiting_reply; });
+    if (code != exit_ok)
+        return code;
+
+    int queued = 0;
+    int answered = 0;
+    ctx.payload_handler = [&](const QByteArray& payload) {
+        if (answered++ < queued)
+            print_line(protocol::hex_dump(payload).trimmed());
+        protocol::dispatch_response(ctx, payload);
+    };
+    for (const QByteArray& payload : payloads) {
+        if (!protocol::send_permitted(ctx, payload)) {
+            print_error(QStringLiteral("not sent: device version %1 does not take \"%2\"")
+                            .arg(protocol::version_code(ctx), QString::fromLatin1(payload)));
+            continue;
+        }
+        protocol::queue_command(ctx, payload);
+        ++queued;
+    }
+    code = env.session.run_until([&] { return answered >= queued && !p.waiting_reply; });
+    ctx.payload_handler = [&ctx](const QByteArray& payload) {
+        protocol::dispatch_response(ctx, payload);
+    };
+    if (code != exit_ok)
+        return code;
+    return queued == payloads.size() ? exit_ok : exit_device;
+}
+
+} // namespace
+
+CliCommand send_command() {
+    CliCommand c;
+    c.name = QStringLiteral("send");
+    c.help = QStringLiteral(
+        "send PAYLOAD...      send payloads (hex bytes \"65 00 80 07\" or text \"I\";\n"
+        "                     \"hex:\"/\"text:\" in front decides) and print each answer");
+    c.run = run_send;
+    return c;
+}
+
+} // namespace veltrako::cli

@@ -1,0 +1,23 @@
+#include "cli_command.h"
+
+#include "commands.h"
+
+namespace veltrako::cli {
+
+const std::vector<CliCommand>& cli_commands() {
+    static const std::vector<CliCommand> table = {
+        info_command(),
+        watch_command(),
+        send_command(),
+    };
+    return table;
+}
+
+const CliCommand* find_command(const QString& name) {
+    for (const CliCommand& c : cli_commands())
+        if (c.name == name)
+            return &c;
+    return nullptr;
+}
+
+} // namespace veltrako::cli

@@ -1,0 +1,12 @@
+#pragma once
+// The commands of veltrako2-cli, one source file each (cmd_<name>.cpp).
+
+#include "cli_command.h"
+
+namespace veltrako::cli {
+
+CliCommand info_command();
+CliCommand watch_command();
+CliCommand send_command();
+
+} // namespace veltrako::cli
