@@ -147,7 +147,7 @@ QStringList lost_state(const AppContext& ctx, const sim::Concentrator& device,
     expect(d.spannung == sim::supply_voltage_raw(s.live.supply_voltage) * 24.0 / 820.0, "spannung");
     expect(d.KOMPRESSORTEMP == s.live.compressor_temperature, "KOMPRESSORTEMP");
     // The time axis has run since the first live answer of this connection,
-    // across every wrap of the device's 16-bit tick counter.
+    // including any wrap of the device's 16-bit tick counter in between.
     expect(d.live_valid && std::abs(d.live_time - axis_ms / 1000.0) < 0.2, "live_time");
     return lost;
 }
