@@ -274,6 +274,52 @@ private slots:
         QCOMPARE(h.out(), QString("Device Closed\n"));
     }
 
+    // "Verbindung initialisieren": whatever state the link was in, it is
+    // reset, the device opened, the initial requests queued and Timer1 on,
+    // also when no device answers (the silent reconnection takes over then).
+    void connect_menu_starts_afresh_data() {
+        QTest::addColumn<int>("devices");
+        QTest::addColumn<int>("queued");
+        QTest::newRow("device present") << 1 << 29;
+        QTest::newRow("no device") << 0 << 0;
+    }
+    void connect_menu_starts_afresh() {
+        QFETCH(int, devices);
+        QFETCH(int, queued);
+        Harness h;
+        h.link->device_count = std::uint32_t(devices);
+        protocol::ProtocolState& p = h.ctx.protocol;
+        p.rx_buffer = "#9xx";
+        p.queue_count = 5;
+        p.send_queue[1] = "T";
+        p.waiting_reply = true;
+        p.last_command = "S";
+        p.retry_count = 3;
+        h.ctx.device.SN = "old serial";
+        h.ctx.device.live_valid = true;
+        h.ctx.timer1.set_enabled(false);
+        bool message = false;
+        if (devices == 0)
+            when_modal([&message](QWidget* modal) {
+                message = true;
+                modal->close();
+            });
+        h.form.menu_action("men_verbindung")->trigger();
+        QCOMPARE(message, devices == 0);
+        QCOMPARE(h.ctx.link.device_handle, devices ? 7u : 0u);
+        QVERIFY(p.rx_buffer.isEmpty());
+        QCOMPARE(p.queue_count, queued);
+        if (queued)
+            QCOMPARE(p.send_queue[1], QByteArray("?"));
+        QVERIFY(!p.waiting_reply);
+        QVERIFY(p.last_command.isEmpty());
+        QCOMPARE(p.retry_count, 0);
+        QVERIFY(h.ctx.device.SN.isEmpty());
+        QVERIFY(!h.ctx.device.live_valid);
+        QVERIFY(h.ctx.timer1.enabled());
+        h.ctx.timer1.set_enabled(false);
+    }
+
     void info_menu_shows_the_version_window() {
         Harness h;
         h.ctx.language.language_text[1100] = "Programm";
