@@ -17,8 +17,12 @@ struct Run {
     QString err;
 };
 
-Run run_cli(const QStringList& arguments, int timeout_ms = 20000) {
+Run run_cli(const QStringList& arguments, int timeout_ms = 20000,
+            const QString& lc_all = QStringLiteral("C.UTF-8")) {
     QProcess p;
+    QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
+    env.insert(QStringLiteral("LC_ALL"), lc_all);
+    p.setProcessEnvironment(env);
     p.start(QStringLiteral(VELTRAKO2_CLI_PATH), arguments);
     Run r;
     if (!p.waitForFinished(timeout_ms)) {
@@ -103,6 +107,35 @@ private slots:
         QVERIFY(lines.first().startsWith("t=0.00 O2="));
     }
 
+    // The table on stdout and in the file, numbers in the caller's locale
+    // (which need not be installed: the name in the environment is enough).
+    void status_table_in_the_environment_locale_data() {
+        QTest::addColumn<QString>("lc_all");
+        QTest::addColumn<QString>("numbers");
+        QTest::newRow("German") << "de_DE.UTF-8"
+                                << "  37,3  37,8  5,40  5,40   6,0";
+        QTest::newRow("C") << "C.UTF-8"
+                           << "  37.3  37.8  5.40  5.40   6.0";
+    }
+    void status_table_in_the_environment_locale() {
+        QFETCH(QString, lc_all);
+        QFETCH(QString, numbers);
+        QTemporaryDir dir;
+        const QString out = dir.filePath("status.txt");
+        const Run r =
+            run_cli({"--link", "sim:status_example", "status", "--out", out}, 20000, lc_all);
+        QCOMPARE(r.exit_code, 0);
+        const QStringList lines = r.out.split('\n', Qt::SkipEmptyParts);
+        QCOMPARE(lines.size(), 8 + 3);
+        QCOMPARE(lines[8],
+                 "   227  1800  0002     -     -    51     -     -     -     -     -   ---" +
+                     numbers +
+                     QString(lc_all.startsWith('d') ? "  83,8  87,2  85,6" : "  83.8  87.2  85.6"));
+        QFile file(out);
+        QVERIFY(file.open(QIODevice::ReadOnly));
+        QCOMPARE(QString::fromUtf8(file.readAll()), lines.join("\r\n") + "\r\n");
+    }
+
     void failures_data() {
         QTest::addColumn<QStringList>("arguments");
         QTest::addColumn<int>("exit_code");
@@ -117,6 +150,10 @@ private slots:
             << QStringList{"--link", "sim:nosuch", "info"} << 2 << "nosuch";
         QTest::newRow("no command") << QStringList{"--link", "sim"} << 2 << "no command";
         QTest::newRow("bad payload") << QStringList{"send", "hex:4G"} << 2 << "not a payload";
+        QTest::newRow("status from a silent device")
+            << QStringList{"--link", "sim:" VELTRAKO2_TEST_DATA "/silent.scn", "status"} << 1 << "";
+        QTest::newRow("status argument")
+            << QStringList{"--link", "sim", "status", "x"} << 2 << "no arguments";
     }
     void failures() {
         QFETCH(QStringList, arguments);

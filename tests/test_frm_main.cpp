@@ -9,11 +9,14 @@
 #include "fake_link.h"
 #include "frm_main.h"
 #include "frm_wait.h"
+#include "link/device_connection.h"
 #include "live_chart.h"
 #include "manual_clock.h"
+#include "protocol/commands.h"
 
 #include <QAction>
 #include <QComboBox>
+#include <QFontInfo>
 #include <QImage>
 #include <QInputDialog>
 #include <QLabel>
@@ -252,6 +255,18 @@ private slots:
             QCOMPARE(qobject_cast<QComboBox*>(w)->currentIndex(), 0);
             QVERIFY(is_locked(w));
         }
+    }
+
+    void status_page_forwards_the_click_and_shows_the_table() {
+        Harness h;
+        QVERIFY(link::open_device(h.ctx, true));
+        h.form.control_as<QPushButton>("cmd_sysstatread")->click();
+        QCOMPARE(h.ctx.protocol.queue_count, 1);
+        QCOMPARE(h.ctx.protocol.send_queue[1], protocol::cmd::read_status_record(1));
+        h.form.show_status_table("   227  1800\r\n     1     2\r\n");
+        auto* table = h.form.control_as<QPlainTextEdit>("sysstatout");
+        QCOMPARE(table->toPlainText(), "   227  1800\n     1     2\n");
+        QVERIFY(QFontInfo(table->font()).fixedPitch());
     }
 
     void link_buttons_and_quitting_close_the_device() {

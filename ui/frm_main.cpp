@@ -10,6 +10,7 @@
 #include "live_chart.h"
 #include "pages.h"
 #include "protocol/poll_cycle.h"
+#include "status/status_readout.h"
 
 #include <QAction>
 #include <QCloseEvent>
@@ -128,6 +129,10 @@ void FrmMain::bind(AppContext& ctx) {
     connect(menu_action(QStringLiteral("men_Info")), &QAction::triggered, this,
             [this] { show_wait(QStringLiteral("info")); });
     bind_entwickler_page(ctx);
+    connect(control_as<QPushButton>(QStringLiteral("cmd_sysstatread")), &QPushButton::clicked, this,
+            [&ctx] { status::cmd_sysstatread_Click(ctx); });
+    connect(control_as<QPushButton>(QStringLiteral("cmd_sysstatsave")), &QPushButton::clicked, this,
+            [&ctx] { status::cmd_sysstatsave_Click(ctx); });
 
     device_record_changed();
 }
@@ -230,6 +235,12 @@ void FrmMain::device_record_changed() {
         return;
     refresh_device_tab(*this, device::make_device_tab_view(ctx_->device, QLocale()));
     chart_->set_data_valid(ctx_->device.live_valid);
+}
+
+void FrmMain::show_status_table(const QString& text) {
+    QString plain = text;
+    plain.replace(QLatin1String("\r\n"), QLatin1String("\n"));
+    control_as<QPlainTextEdit>(QStringLiteral("sysstatout"))->setPlainText(plain);
 }
 
 } // namespace veltrako::ui
