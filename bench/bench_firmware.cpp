@@ -55,9 +55,9 @@ int main(int argc, char** argv) {
     QString error;
     auto device = sim::make_concentrator(QStringLiteral("default"), &error);
     auto* concentrator = static_cast<sim::Concentrator*>(device.get());
-    AppContext ctx(clock, ui,
-                   std::make_unique<link::SimLink>(clock, device,
-                                                   link::SimLink::WireTiming::realistic));
+    AppContext ctx(
+        clock, ui,
+        std::make_unique<link::SimLink>(clock, device, link::SimLink::WireTiming::realistic));
     if (!link::open_device(ctx, true)) {
         std::fprintf(stderr, "the simulated device does not open\n");
         return 1;

@@ -22,8 +22,8 @@ class StderrProgress final : public firmware::UpdateProgress {
 public:
     void begin(int) override { printed_ms_ = -1; }
     void block(const firmware::ProgressStep& step) override {
-        const bool due = printed_ms_ < 0 || step.block == step.blocks ||
-                         step.elapsed_ms - printed_ms_ >= 1000;
+        const bool due =
+            printed_ms_ < 0 || step.block == step.blocks || step.elapsed_ms - printed_ms_ >= 1000;
         if (!due)
             return;
         printed_ms_ = step.elapsed_ms;

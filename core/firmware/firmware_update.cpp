@@ -153,10 +153,11 @@ UpdateResult program_firmware(AppContext& ctx, const FirmwareImage& image,
         if (!acknowledged) {
             progress.end();
             busy.set(false);
-            show_msg(ctx, failure_message(ctx, ctx.language.text(105) + QLatin1Char(' ') +
-                                                   device::format_value(block, 0, QLocale()) + QStringLiteral(":'") +
-                                                   QString::fromLatin1(answer) +
-                                                   QLatin1Char('\'')));
+            show_msg(ctx,
+                     failure_message(ctx, ctx.language.text(105) + QLatin1Char(' ') +
+                                              device::format_value(block, 0, QLocale()) +
+                                              QStringLiteral(":'") + QString::fromLatin1(answer) +
+                                              QLatin1Char('\'')));
             return UpdateResult::block_refused;
         }
     }

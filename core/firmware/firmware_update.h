@@ -16,13 +16,13 @@ namespace veltrako::firmware {
 
 // The loader's pace.
 namespace loader {
-inline constexpr int enter_ms = 500;   // after "b", before the first sync request
-inline constexpr int sync_tries = 3;   // "I" requests
+inline constexpr int enter_ms = 500; // after "b", before the first sync request
+inline constexpr int sync_tries = 3; // "I" requests
 inline constexpr int sync_wait_ms = 250;
-inline constexpr int line_tries = 3;   // writes of one data line
-inline constexpr int quick_polls = 9;  // first polls for the acknowledgement ...
+inline constexpr int line_tries = 3;  // writes of one data line
+inline constexpr int quick_polls = 9; // first polls for the acknowledgement ...
 inline constexpr int quick_poll_ms = 40;
-inline constexpr int slow_polls = 21;  // ... then these while nothing came
+inline constexpr int slow_polls = 21; // ... then these while nothing came
 inline constexpr int slow_poll_ms = 50;
 inline constexpr int restart_ms = 1000; // after "R"
 inline constexpr char greeting[] = "ae60000";
