@@ -38,8 +38,11 @@ QString data_line(int address) {
 
 class Timing final : public firmware::UpdateProgress {
 public:
-    void begin(int) override { timer.start(); }
-    void block(const firmware::ProgressStep&) override {}
+    void begin(int) override {}
+    void block(const firmware::ProgressStep& step) override {
+        if (step.block == 1)
+            timer.start();
+    }
     void end() override { lines_ns = timer.nsecsElapsed(); }
     QElapsedTimer timer;
     qint64 lines_ns = 0;

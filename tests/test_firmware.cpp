@@ -271,7 +271,9 @@ private slots:
             QVERIFY(!b.linked.device->in_boot_loader());
             return;
         }
-        // The device stays in its loader and the message says what to do.
+        // The dialog is gone before the message; the device stays in its
+        // loader and the message says what to do.
+        QCOMPARE(b.progress.log, (QStringList{"begin 3", "end"}));
         QVERIFY(b.linked.device->in_boot_loader());
         const QString what =
             result == int(UpdateResult::no_sync) ? b.text(103) : b.text(105) + failure;

@@ -26,6 +26,8 @@ FrmFirmwareProgress::FrmFirmwareProgress(const config::LanguageTables& language,
 
 void FrmFirmwareProgress::begin(int blocks) {
     running_ = true;
+    caption_->setText(language_.text(11002));
+    times_->clear();
     bar_->setRange(0, blocks);
     bar_->setValue(0);
     show();

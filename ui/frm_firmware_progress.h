@@ -1,8 +1,8 @@
 #pragma once
 // The progress of a firmware update: a modal dialog with the block caption,
 // a bar, and the elapsed and remaining time. It has no close button and
-// ignores Escape and closing while lines are being written, because an
-// interrupted update leaves the device unusable.
+// ignores Escape and closing from the switch into the loader until the last
+// line is written, because an interrupted update leaves the device unusable.
 
 #include "firmware/update_progress.h"
 

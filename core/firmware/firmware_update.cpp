@@ -125,20 +125,23 @@ UpdateResult firmware_update(AppContext& ctx, UpdateProgress& progress) {
 UpdateResult program_firmware(AppContext& ctx, const FirmwareImage& image,
                               UpdateProgress& progress) {
     BusyPointer busy(ctx.ui);
+    const int blocks = static_cast<int>(image.data_lines.size());
+    // From "b" on the device is out of its application: nothing may
+    // interrupt the dialogue with its loader.
+    progress.begin(blocks);
     protocol::send_frame(ctx, QByteArrayLiteral("b"));
     wait_ms(ctx, loader::enter_ms);
     // An answer to the last poll may still have come in; the loader's
     // greeting must be the first thing read after the sync request.
     link::read_raw(ctx);
     if (!synchronise(ctx)) {
+        progress.end();
         busy.set(false);
         show_msg(ctx, failure_message(ctx, ctx.language.text(103)));
         return UpdateResult::no_sync;
     }
 
-    const int blocks = static_cast<int>(image.data_lines.size());
     const ProgressClock clock(blocks, ctx.clock.elapsed_ms());
-    progress.begin(blocks);
     for (int block = 1; block <= blocks; ++block) {
         progress.block(clock.step(block, ctx.clock.elapsed_ms()));
         // Checked when the file was loaded.

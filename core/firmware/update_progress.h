@@ -26,8 +26,8 @@ QString minutes_seconds(qint64 ms);
 class UpdateProgress {
 public:
     virtual ~UpdateProgress() = default;
-    // The first data line is about to be written: from here until end() the
-    // update must not be interrupted.
+    // The device is about to be switched into its loader: from here until
+    // end() the update must not be interrupted.
     virtual void begin(int blocks) = 0;
     // Block `step.block` is about to be written.
     virtual void block(const ProgressStep& step) = 0;
