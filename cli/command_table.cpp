@@ -10,6 +10,7 @@ const std::vector<CliCommand>& cli_commands() {
         watch_command(),
         send_command(),
         status_command(),
+        firmware_command(),
     };
     return table;
 }

@@ -9,5 +9,6 @@ CliCommand info_command();
 CliCommand watch_command();
 CliCommand send_command();
 CliCommand status_command();
+CliCommand firmware_command();
 
 } // namespace veltrako::cli

@@ -5,6 +5,7 @@
 #include "sim_server_process.h"
 
 #include <QElapsedTimer>
+#include <QFile>
 #include <QProcess>
 #include <QTemporaryDir>
 #include <QTest>
@@ -45,6 +46,27 @@ QMap<QString, QString> key_values(const QString& text) {
             values.insert(line.left(bar), line.mid(bar + 1));
     }
     return values;
+}
+
+// A firmware file whose data lines the simulated loader takes: 0x42, N,
+// address, N bytes, checksum making the sum 0 mod 256.
+QString firmware_file(const QString& dir, const QString& hardware) {
+    QStringList lines{QStringLiteral("VERSION=5122"), QStringLiteral("HARDWARE=") + hardware};
+    for (int i = 0; i < 3; ++i) {
+        QByteArray line("\x42\x10\x00", 3);
+        line += static_cast<char>(16 * i);
+        line += QByteArray(16, 'x');
+        int sum = 0;
+        for (char c : line)
+            sum += static_cast<unsigned char>(c);
+        line += static_cast<char>((256 - sum % 256) % 256);
+        lines << QString::fromLatin1(line.toHex());
+    }
+    QFile file(dir + QStringLiteral("/fw.ae6"));
+    if (!file.open(QIODevice::WriteOnly))
+        qFatal("cannot write the firmware file");
+    file.write(lines.join(QStringLiteral("\r\n")).toLatin1() + "\r\n");
+    return file.fileName();
 }
 
 } // namespace
@@ -154,6 +176,8 @@ private slots:
             << QStringList{"--link", "sim:" VELTRAKO2_TEST_DATA "/silent.scn", "status"} << 1 << "";
         QTest::newRow("status argument")
             << QStringList{"--link", "sim", "status", "x"} << 2 << "no arguments";
+        QTest::newRow("firmware without a file")
+            << QStringList{"--link", "sim", "firmware"} << 2 << "the .ae6 file";
     }
     void failures() {
         QFETCH(QStringList, arguments);
@@ -163,6 +187,35 @@ private slots:
         QCOMPARE(r.exit_code, exit_code);
         QVERIFY(!r.err.trimmed().isEmpty()); // always says something
         QVERIFY2(r.err.contains(message), qPrintable(r.err));
+    }
+
+    void firmware_data() {
+        QTest::addColumn<QString>("hardware");
+        QTest::addColumn<QStringList>("options");
+        QTest::addColumn<int>("exit_code");
+        QTest::addColumn<QStringList>("said"); // on stderr, in this order
+        QTest::newRow("programmed") << "AE60|AE61" << QStringList{"--yes"} << 0
+                                    << QStringList{"block 1/3, eta 0:01", "block 3/3, eta 0:01",
+                                                   "The software update is complete."};
+        QTest::newRow("another board") << "AE60" << QStringList{"--yes"} << 1
+                                       << QStringList{"does not fit", "device: AE61", "file: 5122"};
+    }
+    void firmware() {
+        QFETCH(QString, hardware);
+        QFETCH(QStringList, options);
+        QFETCH(int, exit_code);
+        QFETCH(QStringList, said);
+        QTemporaryDir dir;
+        const Run r =
+            run_cli(QStringList{"--link", "sim", "firmware", firmware_file(dir.path(), hardware)} +
+                    options);
+        QCOMPARE(r.exit_code, exit_code);
+        qsizetype at = 0;
+        for (const QString& s : said) {
+            at = r.err.indexOf(s, at);
+            QVERIFY2(at >= 0, qPrintable(s + " not in:\n" + r.err));
+        }
+        QCOMPARE(r.err.contains("block"), exit_code == 0);
     }
 
     void payload_arguments_data() {

@@ -5,6 +5,8 @@
 #include "device/device_view.h"
 #include "device_tab.h"
 #include "dialogs.h"
+#include "firmware/firmware_update.h"
+#include "frm_firmware_progress.h"
 #include "frm_wait.h"
 #include "link/device_connection.h"
 #include "live_chart.h"
@@ -128,6 +130,8 @@ void FrmMain::bind(AppContext& ctx) {
             [&ctx] { protocol::connect_routine(ctx); });
     connect(menu_action(QStringLiteral("men_Info")), &QAction::triggered, this,
             [this] { show_wait(QStringLiteral("info")); });
+    connect(menu_action(QStringLiteral("men_Softwareupdate")), &QAction::triggered, this,
+            [this, &ctx] { men_Softwareupdate_Click(ctx); });
     bind_entwickler_page(ctx);
     connect(control_as<QPushButton>(QStringLiteral("cmd_sysstatread")), &QPushButton::clicked, this,
             [&ctx] { status::cmd_sysstatread_Click(ctx); });
@@ -148,6 +152,11 @@ void FrmMain::bind_entwickler_page(AppContext& ctx) {
                 // Typed as it stands, one byte per character.
                 protocol::cmd_sendcommand(ctx, typed->text().toLatin1());
             });
+}
+
+void FrmMain::men_Softwareupdate_Click(AppContext& ctx) {
+    FrmFirmwareProgress progress(ctx.language, this);
+    firmware::firmware_update(ctx, progress);
 }
 
 void FrmMain::show_wait(const QString& command, const QString& text) {

@@ -84,6 +84,7 @@ private:
     void build_menu();
     void index_controls();
     void bind_entwickler_page(AppContext& ctx);
+    void men_Softwareupdate_Click(AppContext& ctx);
 
     AppContext* ctx_ = nullptr;
     QTabWidget* tab1_ = nullptr;
