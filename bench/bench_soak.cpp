@@ -20,6 +20,7 @@
 #include "app_context.h"
 #include "link/sim_link.h"
 #include "manual_clock.h"
+#include "null_user_interface.h"
 #include "protocol/poll_cycle.h"
 #include "protocol/response_interpreter.h"
 #include "sim/concentrator.h"
@@ -53,29 +54,16 @@ long resident_kb() {
 }
 
 // Shows nothing, counts the repetitions the poll cycle reports.
-class CountingUi final : public UserInterface {
+class CountingUi final : public bench::NullUserInterface {
 public:
     void show_msg(const QString& text, MsgIcon, const QString&) override {
         if (text == QLatin1String("Outbuffer overflow"))
             ++overflows;
     }
-    bool ask_yes_no(const QString&, const QString&) override { return false; }
-    bool ask_ok_cancel(const QString&, const QString&) override { return false; }
-    std::optional<QString> input_box(const QString&, const QString&, const QString&) override {
-        return std::nullopt;
-    }
-    QString choose_open_file(const FileDialogRequest&) override { return {}; }
-    QString choose_save_file(const FileDialogRequest&) override { return {}; }
-    void set_busy(bool) override {}
-    Page current_page() const override { return Page::geraet; }
-    void select_page(Page) override {}
     void append_out(const QString& text) override {
         if (text.contains(QLatin1String(" Timeout Nr ")))
             ++timeouts;
     }
-    void clear_out() override {}
-    void set_info_caption(const QString&) override {}
-    void device_record_changed() override {}
 
     long timeouts = 0;
     long overflows = 0;
