@@ -8,5 +8,7 @@ namespace veltrako::cli {
 CliCommand info_command();
 CliCommand watch_command();
 CliCommand send_command();
+CliCommand set_command();
+CliCommand reset_command();
 
 } // namespace veltrako::cli

@@ -6,6 +6,7 @@
 #include "device_tab.h"
 #include "dialogs.h"
 #include "frm_wait.h"
+#include "geraet_handlers.h"
 #include "link/device_connection.h"
 #include "live_chart.h"
 #include "pages.h"
@@ -128,6 +129,7 @@ void FrmMain::bind(AppContext& ctx) {
     connect(menu_action(QStringLiteral("men_Info")), &QAction::triggered, this,
             [this] { show_wait(QStringLiteral("info")); });
     bind_entwickler_page(ctx);
+    bind_geraet_page(*this, ctx);
 
     device_record_changed();
 }
@@ -229,6 +231,7 @@ void FrmMain::device_record_changed() {
     if (!ctx_)
         return;
     refresh_device_tab(*this, device::make_device_tab_view(ctx_->device, QLocale()));
+    apply_preset_buttons(*this, ctx_->presets);
     chart_->set_data_valid(ctx_->device.live_valid);
 }
 
