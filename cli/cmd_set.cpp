@@ -216,8 +216,8 @@ std::optional<Plan> plan_timing(const QStringList& a, QString& error) {
         };
         return p;
     }
-    const auto index = a.size() == 2 ? whole_number(a[0], 0, device::timing_count - 1)
-                                     : std::nullopt;
+    const auto index =
+        a.size() == 2 ? whole_number(a[0], 0, device::timing_count - 1) : std::nullopt;
     const auto value = a.size() == 2 ? whole_number(a[1], 0, 255) : std::nullopt;
     if (!index || !value) {
         error = QStringLiteral("usage: set timing INDEX VALUE (INDEX 0 to 13, VALUE 0 to 255 in "

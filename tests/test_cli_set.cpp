@@ -66,8 +66,8 @@ private slots:
                             << "SN|VO2-0099999 \n";
         QTest::newRow("hours") << "sim" << QStringList{"set", "hours", "004321:2"}
                                << "BSTD|004321:20\n";
-        QTest::newRow("reset hours") << "sim" << QStringList{"reset", "hours"}
-                                     << "BSTD|000000:00\n";
+        QTest::newRow("reset hours")
+            << "sim" << QStringList{"reset", "hours"} << "BSTD|000000:00\n";
         QTest::newRow("lp") << "sim" << QStringList{"set", "lp"} << "LP|LP1250010077\n";
         QTest::newRow("rest") << "sim" << QStringList{"set", "rest", "250"} << "rest_text|250\n";
         QTest::newRow("flow u") << "sim" << QStringList{"set", "flow", "u", "7"} << "wert_u|7\n";

@@ -34,12 +34,9 @@ private slots:
         QTest::addColumn<QString>("entry");
         QTest::addColumn<QByteArray>("block"); // empty: refused
         // Digits reversed, tens of minutes, CRC (start 0x5555) low byte first.
-        QTest::newRow("001234:5") << "001234:5"
-                                  << bytes_of({4, 3, 2, 1, 0, 0, 5, 0x11, 0xCD});
-        QTest::newRow("000000:0") << "000000:0"
-                                  << bytes_of({0, 0, 0, 0, 0, 0, 0, 0xA5, 0xA0});
-        QTest::newRow("999999:5") << "999999:5"
-                                  << bytes_of({9, 9, 9, 9, 9, 9, 5, 0x2C, 0xEC});
+        QTest::newRow("001234:5") << "001234:5" << bytes_of({4, 3, 2, 1, 0, 0, 5, 0x11, 0xCD});
+        QTest::newRow("000000:0") << "000000:0" << bytes_of({0, 0, 0, 0, 0, 0, 0, 0xA5, 0xA0});
+        QTest::newRow("999999:5") << "999999:5" << bytes_of({9, 9, 9, 9, 9, 9, 5, 0x2C, 0xEC});
         QTest::newRow("tens of minutes 6") << "001234:6" << QByteArray();
         QTest::newRow("seven characters") << "01234:5" << QByteArray();
         QTest::newRow("nine characters") << "0012345:5" << QByteArray();
@@ -92,8 +89,8 @@ private slots:
         QTest::newRow("hours after two bad entries")
             << true << QStringList{"1234:5", "001234:9", "001234:5"} << 3
             << QStringList{"text111", "text111", "text112"} << hours_writes;
-        QTest::newRow("hours cancelled") << true << QStringList{"1234:5"} << 2
-                                         << QStringList{"text111"} << QList<QByteArray>{};
+        QTest::newRow("hours cancelled")
+            << true << QStringList{"1234:5"} << 2 << QStringList{"text111"} << QList<QByteArray>{};
         QTest::newRow("hours left empty")
             << true << QStringList{""} << 1 << QStringList{} << QList<QByteArray>{};
         QTest::newRow("remaining time after bad entries")
@@ -170,22 +167,18 @@ private slots:
             [](Connected& c) { QCOMPARE(c.ctx->device.rest_text, QString("0")); });
         row(
             "flow selector U", [](Connected& c) { device::cb_vs_Click(*c.ctx, 0, 7, false); },
-            {bytes_of({'u', 7}), "U"},
-            [](Connected& c) { QCOMPARE(c.ctx->device.wert_u, 7); });
+            {bytes_of({'u', 7}), "U"}, [](Connected& c) { QCOMPARE(c.ctx->device.wert_u, 7); });
         row(
             "flow selector O", [](Connected& c) { device::cb_vs_Click(*c.ctx, 1, 255, false); },
-            {bytes_of({'o', 255}), "O"},
-            [](Connected& c) { QCOMPARE(c.ctx->device.wert_o, 255); });
+            {bytes_of({'o', 255}), "O"}, [](Connected& c) { QCOMPARE(c.ctx->device.wert_o, 255); });
         // The device starts with 1 (temperature alarm sounds).
         row(
-            "acoustic O21 on", [](Connected& c) {
-                device::pic_akust_Click(*c.ctx, device::AcousticAlarm::o21);
-            },
+            "acoustic O21 on",
+            [](Connected& c) { device::pic_akust_Click(*c.ctx, device::AcousticAlarm::o21); },
             {bytes_of({'x', 3}), "X"}, [](Connected& c) { QCOMPARE(c.ctx->device.wert_x, 3); });
         row(
-            "acoustic O22 on", [](Connected& c) {
-                device::pic_akust_Click(*c.ctx, device::AcousticAlarm::o22);
-            },
+            "acoustic O22 on",
+            [](Connected& c) { device::pic_akust_Click(*c.ctx, device::AcousticAlarm::o22); },
             {bytes_of({'x', 5}), "X"}, [](Connected& c) { QCOMPARE(c.ctx->device.wert_x, 5); });
         row(
             "acoustic flow-low off again",
@@ -211,15 +204,15 @@ private slots:
     void clock_takes_the_pc_time() {
         Connected c;
         const QDateTime now = c.clock.now();
-        const QDateTime whole(now.date(), QTime(now.time().hour(), now.time().minute(),
-                                                now.time().second()), Qt::UTC);
+        const QDateTime whole(now.date(),
+                              QTime(now.time().hour(), now.time().minute(), now.time().second()),
+                              Qt::UTC);
         device::cmd_setdatetime_Click(*c.ctx);
         QCOMPARE(c.ctx->device.geraetezeit, now);
         const quint32 s = device_seconds(whole.date(), whole.time());
-        QCOMPARE(c.queued(), (QList<QByteArray>{
-                                 bytes_of({'t', int(s >> 24), int(s >> 16 & 0xFF),
-                                           int(s >> 8 & 0xFF), int(s & 0xFF)}),
-                                 "T"}));
+        QCOMPARE(c.queued(), (QList<QByteArray>{bytes_of({'t', int(s >> 24), int(s >> 16 & 0xFF),
+                                                          int(s >> 8 & 0xFF), int(s & 0xFF)}),
+                                                "T"}));
         c.settle();
         // The device clock runs on while the answers go to and fro.
         const qint64 ahead = whole.secsTo(c.ctx->device.geraetezeit);

@@ -21,9 +21,9 @@ namespace {
 
 // Every key with a value of its own, so that a crossed mapping shows.
 const QStringList full_file{
-    "TITEL1=Wenig",       "TITEL2=< 2 l/min",   "ZEIT_VORLAUF=10",   "ZEIT_PHASE1=11",
-    "ZEIT_A2ON=12",       "ZEIT_A2OFF=13",      "ZEIT_PHASE2=14",    "ZEIT_A1ON=15",
-    "ZEIT_A1OFF=16",      "ZEIT_SPUEL1ON=18",   "ZEIT_SPUEL1OFF=19", "ZEIT_SPUEL2ON=20",
+    "TITEL1=Wenig",      "TITEL2=< 2 l/min", "ZEIT_VORLAUF=10",   "ZEIT_PHASE1=11",
+    "ZEIT_A2ON=12",      "ZEIT_A2OFF=13",    "ZEIT_PHASE2=14",    "ZEIT_A1ON=15",
+    "ZEIT_A1OFF=16",     "ZEIT_SPUEL1ON=18", "ZEIT_SPUEL1OFF=19", "ZEIT_SPUEL2ON=20",
     "ZEIT_SPUEL2OFF=21",
 };
 const Zeiten full_zeiten{10, 11, 12, 13, 14, 15, 16, 0, 18, 19, 20, 21};

@@ -112,9 +112,9 @@ void cmd_resetbstd_Click(AppContext& ctx) {
 bool cmd_setbstd_Click(AppContext& ctx) {
     if (!ctx.device.live_valid)
         return false;
-    const std::optional<HoursEntry> entry = ask_until_valid(
-        ctx, ctx.language.text(110), ctx.language.text(115), ctx.language.text(111),
-        parse_hours_entry);
+    const std::optional<HoursEntry> entry =
+        ask_until_valid(ctx, ctx.language.text(110), ctx.language.text(115), ctx.language.text(111),
+                        parse_hours_entry);
     if (!entry)
         return false;
     ctx.device.BSTD.clear();
@@ -177,8 +177,7 @@ std::optional<std::uint16_t> parse_remaining_entry(const QString& text) {
 
 bool cmd_Restzeit_Click(AppContext& ctx) {
     // No message of its own for a bad entry: the question simply comes again.
-    const std::optional<std::uint16_t> value =
-        ask_until_valid(
+    const std::optional<std::uint16_t> value = ask_until_valid(
         ctx, ctx.language.text(113), ctx.language.text(117), QString(), parse_remaining_entry);
     if (!value)
         return false;

@@ -26,9 +26,9 @@ struct KeyTarget {
     int index; // -1: titel1, -2: titel2
 };
 constexpr KeyTarget key_targets[] = {
-    {"TITEL1", -1},        {"TITEL2", -2},          {"ZEIT_VORLAUF", 0},   {"ZEIT_PHASE1", 1},
-    {"ZEIT_A2ON", 2},      {"ZEIT_A2OFF", 3},       {"ZEIT_PHASE2", 4},    {"ZEIT_A1ON", 5},
-    {"ZEIT_A1OFF", 6},     {"ZEIT_SPUEL1ON", 8},    {"ZEIT_SPUEL1OFF", 9}, {"ZEIT_SPUEL2ON", 10},
+    {"TITEL1", -1},         {"TITEL2", -2},       {"ZEIT_VORLAUF", 0},   {"ZEIT_PHASE1", 1},
+    {"ZEIT_A2ON", 2},       {"ZEIT_A2OFF", 3},    {"ZEIT_PHASE2", 4},    {"ZEIT_A1ON", 5},
+    {"ZEIT_A1OFF", 6},      {"ZEIT_SPUEL1ON", 8}, {"ZEIT_SPUEL1OFF", 9}, {"ZEIT_SPUEL2ON", 10},
     {"ZEIT_SPUEL2OFF", 11},
 };
 

@@ -24,7 +24,8 @@ struct Connected {
         if (!scenario)
             qFatal("scenario: %s", qPrintable(error));
         device = std::make_shared<sim::Concentrator>(*scenario);
-        ctx = std::make_unique<AppContext>(clock, ui, std::make_unique<link::SimLink>(clock, device));
+        ctx =
+            std::make_unique<AppContext>(clock, ui, std::make_unique<link::SimLink>(clock, device));
         ctx->program_dir = program_dir;
         for (int n : {110, 111, 112, 113, 114, 115, 116, 117})
             ctx->language.language_text[static_cast<std::size_t>(n)] =
