@@ -6,7 +6,11 @@ namespace veltrako::cli {
 
 const std::vector<CliCommand>& cli_commands() {
     static const std::vector<CliCommand> table = {
-        info_command(), watch_command(), send_command(), set_command(), reset_command(),
+        info_command(),
+        watch_command(),
+        send_command(),
+        set_command(),
+        reset_command(),
     };
     return table;
 }
