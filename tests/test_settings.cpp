@@ -264,41 +264,6 @@ private slots:
         action(c);
         QVERIFY(c.queued().isEmpty());
     }
-
-    // What the device refuses comes back unchanged.
-    void refused_writes_read_back_the_old_value() {
-        Connected c;
-        protocol::queue_command(*c.ctx, protocol::cmd::set_remaining(1000));
-        protocol::queue_command(*c.ctx, protocol::cmd::read_remaining());
-        QByteArray bad = device::hours_block(*device::parse_hours_entry("000001:0"));
-        bad[7] = static_cast<char>(bad[7] ^ 1);
-        protocol::queue_command(*c.ctx, protocol::cmd::write_hours_block(0x80, bad));
-        protocol::queue_command(*c.ctx, protocol::cmd::read_hours());
-        c.settle();
-        QCOMPARE(c.ctx->device.rest_text, QString("500"));
-        QCOMPARE(c.ctx->device.BSTD, QString("001234:50"));
-    }
-
-    void set_button_follows_the_typed_serial_number_data() {
-        QTest::addColumn<bool>("live");
-        QTest::addColumn<QString>("typed");
-        QTest::addColumn<bool>("shown_on_change");
-        QTest::addColumn<bool>("hidden_on_leaving");
-        QTest::newRow("changed") << true << "VO2-1" << true << false;
-        QTest::newRow("back to the device's") << true << "VO2-0012345 " << false << true;
-        QTest::newRow("changed without live data") << false << "VO2-1" << false << false;
-    }
-    void set_button_follows_the_typed_serial_number() {
-        QFETCH(bool, live);
-        QFETCH(QString, typed);
-        QFETCH(bool, shown_on_change);
-        QFETCH(bool, hidden_on_leaving);
-        device::DeviceRecord r;
-        r.live_valid = live;
-        r.SN = "VO2-0012345 ";
-        QCOMPARE(device::setsn_shown_after_change(r, typed), shown_on_change);
-        QCOMPARE(device::setsn_hidden_after_focus_loss(r, typed), hidden_on_leaving);
-    }
 };
 
 QTEST_GUILESS_MAIN(TestSettings)
