@@ -123,6 +123,10 @@ private slots:
         p.settle();
         QCOMPARE(p.form.control_as<QLabel>("pic_akustvollo")->text(), QString(QChar(0x266A)));
         QVERIFY(p.form.control_as<QLabel>("pic_akustO21")->text().isEmpty());
+        device::clear_device_record(p.ctx.device); // no device: nothing known to sound
+        p.form.device_record_changed();
+        QVERIFY(p.form.control_as<QLabel>("pic_akustvollo")->text().isEmpty());
+        p.settle();
 
         p.form.control_as<QPushButton>("cmd_t_reset")->click();
         QCOMPARE(p.form.control_as<QComboBox>("cb_t", 0)->currentIndex(), 100);

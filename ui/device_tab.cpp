@@ -65,6 +65,9 @@ void blank(FrmMain& form) {
         for (QWidget* w : form.controls_with_prefix(prefix))
             paint(w, white);
     }
+    // Whether an alarm sounds is not known without a device either.
+    for (QWidget* w : form.controls_with_prefix(QStringLiteral("pic_")))
+        set_text(w, QString());
     if (QWidget* setsn = form.control(QStringLiteral("cmd_setsn")))
         setsn->hide();
     set_text(form.control(QStringLiteral("sysstatout")), QString());
