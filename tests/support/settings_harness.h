@@ -31,6 +31,7 @@ struct Connected {
             ctx->language.language_text[static_cast<std::size_t>(n)] =
                 QStringLiteral("text%1").arg(n);
         protocol::connect_routine(*ctx);
+        ctx->timer1.set_enabled(false); // ticks come from settle() only
         settle();
         if (!ctx->device.live_valid)
             qFatal("the simulated device sent no live status");
