@@ -11,6 +11,8 @@ const std::vector<CliCommand>& cli_commands() {
         send_command(),
         status_command(),
         firmware_command(),
+        set_command(),
+        reset_command(),
     };
     return table;
 }

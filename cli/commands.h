@@ -10,5 +10,7 @@ CliCommand watch_command();
 CliCommand send_command();
 CliCommand status_command();
 CliCommand firmware_command();
+CliCommand set_command();
+CliCommand reset_command();
 
 } // namespace veltrako::cli

@@ -7,6 +7,7 @@
 #include "config/language.h"
 #include "device/device_record.h"
 #include "device/live_history.h"
+#include "device/timing_presets.h"
 #include "feature_hooks.h"
 #include "link/link_state.h"
 #include "print/printer_choice.h"
@@ -42,6 +43,7 @@ public:
 
     device::DeviceRecord device;
     device::LiveHistory live_history;
+    device::PresetTable presets; // the three valve timing presets and their buttons
     status::StatusMemory status;
 
     // The printer the print dialog opens on next time.

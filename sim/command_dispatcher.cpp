@@ -93,7 +93,9 @@ Reply answer_command(DeviceState& d, const QByteArray& p, std::int64_t now_ms) {
         return answer(out);
     }
     case 's':
-        d.remaining = static_cast<std::uint16_t>(be16_at(p, 2));
+        // The device counts at most 999; a larger value is not taken.
+        if (be16_at(p, 2) <= max_remaining)
+            d.remaining = static_cast<std::uint16_t>(be16_at(p, 2));
         return acknowledge('s');
     case 'e': {
         const int address = static_cast<int>(be16_at(p, 2));
@@ -125,10 +127,10 @@ Reply answer_command(DeviceState& d, const QByteArray& p, std::int64_t now_ms) {
         return answer(out);
     }
     case 'w': {
-        const int index = timing_index(p);
-        if (index < 0)
-            return {};
-        d.zeiten[static_cast<std::size_t>(index)] = static_cast<std::uint8_t>(byte_at(p, 3));
+        // A timing the device does not have is not stored, but the write is
+        // acknowledged like any other.
+        if (const int index = timing_index(p); index >= 0)
+            d.zeiten[static_cast<std::size_t>(index)] = static_cast<std::uint8_t>(byte_at(p, 3));
         return acknowledge('w');
     }
     case 'U':

@@ -7,8 +7,9 @@
 // frame carrying just their letter. The program sends its next command only
 // once the last one was answered and repeats a command that stays unanswered,
 // so a write needs an answer like everything else. The answer says that the
-// command arrived, not that it was taken: a refused operating-hours block is
-// answered the same way, and the read-back that follows shows the old value.
+// command arrived, not that it was taken: a refused operating-hours block, a
+// remaining time above 999 or a timing index above 13 is answered the same
+// way, and the read-back that follows shows the old value.
 //
 // A command the device does not know, or one whose length does not fit its
 // letter, is not answered.
@@ -36,5 +37,8 @@ Reply answer_command(DeviceState& device, const QByteArray& payload, std::int64_
 // The most data an "e" answer can carry: 4 header bytes and the data fit in
 // the 100 payload bytes a frame can hold.
 inline constexpr int max_memory_read = 96;
+
+// The largest remaining time the device takes with "s".
+inline constexpr std::uint32_t max_remaining = 999;
 
 } // namespace veltrako::sim

@@ -6,6 +6,7 @@
 
 #include "device/device_record.h"
 #include "device/device_view.h"
+#include "device/parameter_values.h"
 
 #include <QTest>
 
@@ -169,6 +170,44 @@ private slots:
                        m.flow_selectors, m.extra_timings})
             got += f ? '1' : '0';
         QCOMPARE(got, shown);
+    }
+
+    // What the report and the command line's info print for a value is what
+    // the page's box shows, never the binary fraction behind it.
+    void parameter_values_read_as_the_page_data() {
+        QTest::addColumn<QString>("key");
+        QTest::addColumn<QString>("text");
+        QTest::newRow("GASTEMP") << "GASTEMP"
+                                 << "25,2";
+        QTest::newRow("O2 half up") << "O2"
+                                    << "95";
+        QTest::newRow("VOLUMENSTROM") << "VOLUMENSTROM"
+                                      << "0,3";
+        QTest::newRow("KOMPRESSORTEMP") << "KOMPRESSORTEMP"
+                                        << "46";
+        QTest::newRow("schall") << "schall"
+                                << "343,3";
+        QTest::newRow("spannung") << "spannung"
+                                  << "24,0";
+        QTest::newRow("live_time") << "live_time"
+                                   << "12,04";
+    }
+    void parameter_values_read_as_the_page() {
+        QFETCH(QString, key);
+        QFETCH(QString, text);
+        DeviceRecord r = live_record();
+        r.GASTEMP = 25.249999999999996;
+        r.O2 = 94.5;
+        r.VOLUMENSTROM = 20 * 0.0125;
+        r.KOMPRESSORTEMP = 45.5;
+        r.schall = 343.25;
+        r.spannung = 820 * 24.0 / 820;
+        r.live_time = 301 * 0.04;
+        QString got = parameter_value(r, key, german);
+        for (const auto& [name, value] : live_fields(r, german))
+            if (name == key)
+                got = value;
+        QCOMPARE(got, text);
     }
 };
 

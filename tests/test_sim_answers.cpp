@@ -112,6 +112,11 @@ private slots:
         row("u", {bytes_of({'u', 7}), "U"}, {"u", bytes_of({'U', 7})});
         row("o", {bytes_of({'o', 9}), "O"}, {"o", bytes_of({'O', 9})});
         row("x", {bytes_of({'x', 0}), "X"}, {"x", bytes_of({'X', 0})});
+        // acknowledged, not taken
+        row("s 999", {bytes_of({'s', 0x03, 0xE7}), "S"}, {"s", bytes_of({'S', 0x03, 0xE7})});
+        row("s 1000", {bytes_of({'s', 0x03, 0xE8}), "S"}, {"s", bytes_of({'S', 0x01, 0xF4})});
+        row("w index 14", {bytes_of({'w', '>', 7}), "r0", "r="},
+            {"w", bytes_of({'r', '0', 100}), bytes_of({'r', '=', 0})});
         // not answered
         row("unknown letter", {"Q"}, {""});
         row("? with a tail", {"?x"}, {""});

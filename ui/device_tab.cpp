@@ -2,12 +2,14 @@
 
 #include "controls.h"
 #include "device/device_view.h"
+#include "device/timing_presets.h"
 #include "frm_main.h"
 
 #include <QComboBox>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPlainTextEdit>
+#include <QPushButton>
 #include <QTextEdit>
 
 namespace veltrako::ui {
@@ -63,9 +65,28 @@ void blank(FrmMain& form) {
         for (QWidget* w : form.controls_with_prefix(prefix))
             paint(w, white);
     }
+    // Whether an alarm sounds is not known without a device either.
+    for (QWidget* w : form.controls_with_prefix(QStringLiteral("pic_")))
+        set_text(w, QString());
     if (QWidget* setsn = form.control(QStringLiteral("cmd_setsn")))
         setsn->hide();
     set_text(form.control(QStringLiteral("sysstatout")), QString());
+}
+
+// The user is typing a new serial number, or has typed one and not yet set
+// it: the device's number must not overwrite it.
+bool serial_being_edited(const FrmMain& form) {
+    const QWidget* t_sn = form.control(QStringLiteral("t_sn"));
+    const QWidget* setsn = form.control(QStringLiteral("cmd_setsn"));
+    return (t_sn && t_sn->hasFocus()) || (setsn && !setsn->isHidden());
+}
+
+// A picture shows a note while its alarm sounds.
+void show_acoustic(FrmMain& form, const std::array<bool, 3>& on) {
+    const char* names[] = {"pic_akustO21", "pic_akustO22", "pic_akustvollo"};
+    for (std::size_t i = 0; i < on.size(); ++i)
+        set_text(form.control(QLatin1String(names[i])),
+                 on[i] ? QStringLiteral("\u266A") : QString());
 }
 
 void show_model_controls(FrmMain& form, const device::ModelControls& m) {
@@ -104,8 +125,11 @@ void refresh_device_tab(FrmMain& form, const device::DeviceTabView& view) {
         blank(form);
         return;
     }
-    for (const device::TextRow& row : view.texts)
+    for (const device::TextRow& row : view.texts) {
+        if (row.control == QLatin1String("t_sn") && serial_being_edited(form))
+            continue;
         set_text(form.control(row.control), row.text);
+    }
     if (QWidget* toggle = form.control(QStringLiteral("cmd_togglelp")))
         toggle->setEnabled(view.togglelp_enabled);
     for (int i = 0; i < device::timing_count; ++i)
@@ -118,7 +142,22 @@ void refresh_device_tab(FrmMain& form, const device::DeviceTabView& view) {
         if (row.shade != device::Shade::unchanged)
             paint(form.control(row.control), shade_colour(row.shade));
     }
+    show_acoustic(form, view.acoustic_on);
     show_model_controls(form, view.model);
+}
+
+void apply_preset_buttons(FrmMain& form, const device::PresetTable& table) {
+    for (int n = 1; n <= device::preset_count; ++n) {
+        auto* button = form.control_as<QPushButton>(QStringLiteral("cmdPresetZeiten"), n);
+        if (!button)
+            continue;
+        const device::PresetButton& b = table.buttons[static_cast<std::size_t>(n - 1)];
+        button->setVisible(table.shown);
+        button->setEnabled(b.enabled);
+        // The two title lines, one below the other.
+        QString caption = b.caption;
+        button->setText(caption.replace(QLatin1String("\r\n"), QLatin1String("\n")));
+    }
 }
 
 } // namespace veltrako::ui

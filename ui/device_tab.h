@@ -6,6 +6,7 @@
 
 namespace veltrako::device {
 struct DeviceTabView;
+struct PresetTable;
 enum class Shade;
 } // namespace veltrako::device
 
@@ -17,5 +18,8 @@ class FrmMain;
 QColor shade_colour(device::Shade shade);
 
 void refresh_device_tab(FrmMain& form, const device::DeviceTabView& view);
+
+// The three preset buttons as setup_presets left them.
+void apply_preset_buttons(FrmMain& form, const device::PresetTable& table);
 
 } // namespace veltrako::ui

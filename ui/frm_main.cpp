@@ -8,6 +8,7 @@
 #include "firmware/firmware_update.h"
 #include "frm_firmware_progress.h"
 #include "frm_wait.h"
+#include "geraet_handlers.h"
 #include "link/device_connection.h"
 #include "live_chart.h"
 #include "pages.h"
@@ -137,6 +138,7 @@ void FrmMain::bind(AppContext& ctx) {
             [&ctx] { status::cmd_sysstatread_Click(ctx); });
     connect(control_as<QPushButton>(QStringLiteral("cmd_sysstatsave")), &QPushButton::clicked, this,
             [&ctx] { status::cmd_sysstatsave_Click(ctx); });
+    bind_geraet_page(*this, ctx);
 
     device_record_changed();
 }
@@ -243,6 +245,7 @@ void FrmMain::device_record_changed() {
     if (!ctx_)
         return;
     refresh_device_tab(*this, device::make_device_tab_view(ctx_->device, QLocale()));
+    apply_preset_buttons(*this, ctx_->presets);
     chart_->set_data_valid(ctx_->device.live_valid);
 }
 

@@ -2,6 +2,8 @@
 // lamps, the valve timing selectors with their presets, and the live diagram.
 
 #include "controls.h"
+#include "device/settings.h"
+#include "device/timing_presets.h"
 #include "live_chart.h"
 #include "pages.h"
 
@@ -18,17 +20,16 @@ namespace veltrako::ui {
 
 namespace {
 
-// Entry k of a timing selector stands for the byte value k; the device counts
-// valve times in steps of 0.04 s.
+// Entry k of a selector stands for the byte value k. A selector takes the
+// focus from a click or the keyboard, not from the wheel turned over it.
 void fill_timing_list(QComboBox* box) {
-    const QLocale locale;
-    for (int k = 0; k <= 255; ++k)
-        box->addItem(locale.toString(k * 0.04, 'f', 2));
+    box->addItems(device::timing_entries(QLocale()));
+    box->setFocusPolicy(Qt::StrongFocus);
 }
 
 void fill_flow_list(QComboBox* box) {
-    for (int k = 0; k <= 255; ++k)
-        box->addItem(QString::number(k));
+    box->addItems(device::flow_selector_entries());
+    box->setFocusPolicy(Qt::StrongFocus);
 }
 
 QGroupBox* identity_frame() {

@@ -1,5 +1,7 @@
 #include "device/device_view.h"
 
+#include "device/settings.h"
+
 #include <cmath>
 
 namespace veltrako::device {
@@ -102,7 +104,9 @@ void set_alarm_level(const DeviceRecord& r, ShadeSetter& set) {
     set(level_high, alarm(level >= 3));
 }
 
-QString text_of(const DeviceRecord& r, const QString& control, const QLocale& loc) {
+} // namespace
+
+QString value_text(const DeviceRecord& r, const QString& control, const QLocale& loc) {
     struct Row {
         const char* name;
         double (*value)(const DeviceRecord&);
@@ -139,8 +143,6 @@ QString text_of(const DeviceRecord& r, const QString& control, const QLocale& lo
         return r.SW;
     return {};
 }
-
-} // namespace
 
 const std::vector<QString>& value_box_names() {
     static const std::vector<QString> names = {
@@ -245,7 +247,7 @@ DeviceTabView make_device_tab_view(const DeviceRecord& r, const QLocale& locale)
     }
 
     for (const QString& name : value_box_names())
-        view.texts.push_back({name, text_of(r, name, locale)});
+        view.texts.push_back({name, value_text(r, name, locale)});
     view.texts.push_back({QStringLiteral("lbl_Phase"), QString::number(r.phase)});
 
     // The low-power toggle exists only for boards whose fifth LP character is 4 or 5.
@@ -254,6 +256,9 @@ DeviceTabView make_device_tab_view(const DeviceRecord& r, const QLocale& locale)
     for (int i = 0; i < timing_count; ++i)
         view.timing_positions[static_cast<std::size_t>(i)] = r.zeiten[static_cast<std::size_t>(i)];
     view.flow_positions = {r.wert_u, r.wert_o};
+    const auto sounds = [&r](AcousticAlarm a) { return (r.wert_x & acoustic_bit(a)) != 0; };
+    view.acoustic_on = {sounds(AcousticAlarm::o21), sounds(AcousticAlarm::o22),
+                        sounds(AcousticAlarm::vollo)};
 
     ShadeSetter set(view.shades);
     set_valves(r, set);

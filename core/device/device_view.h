@@ -62,6 +62,9 @@ struct DeviceTabView {
     bool togglelp_enabled = false;
     std::array<int, timing_count> timing_positions{};      // cb_t(i) list position
     std::array<int, flow_selector_count> flow_positions{}; // cb_vs(i) list position
+    // Whether the alarm beside pic_akustO21, pic_akustO22, pic_akustvollo
+    // sounds (its bit of wert_x is set).
+    std::array<bool, 3> acoustic_on{};
     ModelControls model;
 
     // The row of a control; an empty text / `unchanged` when there is none.
@@ -73,6 +76,10 @@ struct DeviceTabView {
 // The controls of the live page, for callers that walk them.
 const std::vector<QString>& value_box_names();
 const std::vector<QString>& shaded_control_names();
+
+// The text a value box of the page shows for `record` ("t_o2", "t_c", ...);
+// empty for a name that is not a value box.
+QString value_text(const DeviceRecord& record, const QString& control, const QLocale& locale);
 
 DeviceTabView make_device_tab_view(const DeviceRecord& record, const QLocale& locale);
 

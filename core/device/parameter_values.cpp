@@ -1,13 +1,13 @@
 #include "device/parameter_values.h"
 
+#include "device/device_view.h"
+
 namespace veltrako::device {
 
 namespace {
-QString number(const QLocale& locale, double v) {
-    // Shortest text that reads back to the same value, without grouping.
-    QLocale l(locale);
-    l.setNumberOptions(QLocale::OmitGroupSeparator);
-    return l.toString(v, 'g', QLocale::FloatingPointShortest);
+// A value as the "Gerät" page shows it in the box `control`.
+QString shown(const DeviceRecord& r, const char* control, const QLocale& locale) {
+    return value_text(r, QLatin1String(control), locale);
 }
 } // namespace
 
@@ -23,15 +23,15 @@ QString parameter_value(const DeviceRecord& r, const QString& key, const QLocale
     if (key == QLatin1String("BSTD"))
         return r.BSTD;
     if (key == QLatin1String("O2"))
-        return number(locale, r.O2);
+        return shown(r, "t_o2", locale);
     if (key == QLatin1String("VOLUMENSTROM"))
-        return number(locale, r.VOLUMENSTROM);
+        return shown(r, "t_volumenstrom", locale);
     if (key == QLatin1String("SOLL_VOLUMENSTROM"))
-        return number(locale, r.SOLL_VOLUMENSTROM);
+        return shown(r, "t_sollvolumenstrom", locale);
     if (key == QLatin1String("GASTEMP"))
-        return number(locale, r.GASTEMP);
+        return shown(r, "t_gastemp", locale);
     if (key == QLatin1String("KOMPRESSORTEMP"))
-        return number(locale, r.KOMPRESSORTEMP);
+        return shown(r, "t_kompressortemp", locale);
     if (key.startsWith(QLatin1String("ZEITEN"))) {
         bool ok = false;
         const int i = key.mid(6).toInt(&ok);
@@ -42,7 +42,6 @@ QString parameter_value(const DeviceRecord& r, const QString& key, const QLocale
 }
 
 QList<std::pair<QString, QString>> live_fields(const DeviceRecord& r, const QLocale& locale) {
-    const auto n = [&](double v) { return number(locale, v); };
     const QString clock = r.geraetezeit.isNull()
                               ? QString()
                               : r.geraetezeit.toString(QStringLiteral("dd.MM.yyyy HH:mm:ss"));
@@ -58,13 +57,14 @@ QList<std::pair<QString, QString>> live_fields(const DeviceRecord& r, const QLoc
         {QStringLiteral("wert_u"), QString::number(r.wert_u)},
         {QStringLiteral("wert_x"), QString::number(r.wert_x)},
         {QStringLiteral("device_ticks"), QString::number(r.device_ticks)},
-        {QStringLiteral("live_time"), n(r.live_time)},
-        {QStringLiteral("schall"), n(r.schall)},
-        {QStringLiteral("druck"), n(r.druck)},
-        {QStringLiteral("spannung"), n(r.spannung)},
-        {QStringLiteral("ventiloeffnung"), n(r.ventiloeffnung)},
-        {QStringLiteral("sensor1"), n(r.sensor1)},
-        {QStringLiteral("sensor2"), n(r.sensor2)},
+        // Ticks of 0.04 s: two decimals say it exactly.
+        {QStringLiteral("live_time"), format_value(r.live_time, 2, locale)},
+        {QStringLiteral("schall"), shown(r, "t_c", locale)},
+        {QStringLiteral("druck"), shown(r, "t_druck", locale)},
+        {QStringLiteral("spannung"), shown(r, "t_spannung", locale)},
+        {QStringLiteral("ventiloeffnung"), shown(r, "t_ventiloeffnung", locale)},
+        {QStringLiteral("sensor1"), shown(r, "t_sensor1", locale)},
+        {QStringLiteral("sensor2"), shown(r, "t_sensor2", locale)},
         {QStringLiteral("ventile"), QString::number(r.ventile)},
         {QStringLiteral("alarmstufe"), QString::number(r.alarmstufe)},
         {QStringLiteral("alarme"), QString::number(r.alarme)},

@@ -1,6 +1,7 @@
 #include "protocol/response_interpreter.h"
 
 #include "app_context.h"
+#include "device/timing_presets.h"
 #include "protocol/commands.h"
 #include "protocol/payload_reader.h"
 #include "protocol/poll_cycle.h"
@@ -172,6 +173,8 @@ void interpret(AppContext& ctx, const QByteArray& payload) {
     switch (letter) {
     case '?':
         identity(d, r);
+        // The family is known now: it decides whether the preset buttons are offered.
+        device::setup_presets(ctx.presets, ctx.program_dir, device::presets_wanted(d));
         break;
     case '!':
         information(d, r);

@@ -1,0 +1,39 @@
+// reset: put a counter of the device back to zero, as the "Gerät" page's
+// reset button does, and print what the device reports after the read-back.
+
+#include "app_context.h"
+#include "cli_session.h"
+#include "commands.h"
+#include "console_ui.h"
+#include "device/settings.h"
+#include "setting_plan.h"
+
+namespace veltrako::cli {
+
+namespace {
+
+int run_reset(CommandEnv& env) {
+    if (env.args != QStringList{QStringLiteral("hours")}) {
+        print_error(QStringLiteral("usage: reset hours"));
+        return exit_usage;
+    }
+    SettingPlan plan;
+    plan.change = [](AppContext& ctx) { device::cmd_resetbstd_Click(ctx); };
+    plan.result = [](const AppContext& ctx) {
+        return std::pair{Lines{{QStringLiteral("BSTD"), ctx.device.BSTD}},
+                         ctx.device.BSTD == QLatin1String("000000:00")};
+    };
+    return run_setting_plan(env, plan);
+}
+
+} // namespace
+
+CliCommand reset_command() {
+    CliCommand c;
+    c.name = QStringLiteral("reset");
+    c.help = QStringLiteral("reset hours          set the operating hours to 000000:00");
+    c.run = run_reset;
+    return c;
+}
+
+} // namespace veltrako::cli

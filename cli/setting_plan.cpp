@@ -1,0 +1,33 @@
+#include "setting_plan.h"
+
+#include "app_context.h"
+#include "cli_session.h"
+#include "console_ui.h"
+
+namespace veltrako::cli {
+
+int run_setting_plan(CommandEnv& env, const SettingPlan& plan) {
+    int code = env.session.connect_and_read_record();
+    if (code != exit_ok)
+        return code;
+    if (plan.refuse) {
+        if (const QString reason = plan.refuse(env.ctx.device); !reason.isEmpty()) {
+            print_error(reason);
+            return exit_usage;
+        }
+    }
+    plan.change(env.ctx);
+    code = env.session.drain_queue();
+    if (code != exit_ok)
+        return code;
+    const auto [lines, taken] = plan.result(env.ctx);
+    for (const auto& [key, value] : lines)
+        print_line(key + QLatin1Char('|') + value);
+    if (!taken) {
+        print_error(QStringLiteral("the device did not take the new value"));
+        return exit_device;
+    }
+    return exit_ok;
+}
+
+} // namespace veltrako::cli

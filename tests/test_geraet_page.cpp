@@ -1,0 +1,170 @@
+// The controls of the "Gerät" page wired to the simulated concentrator: a
+// selector writes only for a choice the user makes, the serial-number box
+// keeps what is being typed, the acoustic pictures and the timing buttons
+// send, and the preset buttons show the files found.
+
+#include "app_context.h"
+#include "controls.h"
+#include "frm_main.h"
+#include "link/sim_link.h"
+#include "manual_clock.h"
+#include "protocol/poll_cycle.h"
+#include "sim/concentrator.h"
+#include "sim/scenario.h"
+#include "test_bytes.h"
+
+#include <QApplication>
+#include <QComboBox>
+#include <QFile>
+#include <QFocusEvent>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QTemporaryDir>
+#include <QTest>
+#include <QTimer>
+#include <QWheelEvent>
+
+using namespace veltrako;
+using namespace veltrako::ui;
+using namespace veltrako::testing;
+
+namespace {
+
+struct PageHarness {
+    explicit PageHarness(const QByteArray& scenario, const QString& program_dir = {})
+        : device(std::make_shared<sim::Concentrator>(*sim::parse_scenario(scenario))),
+          ctx(clock, form, std::make_unique<link::SimLink>(clock, device)) {
+        ctx.program_dir = program_dir;
+        form.bind(ctx);
+        protocol::connect_routine(ctx);
+        // The test ticks by hand; a message box's event loop must not tick too.
+        ctx.timer1.set_enabled(false);
+        settle();
+    }
+    void settle() {
+        for (int i = 0; i < 400; ++i) {
+            clock.advance_ms(50);
+            protocol::timer1_tick(ctx);
+            if (ctx.device.live_valid && ctx.protocol.queue_count == 0 &&
+                !ctx.protocol.waiting_reply)
+                return;
+        }
+    }
+    QList<QByteArray> queued() const {
+        QList<QByteArray> out;
+        for (int i = 1; i <= ctx.protocol.queue_count; ++i)
+            out << ctx.protocol.send_queue[static_cast<std::size_t>(i)];
+        return out;
+    }
+    static void focus(QWidget* w, QEvent::Type type, Qt::FocusReason reason) {
+        QFocusEvent e(type, reason);
+        QApplication::sendEvent(w, &e);
+    }
+
+    ManualClock clock;
+    FrmMain form;
+    std::shared_ptr<sim::Concentrator> device;
+    AppContext ctx;
+};
+
+} // namespace
+
+class TestGeraetPage : public QObject {
+    Q_OBJECT
+private slots:
+    void selector_writes_only_the_users_choice() {
+        PageHarness p("NOISE=off\n");
+        auto* box = p.form.control_as<QComboBox>("cb_vs", 0);
+        QCOMPARE(box->currentIndex(), 4);
+        emit box->activated(6); // locked: not the user's choice
+        QVERIFY(p.queued().isEmpty());
+
+        PageHarness::focus(box, QEvent::FocusIn, Qt::MouseFocusReason);
+        PageHarness::focus(box, QEvent::FocusOut, Qt::PopupFocusReason); // the list opens
+        emit box->activated(6);
+        QCOMPARE(p.queued(), (QList<QByteArray>{bytes_of({'u', 6}), "U"}));
+        p.settle();
+        QCOMPARE(box->currentIndex(), 6);
+
+        PageHarness::focus(box, QEvent::FocusOut, Qt::TabFocusReason);
+        QVERIFY(is_locked(box));
+        auto* timing = p.form.control_as<QComboBox>("cb_t", 1);
+        QWheelEvent wheel(QPointF(5, 5), QPointF(5, 5), {}, QPoint(0, -120), Qt::NoButton,
+                          Qt::NoModifier, Qt::NoScrollPhase, false);
+        QApplication::sendEvent(timing, &wheel);
+        QCOMPARE(timing->currentIndex(), 144); // turned over in passing: unchanged
+        QVERIFY(p.queued().isEmpty());
+    }
+
+    void serial_number_box_keeps_what_is_typed() {
+        PageHarness p("NOISE=off\n");
+        auto* t_sn = p.form.control_as<QLineEdit>("t_sn");
+        QWidget* setsn = p.form.control("cmd_setsn");
+        QVERIFY(setsn->isHidden());
+        t_sn->setText("VO2-55");
+        QVERIFY(!setsn->isHidden());
+        p.form.device_record_changed(); // a refresh while the new number waits
+        QCOMPARE(t_sn->text(), QString("VO2-55"));
+        static_cast<QPushButton*>(setsn)->click();
+        QVERIFY(setsn->isHidden());
+        QCOMPARE(p.queued().first(), bytes_of({'E', 0, 0xF0, 12}) + "VO2-55      ");
+        p.settle();
+        QCOMPARE(t_sn->text(), QString("VO2-55      "));
+
+        t_sn->setText("X");
+        t_sn->setText("VO2-55      "); // typed back to the device's number
+        PageHarness::focus(t_sn, QEvent::FocusOut, Qt::TabFocusReason);
+        QVERIFY(setsn->isHidden());
+    }
+
+    void pictures_and_timing_buttons_send() {
+        PageHarness p("NOISE=off\nTIMINGS=1 2 3 4 5 6 7 0 0 0 0 0 0 0\n");
+        QTest::mouseClick(p.form.control("pic_akustvollo"), Qt::LeftButton);
+        QCOMPARE(p.queued(), (QList<QByteArray>{bytes_of({'x', 9}), "X"}));
+        p.settle();
+        QCOMPARE(p.form.control_as<QLabel>("pic_akustvollo")->text(), QString(QChar(0x266A)));
+        QVERIFY(p.form.control_as<QLabel>("pic_akustO21")->text().isEmpty());
+        device::clear_device_record(p.ctx.device); // no device: nothing known to sound
+        p.form.device_record_changed();
+        QVERIFY(p.form.control_as<QLabel>("pic_akustvollo")->text().isEmpty());
+        p.settle();
+
+        p.form.control_as<QPushButton>("cmd_t_reset")->click();
+        QCOMPARE(p.form.control_as<QComboBox>("cb_t", 0)->currentIndex(), 100);
+        QCOMPARE(p.queued().size(), 14);
+        p.settle();
+        QCOMPARE(p.form.control_as<QComboBox>("cb_t", 6)->currentIndex(), 134);
+        QCOMPARE(p.form.control_as<QComboBox>("cb_t", 6)->currentText(), QString("5.36"));
+    }
+
+    void preset_buttons_show_the_files() {
+        QTemporaryDir dir;
+        QFile f(dir.filePath("Zeiten_3.txt"));
+        QVERIFY(f.open(QIODevice::WriteOnly));
+        f.write("TITEL1=Hoch\r\nTITEL2=ab 4 l\r\nZEIT_VORLAUF=90\r\n");
+        f.close();
+        PageHarness p("NOISE=off\nSW=7E5\n", dir.path() + '/');
+        for (int n = 1; n <= 3; ++n)
+            QVERIFY(!p.form.control("cmdPresetZeiten", n)->isHidden());
+        auto* three = p.form.control_as<QPushButton>("cmdPresetZeiten", 3);
+        QVERIFY(three->isEnabled());
+        QCOMPARE(three->text(), QString("Hoch\nab 4 l"));
+        QVERIFY(!p.form.control("cmdPresetZeiten", 1)->isEnabled());
+        QCOMPARE(p.form.control_as<QPushButton>("cmdPresetZeiten", 1)->text(), QString("---"));
+        // The closing message of the preset.
+        QTimer::singleShot(0, [] {
+            if (QWidget* box = QApplication::activeModalWidget())
+                box->close();
+        });
+        three->click();
+        QCOMPARE(p.queued().first(), bytes_of({'w', '0', 90}));
+        QCOMPARE(p.queued().size(), 22);
+
+        PageHarness older("NOISE=off\n", dir.path() + '/');
+        QVERIFY(older.form.control("cmdPresetZeiten", 3)->isHidden());
+    }
+};
+
+QTEST_MAIN(TestGeraetPage)
+#include "test_geraet_page.moc"

@@ -1,0 +1,221 @@
+// Valve timings: the selector texts, the preset files with their
+// deliberately crossed key mapping, the preset buttons, and what a selector,
+// the factory reset and a preset send to the simulated concentrator.
+
+#include "device/device_view.h"
+#include "device/timing_presets.h"
+#include "protocol/commands.h"
+#include "settings_harness.h"
+#include "test_bytes.h"
+
+#include <QFile>
+#include <QTemporaryDir>
+#include <QTest>
+
+using namespace veltrako;
+using namespace veltrako::testing;
+using Zeiten = std::array<std::uint8_t, device::preset_timing_count>;
+Q_DECLARE_METATYPE(Zeiten)
+
+namespace {
+
+// Every key with a value of its own, so that a crossed mapping shows.
+const QStringList full_file{
+    "TITEL1=Wenig",      "TITEL2=< 2 l/min", "ZEIT_VORLAUF=10",   "ZEIT_PHASE1=11",
+    "ZEIT_A2ON=12",      "ZEIT_A2OFF=13",    "ZEIT_PHASE2=14",    "ZEIT_A1ON=15",
+    "ZEIT_A1OFF=16",     "ZEIT_SPUEL1ON=18", "ZEIT_SPUEL1OFF=19", "ZEIT_SPUEL2ON=20",
+    "ZEIT_SPUEL2OFF=21",
+};
+const Zeiten full_zeiten{10, 11, 12, 13, 14, 15, 16, 0, 18, 19, 20, 21};
+
+void write_file(const QString& path, const QStringList& lines) {
+    QFile f(path);
+    QVERIFY(f.open(QIODevice::WriteOnly));
+    f.write((lines.join("\r\n") + "\r\n").toUtf8());
+}
+
+QStringList without(QStringList lines, const QString& key) {
+    lines.removeIf([&](const QString& l) { return l.startsWith(key + '='); });
+    return lines;
+}
+
+} // namespace
+
+class TestTimingPresets : public QObject {
+    Q_OBJECT
+private slots:
+    void selector_entries_show_seconds_data() {
+        QTest::addColumn<QLocale>("locale");
+        QTest::addColumn<int>("byte");
+        QTest::addColumn<QString>("text");
+        const QLocale de(QLocale::German, QLocale::Germany);
+        const QLocale en(QLocale::English, QLocale::UnitedStates);
+        QTest::newRow("0") << de << 0 << "0,00";
+        QTest::newRow("100") << de << 100 << "4,00";
+        QTest::newRow("144") << de << 144 << "5,76";
+        QTest::newRow("255") << de << 255 << "10,20";
+        QTest::newRow("27 en") << en << 27 << "1.08";
+    }
+    void selector_entries_show_seconds() {
+        QFETCH(QLocale, locale);
+        QFETCH(int, byte);
+        QFETCH(QString, text);
+        const QStringList entries = device::timing_entries(locale);
+        QCOMPARE(entries.size(), 256);
+        QCOMPARE(entries.at(byte), text); // entry k is the byte k
+    }
+
+    void preset_files_data() {
+        QTest::addColumn<QStringList>("lines");
+        QTest::addColumn<bool>("loaded");
+        QTest::addColumn<Zeiten>("zeiten");
+        QTest::addColumn<QString>("titel1");
+        QTest::newRow("every key") << full_file << true << full_zeiten << "Wenig";
+        Zeiten no_last = full_zeiten;
+        no_last[11] = 0;
+        QTest::newRow("no ZEIT_SPUEL2OFF: index 11 is 0")
+            << without(full_file, "ZEIT_SPUEL2OFF") << true << no_last << "Wenig";
+        QTest::newRow("blanks, empty lines, unknown keys")
+            << QStringList{"", " ZEIT_A1ON = 7 ", "   ", "ZEIT_7=99", "TITEL1=a=b", "# note"}
+            << true << Zeiten{0, 0, 0, 0, 0, 7, 0, 0, 0, 0, 0, 0} << "a=b";
+        QTest::newRow("256 ends the file")
+            << QStringList{"ZEIT_VORLAUF=5", "ZEIT_PHASE1=256", "ZEIT_PHASE2=9"} << false
+            << Zeiten{5, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0} << "";
+        QTest::newRow("not a number") << QStringList{"ZEIT_A2ON=abc"} << false << Zeiten{} << "";
+        QTest::newRow("negative") << QStringList{"ZEIT_A2ON=-1"} << false << Zeiten{} << "";
+        QTest::newRow("empty value") << QStringList{"ZEIT_A2ON="} << false << Zeiten{} << "";
+        QTest::newRow("fraction") << QStringList{"ZEIT_A2ON=1.5"} << false << Zeiten{} << "";
+    }
+    void preset_files() {
+        QFETCH(QStringList, lines);
+        QFETCH(bool, loaded);
+        QFETCH(Zeiten, zeiten);
+        QFETCH(QString, titel1);
+        device::PresetRecord p;
+        p.preset_zeiten.fill(77); // a second file must not inherit the first one's values
+        p.titel2 = "old";
+        QCOMPARE(device::parse_preset_lines(lines, p), loaded);
+        QCOMPARE(p.preset_zeiten, zeiten);
+        QCOMPARE(p.titel1, titel1);
+        if (!lines.contains("TITEL2=< 2 l/min"))
+            QCOMPARE(p.titel2, QString());
+    }
+
+    // Each file is looked for once; the buttons show what that found.
+    void preset_buttons() {
+        QTemporaryDir dir;
+        const QString folder = dir.path() + '/';
+        write_file(folder + "Zeiten_1.txt", full_file);
+        write_file(folder + "Zeiten_3.txt", {"TITEL1=x", "ZEIT_VORLAUF=300"});
+        device::PresetTable table;
+        device::setup_presets(table, folder, false);
+        QVERIFY(!table.shown);
+        QVERIFY(!table.preset(1).tried); // hidden buttons read no file
+
+        device::setup_presets(table, folder, true);
+        QVERIFY(table.shown);
+        QVERIFY(table.buttons[0].enabled);
+        QCOMPARE(table.buttons[0].caption, QString("Wenig\r\n< 2 l/min"));
+        for (int i : {1, 2}) {
+            QVERIFY(!table.buttons[static_cast<std::size_t>(i)].enabled);
+            QCOMPARE(table.buttons[static_cast<std::size_t>(i)].caption, QString("---"));
+        }
+        QVERIFY(table.preset(2).tried && !table.preset(2).loaded);
+
+        // Changed or added while the program runs: not read again.
+        write_file(folder + "Zeiten_1.txt", {"TITEL1=neu", "ZEIT_VORLAUF=1"});
+        write_file(folder + "Zeiten_2.txt", full_file);
+        device::setup_presets(table, folder, true);
+        QCOMPARE(table.buttons[0].caption, QString("Wenig\r\n< 2 l/min"));
+        QCOMPARE(table.preset(1).preset_zeiten[0], 10);
+        QVERIFY(!table.buttons[1].enabled);
+        QVERIFY(!device::load_preset(table, 0, folder));
+        QVERIFY(!device::load_preset(table, 4, folder));
+    }
+
+    // The buttons are offered to the models with the rinse valve only.
+    void presets_follow_the_family_data() {
+        QTest::addColumn<QString>("sw");
+        QTest::addColumn<bool>("wanted");
+        QTest::newRow("7E") << "7E5" << true;
+        QTest::newRow("AA") << "AA1" << true;
+        QTest::newRow("A8") << "A81" << true;
+        QTest::newRow("7C") << "7C1" << false;
+        QTest::newRow("512") << "5121" << false;
+        QTest::newRow("214") << "2141" << false;
+    }
+    void presets_follow_the_family() {
+        QFETCH(QString, sw);
+        QFETCH(bool, wanted);
+        QTemporaryDir dir;
+        write_file(dir.path() + "/Zeiten_2.txt", full_file);
+        Connected c("SW=" + sw.toLatin1() + "\n", dir.path() + '/');
+        QCOMPARE(c.ctx->presets.shown, wanted);
+        QCOMPARE(c.ctx->presets.buttons[1].enabled, wanted);
+    }
+
+    void selector_writes_and_reads_back() {
+        Connected c;
+        QVERIFY(!device::cb_t_Click(*c.ctx, 2, 150, true)); // locked: a programmatic change
+        QVERIFY(c.queued().isEmpty());
+        c.ctx->device.live_valid = false;
+        QVERIFY(!device::cb_t_Click(*c.ctx, 2, 150, false));
+        QVERIFY(c.queued().isEmpty());
+        c.ctx->device.live_valid = true;
+        QVERIFY(device::cb_t_Click(*c.ctx, 2, 150, false));
+        QCOMPARE(c.queued(), (QList<QByteArray>{bytes_of({'w', '2', 150}), "r2"}));
+        c.settle();
+        QCOMPARE(c.ctx->device.zeiten[2], 150);
+    }
+
+    // The factory values go to indexes 0..6; 7..13 keep theirs (a device
+    // whose record keeps all 14).
+    void reset_touches_the_first_seven_only() {
+        Connected c("SW=2141\nTIMINGS=1 2 3 4 5 6 7 8 9 10 11 12 13 14\n");
+        device::cmd_t_reset_Click(*c.ctx);
+        QList<QByteArray> expected;
+        const int factory[] = {100, 144, 144, 27, 134, 27, 134};
+        for (int i = 0; i < 7; ++i)
+            expected << bytes_of({'w', '0' + i, factory[i]});
+        for (int i = 0; i < 7; ++i)
+            expected << bytes_of({'r', '0' + i});
+        QCOMPARE(c.queued(), expected);
+        c.settle();
+        const std::array<std::uint8_t, 14> after{100, 144, 144, 27, 134, 27, 134,
+                                                 8,   9,   10,  11, 12,  13, 14};
+        QCOMPARE(c.ctx->device.zeiten, after);
+    }
+
+    void preset_writes_all_but_index_7() {
+        QTemporaryDir dir;
+        write_file(dir.path() + "/Zeiten_1.txt", without(full_file, "ZEIT_SPUEL2OFF"));
+        // A model with the rinse valve, whose record keeps only 0..6.
+        Connected c("SW=7E5\nTIMINGS=1 2 3 4 5 6 7 8 9 10 11 12 13 14\n", dir.path() + '/');
+        c.ctx->device.live_valid = false;
+        QVERIFY(!device::cmdPresetZeiten_Click(*c.ctx, 1));
+        c.ctx->device.live_valid = true;
+        QVERIFY(!device::cmdPresetZeiten_Click(*c.ctx, 2)); // no file: nothing to write
+        QVERIFY(c.queued().isEmpty());
+
+        QVERIFY(device::cmdPresetZeiten_Click(*c.ctx, 1));
+        QList<QByteArray> expected;
+        const int values[] = {10, 11, 12, 13, 14, 15, 16, -1, 18, 19, 20, 0};
+        for (int i = 0; i < 12; ++i)
+            if (i != 7)
+                expected << bytes_of({'w', '0' + i, values[i]});
+        for (int i = 0; i < 12; ++i)
+            if (i != 7)
+                expected << bytes_of({'r', '0' + i});
+        QCOMPARE(c.queued(), expected);
+        QCOMPARE(c.ui.messages, QStringList{"text116"});
+        c.settle();
+        const std::array<std::uint8_t, 14> in_device{10, 11, 12, 13, 14, 15, 16,
+                                                     8,  18, 19, 20, 0,  13, 14};
+        QCOMPARE(c.device->state().zeiten, in_device);
+        for (int i = 0; i < 7; ++i)
+            QCOMPARE(c.ctx->device.zeiten[static_cast<std::size_t>(i)], values[i]);
+    }
+};
+
+QTEST_GUILESS_MAIN(TestTimingPresets)
+#include "test_timing_presets.moc"
