@@ -3,6 +3,7 @@
 // one place and passed by reference. A test builds a fresh one in one line.
 
 #include "clock.h"
+#include "compliance/compliance_memory.h"
 #include "config/config.h"
 #include "config/language.h"
 #include "device/device_record.h"
@@ -42,6 +43,7 @@ public:
     device::DeviceRecord device;
     device::LiveHistory live_history;
     status::StatusMemory status;
+    compliance::ComplianceMemory compliance;
 
     FeatureHooks hooks;
 
