@@ -517,7 +517,13 @@ private slots:
 
     void link_reset_empties_the_table_and_hides_the_count() {
         Harness h;
+        protocol::connect_routine(*h.ctx);
+        // Open, but nothing answered yet: the buttons wait for the link.
+        follow_link_state(*h.ctx);
+        QVERIFY(!h.memory().page.read_enabled);
         h.connect();
+        follow_link_state(*h.ctx);
+        QVERIFY(h.memory().page.read_enabled && h.memory().page.delete_enabled);
         cmd_complianceread_Click(*h.ctx);
         QVERIFY(h.memory().page.record_visible && h.memory().page.read_enabled);
         protocol::reset_link_state(*h.ctx);

@@ -1,6 +1,7 @@
 #include "frm_main.h"
 
 #include "app_context.h"
+#include "compliance/compliance_readout.h"
 #include "controls.h"
 #include "device/device_view.h"
 #include "device_tab.h"
@@ -128,6 +129,7 @@ void FrmMain::bind(AppContext& ctx) {
     connect(menu_action(QStringLiteral("men_Info")), &QAction::triggered, this,
             [this] { show_wait(QStringLiteral("info")); });
     bind_entwickler_page(ctx);
+    bind_page_compliance(*this, ctx);
 
     device_record_changed();
 }
@@ -230,6 +232,7 @@ void FrmMain::device_record_changed() {
         return;
     refresh_device_tab(*this, device::make_device_tab_view(ctx_->device, QLocale()));
     chart_->set_data_valid(ctx_->device.live_valid);
+    compliance::follow_link_state(*ctx_);
 }
 
 } // namespace veltrako::ui

@@ -59,6 +59,12 @@ bool link_enabled(const AppContext& ctx) {
     return ctx.link.device_handle != 0 && ctx.device.live_valid;
 }
 
+void follow_link_state(AppContext& ctx) {
+    const bool enable = link_enabled(ctx);
+    if (ctx.compliance.page.read_enabled != enable)
+        compliance_buttons(ctx, enable);
+}
+
 void install_compliance(AppContext& ctx) {
     ctx.hooks.compliance_answer = [&ctx](const QByteArray& payload) {
         compliance_answer(ctx, payload);

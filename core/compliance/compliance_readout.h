@@ -23,6 +23,10 @@ void install_compliance(AppContext& ctx);
 // live status since the link was last reset.
 bool link_enabled(const AppContext& ctx);
 
+// Updates the buttons when the link flag they follow has changed since they
+// were last set; the window calls it whenever the device record changed.
+void follow_link_state(AppContext& ctx);
+
 // Empties the table and the state; the picture is cleared.
 void compliance_clear(ComplianceMemory& memory);
 // Enables the buttons for the present state; `enable` stands for the link.
