@@ -161,9 +161,9 @@ void compliance_answer(AppContext& ctx, const QByteArray& payload) {
     s.last_index = s.read_index;
     if (s.read_index == s.record_count)
         record.end = to_stamp(ctx.clock.now()); // the period still running ends now
+    notify(m);
     if (s.read_index < table_upper && !wrapped && s.read_index < s.record_count) {
         s.read_index += 1;
-        notify(m);
         protocol::queue_command(
             ctx, protocol::cmd::compliance_record(static_cast<std::uint16_t>(s.read_index)));
         return;
