@@ -103,12 +103,6 @@ private slots:
         }
     }
 
-    void the_example_adds_32_hours() {
-        Drawn d({period(t(2021, 3, 3, 22), t(2021, 3, 5, 6))});
-        QCOMPARE(d.memory.state.total_hours, 32.0);
-        QCOMPARE(d.memory.state.shown_month, make_stamp(2021, 3, 1));
-    }
-
     void short_month_leaves_the_rest_blank_data() {
         QTest::addColumn<int>("year");
         QTest::addColumn<int>("month");
