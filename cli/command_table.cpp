@@ -13,6 +13,7 @@ const std::vector<CliCommand>& cli_commands() {
         firmware_command(),
         set_command(),
         reset_command(),
+        compliance_command(),
     };
     return table;
 }

@@ -12,5 +12,6 @@ CliCommand status_command();
 CliCommand firmware_command();
 CliCommand set_command();
 CliCommand reset_command();
+CliCommand compliance_command();
 
 } // namespace veltrako::cli

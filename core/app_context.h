@@ -3,6 +3,7 @@
 // one place and passed by reference. A test builds a fresh one in one line.
 
 #include "clock.h"
+#include "compliance/compliance_memory.h"
 #include "config/config.h"
 #include "config/language.h"
 #include "device/device_record.h"
@@ -45,6 +46,7 @@ public:
     device::LiveHistory live_history;
     device::PresetTable presets; // the three valve timing presets and their buttons
     status::StatusMemory status;
+    compliance::ComplianceMemory compliance;
 
     // The printer the print dialog opens on next time.
     print::PrinterChoice printer_choice;

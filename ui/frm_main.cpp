@@ -1,6 +1,7 @@
 #include "frm_main.h"
 
 #include "app_context.h"
+#include "compliance/compliance_readout.h"
 #include "controls.h"
 #include "device/device_view.h"
 #include "device_tab.h"
@@ -139,6 +140,7 @@ void FrmMain::bind(AppContext& ctx) {
     connect(control_as<QPushButton>(QStringLiteral("cmd_sysstatsave")), &QPushButton::clicked, this,
             [&ctx] { status::cmd_sysstatsave_Click(ctx); });
     bind_geraet_page(*this, ctx);
+    bind_page_compliance(*this, ctx);
 
     device_record_changed();
 }
@@ -247,6 +249,7 @@ void FrmMain::device_record_changed() {
     refresh_device_tab(*this, device::make_device_tab_view(ctx_->device, QLocale()));
     apply_preset_buttons(*this, ctx_->presets);
     chart_->set_data_valid(ctx_->device.live_valid);
+    compliance::follow_link_state(*ctx_);
 }
 
 void FrmMain::show_status_table(const QString& text) {

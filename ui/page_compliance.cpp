@@ -1,15 +1,23 @@
 // The "Compliance" page: readout buttons, the monthly usage chart and the
-// month's compliance duration.
+// month's compliance duration, with the handlers of its buttons.
 
+#include "app_context.h"
+#include "compliance/compliance_chart.h"
+#include "compliance/compliance_file.h"
+#include "compliance/compliance_readout.h"
+#include "compliance_chart_widget.h"
 #include "controls.h"
+#include "frm_main.h"
 #include "pages.h"
+#include "printing.h"
 
-#include <QFrame>
 #include <QGridLayout>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QLineEdit>
+#include <QPrinter>
 #include <QPushButton>
+#include <QRandomGenerator>
 #include <QVBoxLayout>
 
 namespace veltrako::ui {
@@ -52,17 +60,77 @@ QWidget* build_page_compliance() {
     buttons->addStretch(1);
     layout->addLayout(buttons);
 
-    // Picture box of the monthly chart; it grows with the window.
-    auto* chart = new QFrame;
-    chart->setObjectName(QStringLiteral("p_compliance"));
-    chart->setFrameShape(QFrame::Box);
-    chart->setAutoFillBackground(true);
-    QPalette p = chart->palette();
-    p.setColor(QPalette::Window, Qt::white);
-    chart->setPalette(p);
-    chart->setMinimumSize(300, 200);
-    layout->addWidget(chart, 1);
+    // Picture box of the monthly chart, growing with the window, and the
+    // month's summary under it.
+    auto* right = new QVBoxLayout;
+    right->addWidget(new ComplianceChartWidget, 1);
+    right->addWidget(make_label(QStringLiteral("l_compliancesummary"), 0, QString()));
+    layout->addLayout(right, 1);
     return page;
+}
+
+namespace {
+
+void refresh_page(FrmMain& form, const compliance::CompliancePage& p) {
+    const auto enable = [&](const char* name, bool on) {
+        form.control(QLatin1String(name))->setEnabled(on);
+    };
+    enable("cmd_complianceread", p.read_enabled);
+    enable("cmd_compliancedelete", p.delete_enabled);
+    enable("cmd_compliancesave", p.save_enabled);
+    enable("cmd_complianceprint", p.print_enabled);
+    enable("cmd_prevmonth", p.prev_enabled);
+    enable("cmd_nextmonth", p.next_enabled);
+    form.control_as<QLineEdit>(QStringLiteral("t_compliancedauer"))->setText(p.dauer_text);
+    auto* record = form.control_as<QLabel>(QStringLiteral("l_recordnumber"));
+    if (!p.record_caption.isEmpty())
+        record->setText(p.record_caption);
+    record->setVisible(p.record_visible);
+    form.control_as<QLabel>(QStringLiteral("l_compliancesummary"))
+        ->setText(p.chart_shown ? p.summary_text : QString());
+    form.control(QStringLiteral("p_compliance"))->update();
+}
+
+// Prints the shown month on the printer the technician chooses.
+void compliance_print(FrmMain& form, AppContext& ctx) {
+    QPrinter printer(QPrinter::HighResolution);
+    if (!choose_printer(ctx.printer_choice, printer, &form))
+        return;
+    QString error;
+    const bool printed = print_on_printer(
+        printer,
+        [&ctx](print::DrawingSurface& surface) {
+            compliance::compliance_print_page(surface, ctx.compliance.state, ctx.compliance.records,
+                                              ctx.language, QLocale(),
+                                              compliance::to_stamp(ctx.clock.now()));
+        },
+        &error);
+    if (!printed)
+        show_msg(ctx, error);
+}
+
+} // namespace
+
+void bind_page_compliance(FrmMain& form, AppContext& ctx) {
+    compliance::install_compliance(ctx);
+    form.findChild<ComplianceChartWidget*>(QStringLiteral("p_compliance"))->set_source(&ctx);
+    ctx.compliance.page_changed = [&form, &ctx] { refresh_page(form, ctx.compliance.page); };
+    const auto on_click = [&form](const char* name, auto handler) {
+        QObject::connect(form.control_as<QPushButton>(QLatin1String(name)), &QPushButton::clicked,
+                         &form, handler);
+    };
+    on_click("cmd_complianceread", [&ctx] { compliance::cmd_complianceread_Click(ctx); });
+    on_click("cmd_compliancedelete", [&ctx] { compliance::cmd_compliancedelete_Click(ctx); });
+    on_click("cmd_compliancesave", [&ctx] { compliance::compliance_save(ctx); });
+    on_click("cmd_complianceload", [&ctx] { compliance::compliance_load(ctx); });
+    on_click("cmd_complianceprint", [&form, &ctx] { compliance_print(form, ctx); });
+    on_click("cmd_compliance_test",
+             [&ctx, random = QRandomGenerator(QRandomGenerator::system()->generate())]() mutable {
+                 compliance::cmd_compliance_test_Click(ctx, random);
+             });
+    on_click("cmd_prevmonth", [&ctx] { compliance::cmd_prevmonth_Click(ctx); });
+    on_click("cmd_nextmonth", [&ctx] { compliance::cmd_nextmonth_Click(ctx); });
+    compliance::compliance_buttons(ctx, compliance::link_enabled(ctx));
 }
 
 } // namespace veltrako::ui

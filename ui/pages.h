@@ -4,6 +4,10 @@
 
 class QWidget;
 
+namespace veltrako {
+class AppContext;
+}
+
 namespace veltrako::ui {
 
 QWidget* build_page_geraet();
@@ -11,5 +15,9 @@ QWidget* build_page_protokoll();
 QWidget* build_page_compliance();
 QWidget* build_page_system_status();
 QWidget* build_page_entwickler();
+
+class FrmMain;
+// Connects the "Compliance" page to the usage memory of `ctx`.
+void bind_page_compliance(FrmMain& form, AppContext& ctx);
 
 } // namespace veltrako::ui

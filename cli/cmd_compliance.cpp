@@ -1,0 +1,207 @@
+// compliance: reads the usage memory (or a saved compliance file), writes the
+// file and/or the chart of one month as a PDF, and prints one line per month
+// with use: yyyy-mm|total hours|days used|mean hours per day used.
+// With --delete it erases the memory after the question is answered.
+
+#include "app_context.h"
+#include "cli_session.h"
+#include "commands.h"
+#include "compliance/compliance_chart.h"
+#include "compliance/compliance_file.h"
+#include "compliance/compliance_month.h"
+#include "compliance/compliance_readout.h"
+#include "console_ui.h"
+#include "device/device_view.h"
+#include "pdf_output.h"
+
+#include <QCommandLineParser>
+#include <QRegularExpression>
+
+#include <cstdio>
+#include <unistd.h>
+
+namespace veltrako::cli {
+
+namespace {
+
+const QString out_opt = QStringLiteral("out");
+const QString pdf_opt = QStringLiteral("pdf");
+const QString month_opt = QStringLiteral("month");
+const QString load_opt = QStringLiteral("load");
+const QString delete_opt = QStringLiteral("delete");
+
+std::optional<compliance::Stamp> parse_month(const QString& text) {
+    static const QRegularExpression form(QStringLiteral(R"(^(\d{4})-(\d{2})$)"));
+    const QRegularExpressionMatch m = form.match(text);
+    if (!m.hasMatch())
+        return std::nullopt;
+    const int year = m.captured(1).toInt();
+    const int month = m.captured(2).toInt();
+    if (month < 1 || month > 12 || year < 1900)
+        return std::nullopt;
+    return compliance::make_stamp(year, month, 1);
+}
+
+// "record n / count" on stderr: one line updated in place on a terminal, a
+// line per record otherwise.
+void show_progress(const compliance::ComplianceMemory& m) {
+    static const bool terminal = isatty(fileno(stderr)) != 0;
+    const QLocale locale;
+    const QString line =
+        QStringLiteral("record ") + device::format_value(m.state.last_index, 0, locale) +
+        QStringLiteral(" / ") + device::format_value(m.state.record_count, 0, locale);
+    std::fprintf(stderr, terminal ? "\r%s" : "%s\n", qUtf8Printable(line));
+    std::fflush(stderr);
+}
+
+int read_device(CommandEnv& env) {
+    AppContext& ctx = env.ctx;
+    const int code = env.session.connect_and_read_record();
+    if (code != exit_ok)
+        return code;
+    compliance::ComplianceMemory& m = ctx.compliance;
+    int shown = -1;
+    m.page_changed = [&] {
+        // Once per record stored, not for the clearing before the first.
+        if (m.page.record_visible && m.page.record_caption != ctx.language.text(11102) &&
+            m.state.last_index != shown) {
+            shown = m.state.last_index;
+            show_progress(m);
+        }
+    };
+    compliance::cmd_complianceread_Click(ctx);
+    const int read = env.session.run_until([&] { return m.state.has_data; });
+    m.page_changed = nullptr;
+    if (isatty(fileno(stderr)))
+        std::fprintf(stderr, "\n");
+    if (read != exit_ok || !m.state.has_data) {
+        print_error(QStringLiteral("the readout did not finish"));
+        return exit_device;
+    }
+    return exit_ok;
+}
+
+int erase(CommandEnv& env) {
+    const int code = env.session.connect_and_read_record();
+    if (code != exit_ok)
+        return code;
+    const int questions_before = env.ctx.protocol.queue_count;
+    compliance::cmd_compliancedelete_Click(env.ctx);
+    if (env.ui.unanswered_question())
+        return exit_usage;
+    if (env.ctx.protocol.queue_count == questions_before) {
+        print_error(QStringLiteral("nothing erased"));
+        return exit_ok;
+    }
+    const int drained = env.session.drain_queue();
+    if (drained == exit_ok)
+        print_error(QStringLiteral("compliance memory erased"));
+    return drained;
+}
+
+void print_months(const compliance::ComplianceMemory& m) {
+    const QLocale locale;
+    for (const compliance::Stamp month :
+         compliance::months_with_use(m.records, m.state.last_index)) {
+        const compliance::MonthSummary s =
+            compliance::summarise(compliance::month_periods(m.records, m.state.last_index, month));
+        print_line(compliance::from_stamp(month).toString(QStringLiteral("yyyy-MM")) +
+                   QLatin1Char('|') + device::format_value(s.total_hours, 1, locale) +
+                   QLatin1Char('|') + device::format_value(s.days_used, 0, locale) +
+                   QLatin1Char('|') + device::format_value(s.mean_hours_per_day_used, 1, locale));
+    }
+}
+
+int run_compliance(CommandEnv& env) {
+    const QCommandLineParser& p = env.parser;
+    if (!env.args.isEmpty()) {
+        print_error(QStringLiteral("compliance takes no arguments"));
+        return exit_usage;
+    }
+    std::optional<compliance::Stamp> month;
+    if (p.isSet(month_opt)) {
+        month = parse_month(p.value(month_opt));
+        if (!month) {
+            print_error(QStringLiteral("--month takes yyyy-mm"));
+            return exit_usage;
+        }
+    }
+    const bool loading = p.isSet(load_opt);
+    if (p.isSet(delete_opt) &&
+        (loading || p.isSet(out_opt) || p.isSet(pdf_opt) || p.isSet(month_opt))) {
+        print_error(QStringLiteral("--delete takes no other compliance option"));
+        return exit_usage;
+    }
+    if (loading && p.isSet(out_opt)) {
+        print_error(QStringLiteral("--out saves data read from the device only, not --load"));
+        return exit_usage;
+    }
+
+    AppContext& ctx = env.ctx;
+    compliance::install_compliance(ctx);
+    if (p.isSet(delete_opt))
+        return erase(env);
+    if (loading) {
+        if (!compliance::load_compliance_file(ctx, p.value(load_opt)))
+            return exit_device;
+    } else if (const int code = read_device(env); code != exit_ok) {
+        return code;
+    }
+
+    compliance::ComplianceMemory& m = ctx.compliance;
+    if (p.isSet(out_opt) && !compliance::write_compliance_file(p.value(out_opt), m, QLocale())) {
+        print_error(QStringLiteral("could not write %1").arg(p.value(out_opt)));
+        return exit_device;
+    }
+    if (p.isSet(pdf_opt)) {
+        m.state.shown_month = month.value_or(0);
+        const compliance::Stamp now = compliance::to_stamp(ctx.clock.now());
+        QString error;
+        const bool written = paint::print_to_pdf(
+            p.value(pdf_opt),
+            [&](print::DrawingSurface& surface) {
+                compliance::compliance_print_page(surface, m.state, m.records, ctx.language,
+                                                  QLocale(), now);
+            },
+            &error);
+        if (!written) {
+            print_error(error);
+            return exit_device;
+        }
+    }
+    print_months(m);
+    return exit_ok;
+}
+
+} // namespace
+
+CliCommand compliance_command() {
+    CliCommand c;
+    c.name = QStringLiteral("compliance");
+    c.help = QStringLiteral(
+        "compliance [--out FILE] [--pdf FILE] [--month yyyy-mm]\n"
+        "                     read the usage memory; one line per month: "
+        "yyyy-mm|hours|days used|mean h per day\n"
+        "compliance --load FILE [--pdf FILE] [--month yyyy-mm]\n"
+        "                     the same from a saved compliance file, without a device\n"
+        "compliance --delete  erase the usage memory (answer with --yes)");
+    c.options = [] {
+        return QList<QCommandLineOption>{
+            {out_opt, QStringLiteral("compliance: write the compliance file"),
+             QStringLiteral("file")},
+            {pdf_opt, QStringLiteral("compliance: print the month's chart to a PDF file"),
+             QStringLiteral("file")},
+            {month_opt, QStringLiteral("compliance: the month of the chart (default: the latest)"),
+             QStringLiteral("yyyy-mm")},
+            {load_opt, QStringLiteral("compliance: read a saved compliance file instead"),
+             QStringLiteral("file")},
+            {delete_opt, QStringLiteral("compliance: erase the usage memory")}};
+    };
+    // Whether --pdf is given is not known this early; the offscreen platform
+    // costs nothing when nothing is drawn.
+    c.needs_gui = [](const QStringList&) { return true; };
+    c.run = run_compliance;
+    return c;
+}
+
+} // namespace veltrako::cli

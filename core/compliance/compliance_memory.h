@@ -1,0 +1,70 @@
+#pragma once
+// The usage memory as read from the concentrator: one record per usage
+// period (switched on, switched off), the state of a readout and of the
+// monthly chart, and what the "Compliance" page shows. One instance lives in
+// the application context.
+
+#include <QString>
+
+#include <array>
+#include <functional>
+
+namespace veltrako::compliance {
+
+// A point in time as whole seconds since 30 December 1899 00:00, the day
+// count origin of the date values the files and the chart were designed
+// around. 0 is the empty date: an erased or missing time stamp.
+using Stamp = qint64;
+
+inline constexpr Stamp seconds_per_day = 86400;
+// 1 January 2000 00:00, where the device starts counting its seconds.
+inline constexpr Stamp device_epoch = 36526 * seconds_per_day;
+
+// Highest index of the record table.
+inline constexpr int table_upper = 4096;
+
+struct ComplianceRecord {
+    Stamp start = 0;
+    Stamp end = 0;
+    friend bool operator==(const ComplianceRecord&, const ComplianceRecord&) = default;
+};
+
+using ComplianceRecords = std::array<ComplianceRecord, table_upper + 1>;
+
+struct ComplianceState {
+    qint32 last_index = 0;   // records 0..last_index are valid
+    qint32 record_count = 0; // as announced by the device ("K")
+    qint32 read_index = 0;   // the record requested last
+    Stamp shown_month = 0;   // any moment of the month the chart shows; 0: the latest month
+    bool has_data = false;
+    bool from_device = false; // read from the device or made by "Testdaten": may be saved
+    bool has_prev_month = false;
+    bool has_next_month = false;
+    double total_hours = 0; // usage in the shown month
+};
+
+// What the page's controls show; the window copies it onto its widgets
+// whenever page_changed is called.
+struct CompliancePage {
+    bool read_enabled = false;   // cmd_complianceread
+    bool delete_enabled = false; // cmd_compliancedelete
+    bool save_enabled = false;   // cmd_compliancesave
+    bool print_enabled = false;  // cmd_complianceprint
+    bool prev_enabled = false;   // cmd_prevmonth
+    bool next_enabled = false;   // cmd_nextmonth
+    QString dauer_text;          // t_compliancedauer
+    QString record_caption;      // l_recordnumber
+    bool record_visible = false;
+    bool chart_shown = false; // p_compliance holds the chart of shown_month
+    QString summary_text;     // the month summary under the chart
+};
+
+struct ComplianceMemory {
+    ComplianceRecords records{};
+    ComplianceState state;
+    CompliancePage page;
+    // Called after the page's values changed.
+    std::function<void()> page_changed;
+};
+
+} // namespace veltrako::compliance

@@ -1,0 +1,226 @@
+#include "compliance/compliance_readout.h"
+
+#include "app_context.h"
+#include "compliance/compliance_month.h"
+#include "device/device_view.h"
+#include "protocol/commands.h"
+#include "protocol/payload_reader.h"
+#include "protocol/poll_cycle.h"
+
+#include <QLocale>
+#include <QRandomGenerator>
+
+#include <cmath>
+
+namespace veltrako::compliance {
+
+namespace {
+
+// Tag of l_recordnumber; its caption comes from the language file.
+constexpr int record_label_tag = 11102;
+
+void notify(ComplianceMemory& memory) {
+    if (memory.page_changed)
+        memory.page_changed();
+}
+
+// Indices at which a record equal to record 0 means the read went round the
+// device's ring: the ring sizes the devices are built with.
+bool is_ring_size(int index) {
+    return index == 256 || index == 512 || index == 1024 || index == 2048 || index == 4096;
+}
+
+// Halves go to the even neighbour.
+int round_half_even(double v) {
+    const double f = std::floor(v);
+    const double rest = v - f;
+    if (rest > 0.5 || (rest == 0.5 && std::fmod(f, 2.0) != 0.0))
+        return static_cast<int>(f) + 1;
+    return static_cast<int>(f);
+}
+
+void finish_readout(AppContext& ctx) {
+    ComplianceMemory& m = ctx.compliance;
+    m.page.record_visible = false;
+    m.state.shown_month = 0;
+    m.state.has_data = true;
+    m.state.from_device = true;
+    compliance_show(ctx);
+}
+
+} // namespace
+
+bool link_enabled(const AppContext& ctx) {
+    // The buttons follow two flags: a device is open, and the link carries
+    // answers. For the second the record's live_valid serves: it is set by
+    // the first live status after a reset and cleared by every reset, so a
+    // device that was opened but has not answered yet, or whose link was
+    // given up, leaves the buttons off.
+    return ctx.link.device_handle != 0 && ctx.device.live_valid;
+}
+
+void follow_link_state(AppContext& ctx) {
+    const bool enable = link_enabled(ctx);
+    if (ctx.compliance.page.read_enabled != enable)
+        compliance_buttons(ctx, enable);
+}
+
+void install_compliance(AppContext& ctx) {
+    ctx.hooks.compliance_answer = [&ctx](const QByteArray& payload) {
+        compliance_answer(ctx, payload);
+    };
+    ctx.hooks.link_reset = [&ctx] {
+        compliance_clear(ctx.compliance);
+        compliance_buttons(ctx, link_enabled(ctx));
+    };
+}
+
+void compliance_clear(ComplianceMemory& memory) {
+    memory.records.fill(ComplianceRecord{});
+    memory.state = ComplianceState{};
+    memory.page.chart_shown = false;
+    memory.page.summary_text.clear();
+    // Whatever ends the table's contents ends a readout too.
+    memory.page.record_visible = false;
+}
+
+void compliance_buttons(AppContext& ctx, bool enable) {
+    ComplianceMemory& m = ctx.compliance;
+    const ComplianceState& s = m.state;
+    CompliancePage& p = m.page;
+    p.read_enabled = enable;
+    p.save_enabled = s.from_device && s.has_data;
+    p.print_enabled = s.has_data;
+    p.delete_enabled = enable;
+    p.prev_enabled = s.has_prev_month;
+    p.next_enabled = s.has_next_month;
+    p.dauer_text = s.has_data ? device::format_value(s.total_hours, 1, QLocale()) : QString();
+    notify(m);
+}
+
+void compliance_show(AppContext& ctx) {
+    ComplianceMemory& m = ctx.compliance;
+    const Month month = compliance_month_pass(m.state, m.records, to_stamp(ctx.clock.now()));
+    m.page.chart_shown = true;
+    m.page.summary_text = summary_text(summarise(month), ctx.language, QLocale());
+    compliance_buttons(ctx, link_enabled(ctx));
+}
+
+void cmd_complianceread_Click(AppContext& ctx) {
+    if (ctx.link.device_handle == 0)
+        return;
+    ComplianceMemory& m = ctx.compliance;
+    compliance_clear(m);
+    compliance_buttons(ctx, link_enabled(ctx));
+    m.page.record_caption = ctx.language.text(record_label_tag);
+    m.page.record_visible = true;
+    notify(m);
+    protocol::queue_command(ctx, protocol::cmd::compliance_count());
+    protocol::queue_command(
+        ctx, protocol::cmd::compliance_record(static_cast<std::uint16_t>(m.state.read_index)));
+}
+
+Stamp device_time(const QByteArray& payload, int position) {
+    const protocol::PayloadReader r(payload);
+    if (r.byte(position) > 127)
+        return 0;
+    return device_epoch + r.be32_signed(position);
+}
+
+void compliance_answer(AppContext& ctx, const QByteArray& payload) {
+    ComplianceMemory& m = ctx.compliance;
+    ComplianceState& s = m.state;
+    const protocol::PayloadReader r(payload);
+    if (payload.startsWith('K')) {
+        s.record_count = r.be16_signed(2);
+        return;
+    }
+    const int number = r.be16_signed(2);
+    const Stamp start = device_time(payload, 4);
+    const Stamp end = device_time(payload, 8);
+    if (s.read_index < 0 || s.read_index > table_upper)
+        throw protocol::InterpretError("record index outside the table");
+    if (number != s.read_index) {
+        // The record is kept at the index asked for; the log notes the difference.
+        QString& log = ctx.comm_log.comm_log;
+        log += QStringLiteral("\r\n") + QString::number(s.read_index) + QLatin1Char('/') +
+               QString::number(number);
+        if (log.size() > protocol::comm_log_limit)
+            log.truncate(protocol::comm_log_kept);
+    }
+    ComplianceRecord& record = m.records[static_cast<std::size_t>(s.read_index)];
+    record = {start, end};
+    const QLocale locale;
+    m.page.record_caption = ctx.language.text(record_label_tag) +
+                            device::format_value(s.read_index, 0, locale) + QStringLiteral(" / ") +
+                            device::format_value(s.record_count, 0, locale);
+    // The device's ring holds a power of two of records; asked past its end
+    // it answers with its first record again. That duplicate stays as the
+    // last entry.
+    const bool wrapped = is_ring_size(s.read_index) && record == m.records[0];
+    s.last_index = s.read_index;
+    if (s.read_index == s.record_count)
+        record.end = to_stamp(ctx.clock.now()); // the period still running ends now
+    notify(m);
+    if (s.read_index < table_upper && !wrapped && s.read_index < s.record_count) {
+        s.read_index += 1;
+        protocol::queue_command(
+            ctx, protocol::cmd::compliance_record(static_cast<std::uint16_t>(s.read_index)));
+        return;
+    }
+    finish_readout(ctx);
+}
+
+void cmd_compliancedelete_Click(AppContext& ctx) {
+    QString question = ctx.language.text(6011);
+    if (question.isEmpty())
+        question = QStringLiteral("Compliance-Speicher des Geräts löschen?");
+    if (!ctx.ui.ask_ok_cancel(question, QString()))
+        return;
+    protocol::queue_command(ctx, protocol::cmd::compliance_erase());
+    compliance_clear(ctx.compliance);
+    compliance_buttons(ctx, link_enabled(ctx));
+}
+
+void cmd_prevmonth_Click(AppContext& ctx) {
+    ComplianceState& s = ctx.compliance.state;
+    s.shown_month = add_months(s.shown_month, -1);
+    compliance_show(ctx);
+}
+
+void cmd_nextmonth_Click(AppContext& ctx) {
+    ComplianceState& s = ctx.compliance.state;
+    s.shown_month = add_months(s.shown_month, 1);
+    compliance_show(ctx);
+}
+
+void compliance_testdata(ComplianceMemory& memory, QRandomGenerator& random) {
+    compliance_clear(memory);
+    ComplianceRecords& r = memory.records;
+    r[0] = {make_stamp(2006, 12, 12, 10, 0, 0), make_stamp(2006, 12, 13, 10, 0, 0)};
+    r[1] = {make_stamp(2006, 12, 24, 11, 15, 0), make_stamp(2006, 12, 26, 12, 0, 0)};
+    r[4] = {make_stamp(2006, 9, 14, 13, 25, 0), make_stamp(2006, 9, 14, 14, 14, 0)};
+    for (int d = 1; d <= 30; ++d) {
+        const double h1 = random.generateDouble();
+        const double m1 = random.generateDouble();
+        const Stamp start =
+            make_stamp(2007, 1, d, round_half_even(h1 * 3 + 6), round_half_even(m1 * 59));
+        const double h2 = random.generateDouble();
+        const double m2 = random.generateDouble();
+        const Stamp end =
+            make_stamp(2007, 1, d, round_half_even(h2 * 4 + 19), round_half_even(m2 * 59));
+        r[static_cast<std::size_t>(d + 4)] = {start, end};
+    }
+    ComplianceState& s = memory.state;
+    s.last_index = s.record_count = s.read_index = 34;
+    s.shown_month = 0;
+    s.has_data = true;
+    s.from_device = true;
+}
+
+void cmd_compliance_test_Click(AppContext& ctx, QRandomGenerator& random) {
+    compliance_testdata(ctx.compliance, random);
+    compliance_show(ctx);
+}
+
+} // namespace veltrako::compliance

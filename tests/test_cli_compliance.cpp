@@ -1,0 +1,135 @@
+// The compliance command as a script uses it, against the in-process
+// simulator: the month lines, the progress on stderr, the file and the PDF,
+// the same lines again from the saved file, and the erase question.
+
+#include <QFile>
+#include <QProcess>
+#include <QRegularExpression>
+#include <QStandardPaths>
+#include <QTemporaryDir>
+#include <QTest>
+
+namespace {
+
+struct Run {
+    int exit_code = -1;
+    QString out;
+    QString err;
+};
+
+Run run_cli(const QStringList& arguments) {
+    QProcess p;
+    p.start(QStringLiteral(VELTRAKO2_CLI_PATH), arguments);
+    Run r;
+    if (!p.waitForFinished(60000)) {
+        p.kill();
+        p.waitForFinished();
+        return r;
+    }
+    r.exit_code = p.exitStatus() == QProcess::NormalExit ? p.exitCode() : -1;
+    r.out = QString::fromUtf8(p.readAllStandardOutput());
+    r.err = QString::fromUtf8(p.readAllStandardError());
+    return r;
+}
+
+QString pdf_text(const QString& pdf) {
+    QProcess p;
+    p.start(QStandardPaths::findExecutable(QStringLiteral("pdftotext")), {pdf, "-"});
+    p.waitForFinished(30000);
+    return QString::fromUtf8(p.readAllStandardOutput()).simplified();
+}
+
+} // namespace
+
+class TestCliCompliance : public QObject {
+    Q_OBJECT
+private slots:
+    void read_save_print_and_load_again() {
+        QTemporaryDir dir;
+        const QString file = dir.filePath("c.txt");
+        const QString pdf = dir.filePath("c.pdf");
+        const Run device = run_cli(
+            {"--link", "sim", "compliance", "--out", file, "--pdf", pdf, "--month", "2026-02"});
+        QCOMPARE(device.exit_code, 0);
+        const QStringList months = device.out.split('\n', Qt::SkipEmptyParts);
+        QVERIFY(months.size() >= 2);
+        static const QRegularExpression line(R"(^\d{4}-\d{2}\|\d+\.\d\|\d{1,2}\|\d+\.\d$)");
+        for (const QString& m : months)
+            QVERIFY2(line.match(m).hasMatch(), qPrintable(m));
+        // Every record's progress, the last one being the running period.
+        QVERIFY(device.err.contains("record 0 / 60\n"));
+        QVERIFY(device.err.contains("record 60 / 60\n"));
+        QFile saved(file);
+        QVERIFY(saved.open(QIODevice::ReadOnly));
+        QCOMPARE(saved.readAll().count("\r\n"), 61);
+        if (!QStandardPaths::findExecutable("pdftotext").isEmpty()) {
+            const QString text = pdf_text(pdf);
+            QVERIFY2(text.contains("February 2026"), qPrintable(text));
+            QVERIFY2(text.contains(": 28 "), qPrintable(text)); // days with use
+        }
+
+        const Run loaded = run_cli({"compliance", "--load", file});
+        QCOMPARE(loaded.exit_code, 0);
+        QCOMPARE(loaded.out, device.out);
+    }
+
+    void refuses_what_it_cannot_do_data() {
+        QTest::addColumn<QStringList>("arguments");
+        QTest::addColumn<int>("exit_code");
+        QTest::addColumn<QString>("message");
+        QTest::newRow("month 13") << QStringList{"compliance", "--month", "2026-13"} << 2
+                                  << "--month takes yyyy-mm";
+        QTest::newRow("delete with output")
+            << QStringList{"compliance", "--delete", "--pdf", "x.pdf"} << 2 << "--delete";
+        QTest::newRow("saving loaded data")
+            << QStringList{"compliance", "--load", "in.txt", "--out", "x.txt"} << 2 << "--out";
+        QTest::newRow("faulty file")
+            << QStringList{"compliance", "--load", "bad.txt"} << 1 << "(1|02.01.2026)";
+    }
+    void refuses_what_it_cannot_do() {
+        QFETCH(QStringList, arguments);
+        QFETCH(int, exit_code);
+        QFETCH(QString, message);
+        QTemporaryDir dir;
+        QFile bad(dir.filePath("bad.txt"));
+        QVERIFY(bad.open(QIODevice::WriteOnly));
+        bad.write("1|02.01.2026\r\n");
+        bad.close();
+        for (QString& a : arguments)
+            if (a.endsWith(".txt") || a.endsWith(".pdf"))
+                a = dir.filePath(a);
+        const Run r = run_cli(QStringList{"--link", "sim"} + arguments);
+        QCOMPARE(r.exit_code, exit_code);
+        QVERIFY2(r.err.contains(message), qPrintable(r.err));
+        QVERIFY(r.out.isEmpty());
+        QVERIFY(!QFile::exists(dir.filePath("x.pdf")) && !QFile::exists(dir.filePath("x.txt")));
+    }
+
+    void delete_sends_the_erase_only_when_confirmed_data() {
+        QTest::addColumn<QStringList>("answer");
+        QTest::addColumn<int>("exit_code");
+        QTest::addColumn<bool>("sent");
+        QTest::newRow("no answer") << QStringList{} << 2 << false;
+        QTest::newRow("--no") << QStringList{"--no"} << 0 << false;
+        QTest::newRow("--yes") << QStringList{"--yes"} << 0 << true;
+    }
+    void delete_sends_the_erase_only_when_confirmed() {
+        QFETCH(QStringList, answer);
+        QFETCH(int, exit_code);
+        QFETCH(bool, sent);
+        QTemporaryDir dir;
+        const QString log = dir.filePath("log.txt");
+        const Run r = run_cli(QStringList{"--link", "sim", "--log", log} + answer +
+                              QStringList{"compliance", "--delete"});
+        QCOMPARE(r.exit_code, exit_code);
+        QFile f(log);
+        QVERIFY(f.open(QIODevice::ReadOnly));
+        // "Z" goes out as the hex byte 5A on an OUT line of its own.
+        static const QRegularExpression erase(R"(^OUT .*\s5A \r?$)",
+                                              QRegularExpression::MultilineOption);
+        QCOMPARE(erase.match(QString::fromLatin1(f.readAll())).hasMatch(), sent);
+    }
+};
+
+QTEST_MAIN(TestCliCompliance)
+#include "test_cli_compliance.moc"

@@ -1,0 +1,538 @@
+// The usage memory: a readout against the simulated concentrator ends where
+// it must, answers are decoded field by field, months are clipped and summed
+// as a provider reads them, "Testdaten", the file in both directions, and the
+// questions before erasing and saving.
+
+#include "app_context.h"
+#include "compliance/compliance_file.h"
+#include "compliance/compliance_month.h"
+#include "compliance/compliance_readout.h"
+#include "fake_user_interface.h"
+#include "link/sim_link.h"
+#include "manual_clock.h"
+#include "protocol/commands.h"
+#include "protocol/payload_reader.h"
+#include "protocol/poll_cycle.h"
+#include "sim/concentrator.h"
+#include "sim/scenario.h"
+#include "test_bytes.h"
+
+#include <QRandomGenerator>
+#include <QTemporaryDir>
+#include <QTest>
+
+using namespace veltrako;
+using namespace veltrako::compliance;
+using namespace veltrako::testing;
+
+namespace {
+
+struct Harness {
+    explicit Harness(const QByteArray& scenario_text = {}) {
+        QString error;
+        const auto scenario =
+            sim::parse_scenario("SW=5301\nCLOCK=2025-01-01 00:00:00\n" + scenario_text, &error);
+        if (!scenario)
+            qFatal("scenario: %s", qPrintable(error));
+        device = std::make_shared<sim::Concentrator>(*scenario);
+        device->set_observer([this](const sim::Concentrator::Event& e) {
+            if (!e.boot_loader)
+                received << e.request;
+        });
+        ctx =
+            std::make_unique<AppContext>(clock, ui, std::make_unique<link::SimLink>(clock, device));
+        for (int n = 6001; n <= 6015; ++n)
+            ctx->language.language_text[n] = QStringLiteral("text%1").arg(n);
+        ctx->language.language_text[11102] = QStringLiteral("Record Nr.:");
+        install_compliance(*ctx);
+        ctx->compliance.page_changed = [this] { ++page_changes; };
+    }
+    // Opens the device and polls until it has answered a live status.
+    void connect() {
+        protocol::connect_routine(*ctx);
+        for (int i = 0; i < 100 && !(ctx->device.live_valid && ctx->protocol.queue_count == 0); ++i)
+            tick();
+        QVERIFY(link_enabled(*ctx));
+    }
+    void tick() {
+        clock.advance_ms(50);
+        protocol::timer1_tick(*ctx);
+    }
+    int requests(char letter) const {
+        return int(std::count_if(received.begin(), received.end(),
+                                 [&](const QByteArray& p) { return p.startsWith(letter); }));
+    }
+    ComplianceMemory& memory() { return ctx->compliance; }
+    ComplianceState& state() { return ctx->compliance.state; }
+
+    ManualClock clock;
+    FakeUserInterface ui;
+    std::shared_ptr<sim::Concentrator> device;
+    std::unique_ptr<AppContext> ctx;
+    QList<QByteArray> received;
+    int page_changes = 0;
+};
+
+// A "k" answer for record `n` with raw 32-bit start and end fields.
+QByteArray k_answer(int n, quint32 start, quint32 end) {
+    QByteArray p = bytes_of({'k', n >> 8, n & 0xFF});
+    for (quint32 v : {start, end})
+        for (int shift : {24, 16, 8, 0})
+            p.append(char((v >> shift) & 0xFF));
+    return p;
+}
+
+ComplianceRecord period(const char* from, const char* to) {
+    QDateTime a = QDateTime::fromString(QLatin1String(from), Qt::ISODate);
+    QDateTime b = QDateTime::fromString(QLatin1String(to), Qt::ISODate);
+    a.setTimeSpec(Qt::UTC);
+    b.setTimeSpec(Qt::UTC);
+    return {to_stamp(a), to_stamp(b)};
+}
+
+void fill(ComplianceMemory& m, const QList<ComplianceRecord>& records) {
+    compliance_clear(m);
+    for (int i = 0; i < records.size(); ++i)
+        m.records[std::size_t(i)] = records[i];
+    m.state.last_index = int(records.size()) - 1;
+    m.state.has_data = true;
+}
+
+QString write_lines(QTemporaryDir& dir, const QString& name, const QByteArray& content) {
+    const QString path = dir.filePath(name);
+    QFile f(path);
+    if (!f.open(QIODevice::WriteOnly))
+        qFatal("cannot write %s", qPrintable(path));
+    f.write(content);
+    return path;
+}
+
+} // namespace
+
+class TestCompliance : public QObject {
+    Q_OBJECT
+private slots:
+    void readout_ends_data() {
+        QTest::addColumn<QByteArray>("scenario");
+        QTest::addColumn<int>("last_index");
+        QTest::addColumn<bool>("duplicate_kept"); // the last record repeats record 0
+        QTest::addColumn<bool>("ends_now");       // the last record is the running period
+        QTest::newRow("empty memory: record 0 only, running") << QByteArray() << 0 << false << true;
+        QTest::newRow("ring of 1024 wrapped: stops at 1024")
+            << QByteArray("COMPLIANCE_RING_SIZE=1024\nCOMPLIANCE_GENERATE=1100\n"
+                          "COMPLIANCE_FROM=2020-01-01\nCOMPLIANCE_TO=2024-12-01\n")
+            << 1024 << true << false;
+        QTest::newRow("same repetition at 1000 is not a ring size")
+            << QByteArray("COMPLIANCE_RING_SIZE=1000\nCOMPLIANCE_GENERATE=1010\n"
+                          "COMPLIANCE_FROM=2020-01-01\nCOMPLIANCE_TO=2024-12-01\n")
+            << 1010 << false << true;
+    }
+    void readout_ends() {
+        QFETCH(QByteArray, scenario);
+        QFETCH(int, last_index);
+        QFETCH(bool, duplicate_kept);
+        QFETCH(bool, ends_now);
+        Harness h(scenario);
+        h.connect();
+        h.received.clear();
+        cmd_complianceread_Click(*h.ctx);
+        QVERIFY(h.memory().page.record_visible);
+        QVERIFY(!h.memory().page.print_enabled);
+        for (int i = 0; i < 2000 && !h.state().has_data; ++i)
+            h.tick();
+        QVERIFY(h.state().has_data && h.state().from_device);
+        QCOMPARE(h.state().last_index, last_index);
+        QCOMPARE(h.requests('K'), 1);
+        QCOMPARE(h.requests('k'), last_index + 1);
+        QVERIFY(!h.memory().page.record_visible);
+        QCOMPARE(h.memory().page.record_caption,
+                 QStringLiteral("Record Nr.:%1 / %2").arg(last_index).arg(h.state().record_count));
+        const auto& r = h.memory().records;
+        QCOMPARE(last_index > 0 && r[std::size_t(last_index)] == r[0], duplicate_kept);
+        QCOMPARE(r[std::size_t(last_index)].end == to_stamp(h.clock.now()), ends_now);
+        QVERIFY(r[std::size_t(last_index) + 1] == ComplianceRecord{});
+        QVERIFY(h.memory().page.chart_shown && h.memory().page.save_enabled);
+    }
+
+    void answer_fields_data() {
+        QTest::addColumn<QByteArray>("payload");
+        QTest::addColumn<Stamp>("start");
+        QTest::addColumn<Stamp>("end");
+        const Stamp epoch = make_stamp(2000, 1, 1);
+        QTest::newRow("both set") << k_answer(0, 86400, 86400 + 3600) << epoch + 86400
+                                  << epoch + 90000;
+        QTest::newRow("start 0x80...: empty start only")
+            << k_answer(0, 0x80000000u, 60) << Stamp(0) << epoch + 60;
+        QTest::newRow("end erased")
+            << k_answer(0, 0x7FFFFFFFu, 0xFFFFFFFFu) << epoch + 0x7FFFFFFF << Stamp(0);
+        QTest::newRow("zero seconds is the epoch, not empty")
+            << k_answer(0, 0, 0) << epoch << epoch;
+    }
+    void answer_fields() {
+        QFETCH(QByteArray, payload);
+        QFETCH(Stamp, start);
+        QFETCH(Stamp, end);
+        Harness h;
+        h.state().record_count = 5;
+        compliance_answer(*h.ctx, payload);
+        QCOMPARE(h.memory().records[0].start, start);
+        QCOMPARE(h.memory().records[0].end, end);
+        // Not the last record: the next one is asked for.
+        QCOMPARE(h.state().read_index, 1);
+        QCOMPARE(h.ctx->protocol.send_queue[1], protocol::cmd::compliance_record(1));
+    }
+
+    void malformed_answers_change_nothing_data() {
+        QTest::addColumn<QByteArray>("payload");
+        QTest::newRow("count of 32768") << bytes_of({'K', 0x80, 0});
+        QTest::newRow("record number of 32768") << k_answer(0x8000, 1, 2);
+        QTest::newRow("short record") << bytes_of({'k', 0, 0, 1, 2, 3, 4, 5});
+    }
+    void malformed_answers_change_nothing() {
+        QFETCH(QByteArray, payload);
+        Harness h;
+        h.state().record_count = 7;
+        QVERIFY_THROWS_EXCEPTION(protocol::InterpretError, compliance_answer(*h.ctx, payload));
+        QCOMPARE(h.state().record_count, 7);
+        QCOMPARE(h.state().read_index, 0);
+        QVERIFY(h.memory().records[0] == ComplianceRecord{});
+        QCOMPARE(h.ctx->protocol.queue_count, 0);
+    }
+
+    void unexpected_record_number_is_logged_and_stored_where_asked() {
+        Harness h;
+        h.state().record_count = 9;
+        h.state().read_index = 3;
+        compliance_answer(*h.ctx, k_answer(7, 100, 200));
+        QVERIFY(h.ctx->comm_log.comm_log.endsWith(QStringLiteral("\r\n3/7")));
+        QCOMPARE(h.memory().records[3].start, make_stamp(2000, 1, 1) + 100);
+        QVERIFY(h.memory().records[7] == ComplianceRecord{});
+        QCOMPARE(h.state().read_index, 4);
+    }
+
+    void month_pass_data() {
+        QTest::addColumn<QList<ComplianceRecord>>("records");
+        QTest::addColumn<Stamp>("shown");
+        QTest::addColumn<Stamp>("month");
+        QTest::addColumn<double>("hours");
+        QTest::addColumn<bool>("prev");
+        QTest::addColumn<bool>("next");
+        QTest::addColumn<int>("days");
+        using L = QList<ComplianceRecord>;
+        QTest::newRow("22:00 on the 3rd to 06:00 on the 5th")
+            << L{period("2021-03-03T22:00:00", "2021-03-05T06:00:00")} << Stamp(0)
+            << make_stamp(2021, 3, 1) << 32.0 << false << false << 31;
+        QTest::newRow("begun in the previous month: from the 1st")
+            << L{period("2021-02-27T20:00:00", "2021-03-01T02:30:00")} << make_stamp(2021, 3, 15)
+            << make_stamp(2021, 3, 1) << 2.5 << true << false << 31;
+        QTest::newRow("running into the next month: up to its start")
+            << L{period("2021-02-28T23:00:00", "2021-03-01T01:00:00")} << make_stamp(2021, 2, 10)
+            << make_stamp(2021, 2, 1) << 1.0 << false << true << 28;
+        QTest::newRow("latest end chooses the month; start after end ignored")
+            << L{period("2021-06-02T08:00:00", "2021-06-02T09:00:00"),
+                 period("2022-01-05T10:00:00", "2022-01-04T10:00:00"),
+                 period("2021-05-30T08:00:00", "2021-05-30T10:00:00")}
+            << Stamp(0) << make_stamp(2021, 6, 1) << 1.0 << true << false << 30;
+        QTest::newRow("empty start or end draws nothing")
+            << L{{0, make_stamp(2021, 4, 2, 10)},
+                 {make_stamp(2021, 4, 3, 8), 0},
+                 period("2021-04-04T10:00:00", "2021-04-04T10:30:00")}
+            << make_stamp(2021, 4, 1) << make_stamp(2021, 4, 1) << 0.5 << false << false << 30;
+        QTest::newRow("no records: the present month, nothing used")
+            << L{} << Stamp(0) << make_stamp(2026, 3, 1) << 0.0 << false << false << 31;
+        QTest::newRow("leap February")
+            << L{period("2024-02-29T00:00:00", "2024-03-01T00:00:00")} << Stamp(0)
+            << make_stamp(2024, 3, 1) << 0.0 << true << false << 31;
+    }
+    void month_pass() {
+        QFETCH(QList<ComplianceRecord>, records);
+        QFETCH(Stamp, shown);
+        QFETCH(Stamp, month);
+        QFETCH(double, hours);
+        QFETCH(bool, prev);
+        QFETCH(bool, next);
+        QFETCH(int, days);
+        ComplianceMemory m;
+        fill(m, records);
+        m.state.shown_month = shown;
+        const Month result =
+            compliance_month_pass(m.state, m.records, make_stamp(2026, 3, 2, 10, 0, 0));
+        QCOMPARE(m.state.shown_month, month);
+        QCOMPARE(m.state.total_hours, hours);
+        QCOMPARE(m.state.has_prev_month, prev);
+        QCOMPARE(m.state.has_next_month, next);
+        QCOMPARE(result.days, days);
+    }
+
+    void summary_data() {
+        QTest::addColumn<QList<ComplianceRecord>>("records");
+        QTest::addColumn<int>("days_used");
+        QTest::addColumn<double>("mean");
+        QTest::addColumn<double>("gap"); // -1: none
+        using L = QList<ComplianceRecord>;
+        QTest::newRow("overnight counts two days")
+            << L{period("2021-03-03T22:00:00", "2021-03-04T06:00:00")} << 2 << 4.0 << -1.0;
+        QTest::newRow("pause between two sessions")
+            << L{period("2021-03-03T08:00:00", "2021-03-03T10:00:00"),
+                 period("2021-03-05T08:00:00", "2021-03-05T12:00:00")}
+            << 2 << 3.0 << 46.0;
+        QTest::newRow("overlaps are one use, not a negative pause")
+            << L{period("2021-03-10T08:00:00", "2021-03-10T12:00:00"),
+                 period("2021-03-10T09:00:00", "2021-03-10T10:00:00"),
+                 period("2021-03-10T13:00:00", "2021-03-10T14:00:00"),
+                 period("2021-03-01T06:00:00", "2021-03-01T07:00:00")}
+            << 2 << 3.5 << 217.0;
+        QTest::newRow("ending at midnight uses no time on the next day")
+            << L{period("2021-03-07T20:00:00", "2021-03-08T00:00:00")} << 1 << 4.0 << -1.0;
+    }
+    void summary() {
+        QFETCH(QList<ComplianceRecord>, records);
+        QFETCH(int, days_used);
+        QFETCH(double, mean);
+        QFETCH(double, gap);
+        ComplianceMemory m;
+        fill(m, records);
+        const MonthSummary s =
+            summarise(compliance_month_pass(m.state, m.records, make_stamp(2026, 1, 1)));
+        QCOMPARE(s.days_used, days_used);
+        QCOMPARE(s.mean_hours_per_day_used, mean);
+        QCOMPARE(s.longest_gap_hours.value_or(-1.0), gap);
+        QCOMPARE(s.total_hours, m.state.total_hours);
+    }
+
+    void months_with_use_lists_each_month_touched() {
+        ComplianceMemory m;
+        fill(m, {period("2021-01-31T22:00:00", "2021-03-01T00:00:00"),
+                 period("2020-11-05T10:00:00", "2020-11-05T10:00:00"),
+                 period("2019-07-01T10:00:00", "2019-07-01T11:00:00")});
+        const std::vector<Stamp> expected{make_stamp(2019, 7, 1), make_stamp(2021, 1, 1),
+                                          make_stamp(2021, 2, 1)};
+        QCOMPARE(months_with_use(m.records, m.state.last_index), expected);
+    }
+
+    void testdata_shows_january_2007() {
+        for (quint32 seed : {1u, 77u}) {
+            Harness h;
+            QRandomGenerator random(seed);
+            cmd_compliance_test_Click(*h.ctx, random);
+            const ComplianceState& s = h.state();
+            QCOMPARE(s.shown_month, make_stamp(2007, 1, 1));
+            QVERIFY(s.has_prev_month);
+            QVERIFY(!s.has_next_month);
+            QCOMPARE(s.last_index, 34);
+            QCOMPARE(s.record_count, 34);
+            QVERIFY(s.has_data && s.from_device);
+            const auto& r = h.memory().records;
+            QVERIFY(r[2] == ComplianceRecord{} && r[3] == ComplianceRecord{});
+            QCOMPARE(r[1], period("2006-12-24T11:15:00", "2006-12-26T12:00:00"));
+            for (int d = 1; d <= 30; ++d) {
+                const QDateTime a = from_stamp(r[std::size_t(d + 4)].start);
+                const QDateTime b = from_stamp(r[std::size_t(d + 4)].end);
+                QCOMPARE(a.date(), QDate(2007, 1, d));
+                QCOMPARE(b.date(), QDate(2007, 1, d));
+                QVERIFY(a.time().hour() >= 6 && a.time().hour() <= 9);
+                QVERIFY(b.time().hour() >= 19 && b.time().hour() <= 23);
+                QVERIFY(a.time().minute() <= 59 && a.time().second() == 0);
+            }
+            // The chart's total is the sum of the thirty days.
+            qint64 seconds = 0;
+            for (int i = 5; i <= 34; ++i)
+                seconds += r[std::size_t(i)].end - r[std::size_t(i)].start;
+            QCOMPARE(s.total_hours, seconds / 3600.0);
+            QVERIFY(h.memory().page.prev_enabled && !h.memory().page.next_enabled);
+            QVERIFY(!h.memory().page.dauer_text.isEmpty());
+            // Back to December 2006: both neighbours have use.
+            cmd_prevmonth_Click(*h.ctx);
+            QCOMPARE(s.shown_month, make_stamp(2006, 12, 1));
+            QCOMPARE(s.total_hours, 24.0 + 48.75);
+            QVERIFY(s.has_prev_month && s.has_next_month);
+        }
+    }
+
+    void file_round_trip() {
+        QTemporaryDir dir;
+        Harness h;
+        ComplianceMemory& m = h.memory();
+        fill(m, {period("2020-02-01T08:00:00", "2020-02-01T09:30:00"),
+                 {0, make_stamp(2020, 2, 2)},
+                 period("2020-02-03T23:59:59", "2020-02-04T00:00:01"),
+                 {make_stamp(2020, 2, 5), 0},
+                 period("2020-02-06T07:00:00", "2020-02-06T07:00:00")});
+        const ComplianceRecords before = m.records;
+        const QString path = dir.filePath("c.txt");
+        QVERIFY(write_compliance_file(path, m, QLocale::c()));
+        QFile f(path);
+        QVERIFY(f.open(QIODevice::ReadOnly));
+        QCOMPARE(f.readAll(), QByteArray("0|01.02.2020 08:00:00-01.02.2020 09:30:00\r\n"
+                                         "2|03.02.2020 23:59:59-04.02.2020 00:00:01\r\n"
+                                         "4|06.02.2020 07:00:00-06.02.2020 07:00:00\r\n"));
+        QVERIFY(load_compliance_file(*h.ctx, path));
+        for (int i : {0, 2, 4})
+            QCOMPARE(m.records[std::size_t(i)], before[std::size_t(i)]);
+        QVERIFY(m.records[1] == ComplianceRecord{} && m.records[3] == ComplianceRecord{});
+        QCOMPARE(m.state.last_index, 4);
+        QCOMPARE(m.state.shown_month, make_stamp(2020, 2, 1));
+        // Loaded data prints but cannot be saved again.
+        QVERIFY(m.page.print_enabled && !m.page.save_enabled);
+        QVERIFY(m.page.chart_shown);
+    }
+
+    void load_accepts_data() {
+        QTest::addColumn<QByteArray>("content");
+        QTest::addColumn<int>("index");
+        QTest::addColumn<double>("minutes");
+        QTest::addColumn<int>("last_index");
+        QTest::newRow("90 minutes into record 5")
+            << QByteArray("5|01.02.2020 08:00:00-01.02.2020 09:30:00\r\n") << 5 << 90.0 << 5;
+        QTest::newRow("empty lines skipped, LF ends, later line wins")
+            << QByteArray("\n7|01.02.2020 08:00:00-01.02.2020 08:10:00\n\n"
+                          "7|02.02.2020 08:00:00-02.02.2020 08:20:00\n")
+            << 7 << 20.0 << 7;
+        QTest::newRow("last line read sets the end, not the largest index")
+            << QByteArray("9|01.02.2020 08:00:00-01.02.2020 08:30:00\r\n"
+                          "3|01.01.2020 08:00:00-01.01.2020 08:05:00\r\n")
+            << 9 << 30.0 << 3;
+        QTest::newRow("date only is midnight")
+            << QByteArray("4096|01.02.2020-02.02.2020\r\n") << 4096 << 1440.0 << 4096;
+    }
+    void load_accepts() {
+        QFETCH(QByteArray, content);
+        QFETCH(int, index);
+        QFETCH(double, minutes);
+        QFETCH(int, last_index);
+        QTemporaryDir dir;
+        Harness h;
+        QVERIFY(load_compliance_file(*h.ctx, write_lines(dir, "in.txt", content)));
+        const ComplianceRecord r = h.memory().records[std::size_t(index)];
+        QCOMPARE((r.end - r.start) / 60.0, minutes);
+        QCOMPARE(h.state().last_index, last_index);
+        QVERIFY(h.state().has_data && !h.state().from_device);
+        QVERIFY(h.ui.messages.isEmpty());
+    }
+
+    void load_rejects_data() {
+        QTest::addColumn<QByteArray>("bad");
+        QTest::newRow("third field") << QByteArray("1|01.02.2020 08:00:00-01.02.2020 09:00:00|x");
+        QTest::newRow("index not a number") << QByteArray("a|01.02.2020 08:00-01.02.2020 09:00");
+        QTest::newRow("index 4097") << QByteArray("4097|01.02.2020 08:00:00-01.02.2020 09:00:00");
+        QTest::newRow("negative index") << QByteArray("-1|01.02.2020 08:00:00-01.02.2020 09:00:00");
+        QTest::newRow("single date") << QByteArray("1|01.02.2020 08:00:00");
+        QTest::newRow("no such day") << QByteArray("1|30.02.2020 08:00:00-01.03.2020 09:00:00");
+        QTest::newRow("hour 24") << QByteArray("1|01.02.2020 24:00:00-02.02.2020 09:00:00");
+        QTest::newRow("the zero date") << QByteArray("1|30.12.1899 00:00:00-01.02.2020 09:00:00");
+    }
+    void load_rejects() {
+        QFETCH(QByteArray, bad);
+        QTemporaryDir dir;
+        Harness h;
+        const QString path =
+            write_lines(dir, "in.txt",
+                        "2|01.01.2020 08:00:00-01.01.2020 09:00:00\r\n" + bad + "\r\n" +
+                            "3|01.01.2020 08:00:00-01.01.2020 09:00:00\r\n");
+        QVERIFY(!load_compliance_file(*h.ctx, path));
+        QCOMPARE(h.ui.messages,
+                 QStringList{"text6009\r\ntext6010 (" + QString::fromLatin1(bad) + ")"});
+        // What came before stays in the table, but nothing is shown or printed.
+        QCOMPARE(h.memory().records[2].start, make_stamp(2020, 1, 1, 8));
+        QVERIFY(h.memory().records[3] == ComplianceRecord{});
+        QVERIFY(!h.state().has_data && !h.memory().page.print_enabled);
+        QVERIFY(!h.memory().page.chart_shown);
+    }
+
+    void load_asks_for_the_file_and_remembers_its_folder() {
+        QTemporaryDir program;
+        QTemporaryDir data;
+        Harness h;
+        h.ctx->program_dir = program.path() + '/';
+        h.ctx->config.INITDIR = h.ctx->program_dir;
+        fill(h.memory(), {period("2020-02-01T08:00:00", "2020-02-01T09:30:00")});
+        // Cancelled: the table is empty all the same.
+        QVERIFY(!compliance_load(*h.ctx));
+        QVERIFY(!h.state().has_data && h.memory().records[0] == ComplianceRecord{});
+        QCOMPARE(h.ui.dialogs.at(0).filter, QStringLiteral("text6003 (*.txt)|*.txt"));
+        h.ui.file_answers << write_lines(data, "x.txt", "1|01.02.2020 08:00-01.02.2020 09:00\r\n");
+        QVERIFY(compliance_load(*h.ctx));
+        QCOMPARE(h.ctx->config.INITDIR, data.path() + '/');
+        QVERIFY(QFile::exists(program.filePath("veltrako2.ini")));
+    }
+
+    void save_data() {
+        QTest::addColumn<bool>("connected");
+        QTest::addColumn<bool>("from_device");
+        QTest::addColumn<bool>("saved");
+        QTest::newRow("device data") << true << true << true;
+        QTest::newRow("loaded from a file") << true << false << false;
+        QTest::newRow("no device") << false << true << false;
+    }
+    void save() {
+        QFETCH(bool, connected);
+        QFETCH(bool, from_device);
+        QFETCH(bool, saved);
+        QTemporaryDir dir;
+        Harness h("SN=VO2-4711\n");
+        if (connected)
+            h.connect();
+        h.ctx->program_dir = dir.path() + '/';
+        fill(h.memory(), {period("2020-02-01T08:00:00", "2020-02-01T09:30:00")});
+        h.state().from_device = from_device;
+        const QString existing = write_lines(dir, "old.txt", "keep");
+        h.ui.file_answers << existing << existing;
+        h.ui.yes_no_answers << false << true; // not this one ... then yes, overwrite
+        QCOMPARE(compliance_save(*h.ctx), saved);
+        if (!saved) {
+            QCOMPARE(h.ui.messages, QStringList{"text6006"});
+            QVERIFY(h.ui.dialogs.isEmpty());
+            return;
+        }
+        QCOMPARE(h.ui.dialogs.size(), 2);
+        QCOMPARE(h.ui.questions, (QStringList{"text6008", "text6008"}));
+        QVERIFY(h.ui.dialogs[0].proposed_name.startsWith("Compliance_VO2-4711_20260302_10"));
+        QVERIFY(h.ui.dialogs[0].proposed_name.endsWith(".txt"));
+        QCOMPARE(h.ui.dialogs[0].filter, QStringLiteral("text6007 (*.txt)|*.txt"));
+        QFile f(existing);
+        QVERIFY(f.open(QIODevice::ReadOnly));
+        QCOMPARE(f.readAll(), QByteArray("0|01.02.2020 08:00:00-01.02.2020 09:30:00\r\n"));
+    }
+
+    void delete_asks_first_data() {
+        QTest::addColumn<bool>("ok");
+        QTest::newRow("Cancel") << false;
+        QTest::newRow("OK") << true;
+    }
+    void delete_asks_first() {
+        QFETCH(bool, ok);
+        Harness h;
+        h.connect();
+        h.received.clear();
+        fill(h.memory(), {period("2020-02-01T08:00:00", "2020-02-01T09:30:00")});
+        h.ui.ok_cancel_answers << ok;
+        cmd_compliancedelete_Click(*h.ctx);
+        QCOMPARE(h.ui.questions, QStringList{"text6011"});
+        for (int i = 0; i < 5; ++i)
+            h.tick();
+        QCOMPARE(h.requests('Z'), ok ? 1 : 0);
+        QCOMPARE(h.state().has_data, !ok);
+        QCOMPARE(h.memory().records[0] == ComplianceRecord{}, ok);
+    }
+
+    void link_reset_empties_the_table_and_hides_the_count() {
+        Harness h;
+        protocol::connect_routine(*h.ctx);
+        // Open, but nothing answered yet: the buttons wait for the link.
+        follow_link_state(*h.ctx);
+        QVERIFY(!h.memory().page.read_enabled);
+        h.connect();
+        follow_link_state(*h.ctx);
+        QVERIFY(h.memory().page.read_enabled && h.memory().page.delete_enabled);
+        cmd_complianceread_Click(*h.ctx);
+        QVERIFY(h.memory().page.record_visible && h.memory().page.read_enabled);
+        protocol::reset_link_state(*h.ctx);
+        QVERIFY(!h.memory().page.record_visible);
+        QVERIFY(!h.memory().page.read_enabled && !h.memory().page.delete_enabled);
+        QCOMPARE(h.state().record_count, 0);
+        QVERIFY(h.memory().page.dauer_text.isEmpty());
+    }
+};
+
+QTEST_MAIN(TestCompliance)
+#include "test_compliance.moc"

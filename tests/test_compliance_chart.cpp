@@ -1,0 +1,231 @@
+// The monthly usage chart and its printout, measured on the recording
+// surface (exact geometry, no pixels), and printed to a PDF that is read back
+// as text.
+
+#include "compliance/compliance_chart.h"
+#include "config/language.h"
+#include "painter_surface.h"
+#include "pdf_output.h"
+#include "print/recording_surface.h"
+
+#include <QGuiApplication>
+#include <QProcess>
+#include <QStandardPaths>
+#include <QTemporaryDir>
+#include <QTest>
+
+using namespace veltrako;
+using namespace veltrako::compliance;
+using namespace veltrako::print;
+
+namespace {
+
+constexpr double W = 9000;
+constexpr double H = 6000;
+constexpr double F = 10;
+
+ComplianceRecord period(QDateTime a, QDateTime b) {
+    return {to_stamp(a), to_stamp(b)};
+}
+QDateTime t(int y, int mo, int d, int h, int mi = 0) {
+    return QDateTime(QDate(y, mo, d), QTime(h, mi), Qt::UTC);
+}
+
+struct Drawn {
+    ComplianceMemory memory;
+    RecordingSurface surface{W + 1000, H + 1000};
+    Month month;
+    config::LanguageTables language;
+
+    explicit Drawn(const QList<ComplianceRecord>& records, const QLocale& locale = QLocale::c(),
+                   Stamp shown = 0) {
+        memory.state.shown_month = shown;
+        for (int i = 0; i < records.size(); ++i)
+            memory.records[std::size_t(i)] = records[i];
+        memory.state.last_index = int(records.size()) - 1;
+        language.language_text[6001] = QStringLiteral("Hours");
+        language.language_text[6002] = QStringLiteral("Day");
+        month = compliance_draw(surface, 500, 400, W, H, F, memory.state, memory.records,
+                                chart_texts(language, locale), make_stamp(2026, 3, 2));
+    }
+    // The plot as the chart lays it out for the recording surface's measures.
+    double m() const { return 0.005 * W; }
+    double x0() const { return 500 + 5 * F * 20 * 0.5 + m(); }
+    double y0() const { return 400 + 3 * F * 20 * 1.2 + m(); }
+    double day_step() const { return (W - (x0() - 500) - (F * 20 * 0.5 + m())) / 31; }
+    double hour_step() const { return (H - 2 * (y0() - 400)) / 24; }
+};
+
+bool near(double a, double b) {
+    return std::abs(a - b) < 1e-6;
+}
+
+} // namespace
+
+class TestComplianceChart : public QObject {
+    Q_OBJECT
+private slots:
+    void bars_data() {
+        QTest::addColumn<QList<ComplianceRecord>>("records");
+        // Per bar: day column, then the hours (from 00:00) of its lower and upper end.
+        QTest::addColumn<QList<QList<double>>>("bars");
+        QTest::newRow("22:00 on the 3rd to 06:00 on the 5th")
+            << QList<ComplianceRecord>{period(t(2021, 3, 3, 22), t(2021, 3, 5, 6))}
+            << QList<QList<double>>{{3, 22, 24}, {4, 0, 24}, {5, 0, 6}};
+        QTest::newRow("one day") << QList<ComplianceRecord>{period(t(2021, 3, 10, 8, 30),
+                                                                   t(2021, 3, 10, 12))}
+                                 << QList<QList<double>>{{10, 8.5, 12}};
+        QTest::newRow("to midnight: nothing on the next day")
+            << QList<ComplianceRecord>{period(t(2021, 3, 30, 18), t(2021, 3, 31, 0))}
+            << QList<QList<double>>{{30, 18, 24}};
+        QTest::newRow("from the previous month, into the next")
+            << QList<ComplianceRecord>{period(t(2021, 3, 28, 12), t(2021, 3, 31, 23)),
+                                       period(t(2021, 2, 27, 12), t(2021, 3, 1, 3)),
+                                       period(t(2021, 3, 31, 23), t(2021, 4, 2, 3))}
+            << QList<QList<double>>{{28, 12, 24}, {29, 0, 24}, {30, 0, 24},
+                                    {31, 0, 23},  {1, 0, 3},   {31, 23, 24}};
+    }
+    void bars() {
+        QFETCH(QList<ComplianceRecord>, records);
+        QFETCH(QList<QList<double>>, bars);
+        // Always March 2021, whatever the latest month.
+        Drawn d(records, QLocale::c(), make_stamp(2021, 3, 17));
+        QCOMPARE(int(d.surface.boxes.size()), int(bars.size()));
+        for (int i = 0; i < bars.size(); ++i) {
+            const RecordedBox& b = d.surface.boxes[std::size_t(i)];
+            const double day = bars[i][0];
+            QCOMPARE(b.colour, bar_colour);
+            QVERIFY2(near(b.left, d.x0() + (day - 1) * d.day_step()),
+                     qPrintable(QString::number(i)));
+            QVERIFY(near(b.right, d.x0() + day * d.day_step()));
+            QVERIFY(near(b.bottom, d.y0() + (24 - bars[i][1]) * d.hour_step()));
+            QVERIFY(near(b.top, d.y0() + (24 - bars[i][2]) * d.hour_step()));
+        }
+    }
+
+    void short_month_leaves_the_rest_blank_data() {
+        QTest::addColumn<int>("year");
+        QTest::addColumn<int>("month");
+        QTest::addColumn<int>("days");
+        QTest::newRow("February 2021") << 2021 << 2 << 28;
+        QTest::newRow("February 2024") << 2024 << 2 << 29;
+        QTest::newRow("April") << 2021 << 4 << 30;
+        QTest::newRow("July") << 2021 << 7 << 31;
+    }
+    void short_month_leaves_the_rest_blank() {
+        QFETCH(int, year);
+        QFETCH(int, month);
+        QFETCH(int, days);
+        Drawn d({period(t(year, month, 2, 8), t(year, month, 2, 9))});
+        QStringList day_labels;
+        for (const RecordedRun& r : d.surface.runs)
+            if (r.y > d.y0() + 24 * d.hour_step() && r.text != QLatin1String("Day"))
+                day_labels << r.text;
+        QCOMPARE(day_labels.size(), days);
+        QCOMPARE(day_labels.last(), QString::number(days));
+        // 25 hour lines as wide as the month, days + 1 day lines.
+        QCOMPARE(int(d.surface.lines.size()), 25 + days + 1);
+        const RecordedLine& top_line = d.surface.lines.front();
+        QVERIFY(near(top_line.x2, d.x0() + days * d.day_step()));
+        QCOMPARE(top_line.colour, grid_colour);
+        // Day label 1 centred in its column, under the 00:00 line.
+        const auto one =
+            std::find_if(d.surface.runs.begin(), d.surface.runs.end(), [&](const RecordedRun& r) {
+                return r.text == QLatin1String("1") && r.y > d.y0() + 24 * d.hour_step();
+            });
+        QVERIFY(one != d.surface.runs.end());
+        QVERIFY(near(one->x + RecordingSurface::width_of(*one) / 2, d.x0() + 0.5 * d.day_step()));
+    }
+
+    void titles_data() {
+        QTest::addColumn<QLocale>("locale");
+        QTest::addColumn<QString>("title");
+        QTest::newRow("English") << QLocale(QLocale::English) << "January 2007";
+        QTest::newRow("German") << QLocale(QLocale::German) << QString::fromUtf8("März 2007");
+    }
+    void titles() {
+        QFETCH(QLocale, locale);
+        QFETCH(QString, title);
+        const int month = locale.language() == QLocale::German ? 3 : 1;
+        Drawn d({period(t(2007, month, 5, 8), t(2007, month, 5, 9))}, locale);
+        const RecordedRun* run = d.surface.find_run(title);
+        QVERIFY2(run, qPrintable(d.surface.run_texts().join('|')));
+        QVERIFY(run->font.bold);
+        QCOMPARE(run->font.points, 1.2 * F);
+        QVERIFY(near(run->x + RecordingSurface::width_of(*run) / 2, 500 + W / 2));
+        // The hour axis reads upwards, centred on the left edge.
+        const RecordedRun* hours = d.surface.find_run(QStringLiteral("Hours"));
+        QVERIFY(hours);
+        QCOMPARE(hours->font.angle, 90.0);
+        QVERIFY(near(hours->y - RecordingSurface::width_of(*hours) / 2, 400 + H / 2));
+        // The day axis title sits on the bottom edge.
+        const RecordedRun* day = d.surface.find_run(QStringLiteral("Day"));
+        QVERIFY(day && near(day->y + RecordingSurface::height_in(day->font, "Day"), 400 + H));
+        // Hour labels 24 at the top line down to 0 at the bottom.
+        const RecordedRun* h0 = d.surface.find_run(QStringLiteral("0"));
+        QVERIFY(h0 && near(h0->y + RecordingSurface::height_in(h0->font, "0") / 2,
+                           d.y0() + 24 * d.hour_step()));
+    }
+
+    void printout_has_title_chart_and_summary() {
+        ComplianceMemory memory;
+        memory.records[0] = period(t(2021, 3, 3, 22), t(2021, 3, 5, 6));
+        memory.records[1] = period(t(2021, 3, 9, 8), t(2021, 3, 9, 12));
+        memory.state.last_index = 1;
+        config::LanguageTables language;
+        language.language_text[6003] = QStringLiteral("Compliance");
+        language.language_text[6012] = QStringLiteral("Days");
+        language.language_text[6013] = QStringLiteral("Mean");
+        language.language_text[6014] = QStringLiteral("Pause");
+        RecordingSurface page;
+        compliance_print_page(page, memory.state, memory.records, language, QLocale::c(), 0);
+        const RecordedRun* title = page.find_run(QStringLiteral("Compliance"));
+        QVERIFY(title);
+        QVERIFY(title->font.bold);
+        QCOMPARE(title->font.points, 13.0);
+        QCOMPARE(title->font.name, QStringLiteral("Arial"));
+        QVERIFY(
+            near(title->x + RecordingSurface::width_of(*title) / 2, page.scale_width() / 2 + 15));
+        const RecordedRun* month = page.find_run(QStringLiteral("March 2021"));
+        QVERIFY(month && month->y > title->y);
+        const QString summary = QStringLiteral("Days: 4   Mean: 9.0   Pause: 98.0");
+        const RecordedRun* line = page.find_run(summary);
+        QVERIFY2(line, qPrintable(page.run_texts().join('|')));
+        double chart_bottom = 0;
+        for (const RecordedLine& l : page.lines)
+            chart_bottom = std::max(chart_bottom, l.y2);
+        QVERIFY(line->y > chart_bottom);
+        QCOMPARE(int(page.boxes.size()), 4);
+    }
+
+    void printout_to_pdf_reads_back() {
+        const QString pdftotext = QStandardPaths::findExecutable(QStringLiteral("pdftotext"));
+        if (pdftotext.isEmpty())
+            QSKIP("pdftotext is not installed");
+        QTemporaryDir dir;
+        ComplianceMemory memory;
+        memory.records[0] = period(t(2021, 3, 3, 22), t(2021, 3, 5, 6));
+        memory.state.last_index = 0;
+        config::LanguageTables language;
+        language.language_text[6003] = QStringLiteral("Compliance");
+        language.language_text[6012] = QStringLiteral("Days with use");
+        language.language_text[6013] = QStringLiteral("Mean per day");
+        language.language_text[6014] = QStringLiteral("Longest pause");
+        const QString pdf = dir.filePath("c.pdf");
+        QVERIFY(paint::print_to_pdf(pdf, [&](DrawingSurface& s) {
+            compliance_print_page(s, memory.state, memory.records, language, QLocale::c(), 0);
+        }));
+        QProcess p;
+        p.start(pdftotext, {"-layout", pdf, "-"});
+        QVERIFY(p.waitForFinished(30000));
+        const QString text = QString::fromUtf8(p.readAllStandardOutput());
+        QVERIFY2(text.contains("March 2021"), qPrintable(text));
+        QVERIFY2(
+            text.contains("Days with use: 3   Mean per day: 10.7   Longest pause: -") ||
+                text.simplified().contains("Days with use: 3 Mean per day: 10.7 Longest pause: -"),
+            qPrintable(text));
+    }
+};
+
+QTEST_MAIN(TestComplianceChart)
+#include "test_compliance_chart.moc"
