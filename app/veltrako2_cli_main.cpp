@@ -55,7 +55,7 @@ std::unique_ptr<QCoreApplication> make_application(int& argc, char** argv,
     if (parser.parse(arguments)) {
         const QStringList args = parser.positionalArguments();
         if (const cli::CliCommand* c = cli::find_command(args.value(0)); c && c->needs_gui)
-            gui = c->needs_gui(args.mid(1));
+            gui = c->needs_gui(parser);
     }
     if (!gui)
         return std::make_unique<QCoreApplication>(argc, argv);

@@ -39,9 +39,11 @@ struct CliCommand {
     // Options this command takes besides the common ones (--link, --yes, ...).
     // Two commands may declare an option of the same name; it is added once.
     std::function<QList<QCommandLineOption>()> options;
-    // The command draws (a PDF): it runs under a QGuiApplication, on the
-    // offscreen platform unless QT_QPA_PLATFORM says otherwise.
-    std::function<bool(const QStringList& args)> needs_gui;
+    // Whether this run draws (a PDF), judged from the parsed command line: it
+    // then runs under a QGuiApplication, on the offscreen platform unless
+    // QT_QPA_PLATFORM says otherwise. Runs that do not draw stay free of any
+    // display, so a script's stderr holds only our own messages.
+    std::function<bool(const QCommandLineParser& parser)> needs_gui;
     // Checks what it was given before anything is sent: a usage error
     // returns exit_usage with a message and must leave the device alone.
     std::function<int(CommandEnv& env)> run;

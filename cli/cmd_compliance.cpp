@@ -197,9 +197,10 @@ CliCommand compliance_command() {
              QStringLiteral("file")},
             {delete_opt, QStringLiteral("compliance: erase the usage memory")}};
     };
-    // Whether --pdf is given is not known this early; the offscreen platform
-    // costs nothing when nothing is drawn.
-    c.needs_gui = [](const QStringList&) { return true; };
+    // Only a chart needs a drawing platform.
+    c.needs_gui = [](const QCommandLineParser& parser) {
+        return parser.isSet(QStringLiteral("pdf"));
+    };
     c.run = run_compliance;
     return c;
 }
