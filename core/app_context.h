@@ -12,6 +12,7 @@
 #include "protocol/comm_log.h"
 #include "protocol/poll_timer.h"
 #include "protocol/protocol_state.h"
+#include "report/report_record.h"
 #include "status/status_memory.h"
 #include "user_interface.h"
 
@@ -42,6 +43,7 @@ public:
     device::DeviceRecord device;
     device::LiveHistory live_history;
     status::StatusMemory status;
+    report::ReportRecord report;
 
     FeatureHooks hooks;
 
