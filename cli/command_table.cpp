@@ -9,6 +9,7 @@ const std::vector<CliCommand>& cli_commands() {
         info_command(),
         watch_command(),
         send_command(),
+        report_command(),
     };
     return table;
 }

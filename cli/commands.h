@@ -8,5 +8,6 @@ namespace veltrako::cli {
 CliCommand info_command();
 CliCommand watch_command();
 CliCommand send_command();
+CliCommand report_command();
 
 } // namespace veltrako::cli
