@@ -339,7 +339,7 @@ private slots:
         QTest::newRow("zero") << "0" << 0;
         QTest::newRow("one with decimals") << "1,0" << 1;
         QTest::newRow("text") << "ja" << -1;
-        QTest::newRow("empty") << "" << -1;
+        QTest::newRow("empty") << "" << 0;
         QTest::newRow("grey state") << "2" << -1;
     }
     void check_box_values() {

@@ -2,16 +2,35 @@
 
 #include "app_context.h"
 #include "frm_main.h"
+#include "painter_surface.h"
+#include "printing.h"
 #include "report/report_file.h"
+#include "report/report_print.h"
 
 #include <QCheckBox>
 #include <QGroupBox>
 #include <QLineEdit>
+#include <QPageLayout>
+#include <QPageSize>
+#include <QPainter>
 #include <QPlainTextEdit>
+#include <QPrinter>
 #include <QPushButton>
 #include <QTabWidget>
 
 namespace veltrako::ui {
+
+DeviceDataPicture::DeviceDataPicture(QWidget* parent) : QFrame(parent) {}
+
+void DeviceDataPicture::paintEvent(QPaintEvent* event) {
+    QFrame::paintEvent(event);
+    if (!draw_)
+        return;
+    QPainter painter(this);
+    painter.setRenderHint(QPainter::TextAntialiasing);
+    paint::PainterSurface surface(painter);
+    draw_(surface);
+}
 
 namespace {
 
@@ -83,6 +102,23 @@ void cmd_save_click(FrmMain& form, AppContext& ctx) {
     report::save_report(ctx);
 }
 
+void cmd_print_click(FrmMain& form, AppContext& ctx) {
+    collect_report(form, ctx);
+    QPrinter printer;
+    printer.setPageSize(QPageSize(QPageSize::A4));
+    printer.setPageOrientation(QPageLayout::Portrait);
+    if (!choose_printer(ctx.printer_choice, printer, &form))
+        return;
+    QString error;
+    if (!print_on_printer(
+            printer,
+            [&ctx](print::DrawingSurface& surface) {
+                report::print_report(surface, ctx.report, ctx.language, QLocale());
+            },
+            &error))
+        ctx.ui.show_msg(error, MsgIcon::critical);
+}
+
 void bind_protokoll_page(FrmMain& form, AppContext& ctx) {
     // Every edit marks the report, and nothing else.
     const auto changed = [&ctx] { ctx.report.report_changed = true; };
@@ -112,6 +148,18 @@ void bind_protokoll_page(FrmMain& form, AppContext& ctx) {
     QObject::connect(form.control_as<QPushButton>(QStringLiteral("cmd_open")),
                      &QPushButton::clicked, &form,
                      [&form, &ctx] { report::open_report(ctx, [&] { show_report(form, ctx); }); });
+
+    QObject::connect(form.control_as<QPushButton>(QStringLiteral("cmd_print")),
+                     &QPushButton::clicked, &form, [&form, &ctx] { cmd_print_click(form, ctx); });
+    if (auto* picture =
+            dynamic_cast<DeviceDataPicture*>(form.control(QStringLiteral("p_geraetedaten"))))
+        picture->set_drawer([&ctx](print::DrawingSurface& surface) {
+            print::FontSpec font;
+            font.points = 8;
+            surface.set_font(font);
+            report::draw_device_data(surface, ctx.report, ctx.language, QLocale(), 100, 100,
+                                     surface.scale_width() - 200);
+        });
 
     ctx.hooks.device_found = [&form, &ctx] { refresh_report(form, ctx); };
 }

@@ -3,11 +3,33 @@
 // collects the controls back into it, marks every edit, and runs the save,
 // open and print buttons. The rules are in core/report.
 
+#include <QFrame>
+
+#include <functional>
+
 namespace veltrako {
 class AppContext;
 }
+namespace veltrako::print {
+class DrawingSurface;
+}
 
 namespace veltrako::ui {
+
+// p_geraetedaten: the device data of the report, drawn through the same
+// drawing surface as the printout.
+class DeviceDataPicture final : public QFrame {
+public:
+    using Drawer = std::function<void(print::DrawingSurface& surface)>;
+    explicit DeviceDataPicture(QWidget* parent = nullptr);
+    void set_drawer(Drawer draw) { draw_ = std::move(draw); }
+
+protected:
+    void paintEvent(QPaintEvent* event) override;
+
+private:
+    Drawer draw_;
+};
 
 class FrmMain;
 
@@ -28,5 +50,7 @@ void refresh_report(FrmMain& form, AppContext& ctx);
 
 // cmd_save_Click: collect, then save.
 void cmd_save_click(FrmMain& form, AppContext& ctx);
+// cmd_print_Click: collect, choose the printer, print the report.
+void cmd_print_click(FrmMain& form, AppContext& ctx);
 
 } // namespace veltrako::ui

@@ -224,8 +224,8 @@ public:
     }
 
     // Caption and value rows in a column, with a thin line under each.
-    double rows(const CaptionRows& data, double x, double x_end, double top) {
-        use_font(s_, 9.5);
+    double rows(const CaptionRows& data, double x, double x_end, double top, double points = 9.5) {
+        use_font(s_, points);
         const double h = s_.text_height(QStringLiteral("X")) + 50;
         double row_y = top;
         for (const auto& [caption, value] : data) {
@@ -290,15 +290,17 @@ double draw_device_data(DrawingSurface& surface, const ReportRecord& report,
                         double top, double width) {
     if (!report.device_valid())
         return top;
+    const double points = surface.font().points;
     PageLayout page(surface, language);
-    double y = page.rows(device_data_rows(report, language, locale), left, left + width, top);
+    double y =
+        page.rows(device_data_rows(report, language, locale), left, left + width, top, points);
     y += 150;
     surface.move_to(left + 40, y);
     surface.set_bold(true);
     print::print_markup(surface, markup_safe(language.text(7016)));
     surface.set_bold(false);
     y += surface.text_height(QStringLiteral("X")) + 30;
-    return page.rows(timing_rows(report, language, locale), left, left + width, y);
+    return page.rows(timing_rows(report, language, locale), left, left + width, y, points);
 }
 
 void print_report(DrawingSurface& s, const ReportRecord& report,

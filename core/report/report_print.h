@@ -30,7 +30,7 @@ CaptionRows timing_rows(const ReportRecord& report, const config::LanguageTables
                         const QLocale& locale);
 
 // The device data in one column from (left, top), `width` wide, in the
-// surface's font; nothing without valid device data. Returns the y below it.
+// size of the surface's font; nothing without valid device data. Returns the y below it.
 double draw_device_data(print::DrawingSurface& surface, const ReportRecord& report,
                         const config::LanguageTables& language, const QLocale& locale, double left,
                         double top, double width);

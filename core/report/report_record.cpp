@@ -79,6 +79,9 @@ QString check_value(bool checked) {
 
 std::optional<bool> check_state(const QString& value) {
     QString text = value.trimmed();
+    // An emptied report must not keep the ticks of the one before it.
+    if (text.isEmpty())
+        return false;
     text.replace(QLatin1Char('.'), QLatin1Char(','));
     bool ok = false;
     const double v = QLocale(QLocale::German).toDouble(text, &ok);

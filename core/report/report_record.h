@@ -75,7 +75,9 @@ std::vector<ShownField> report_view(const ReportRecord& report);
 // The value a check box stores.
 QString check_value(bool checked);
 // A check-box value as a state: "0" and "1" (any number of that value, in
-// either decimal form); nothing for anything else.
+// either decimal form), and an empty value as not ticked, so that a fresh
+// report starts with every box empty; nothing for anything else, which
+// leaves the box as it is.
 std::optional<bool> check_state(const QString& value);
 
 // Reads every report control: `read` gives the text of a text box or the
