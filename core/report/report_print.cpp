@@ -93,6 +93,13 @@ QString one_line(QString text) {
     return text.replace(breaks, QStringLiteral(" ")).trimmed();
 }
 
+// A line of wrap_fixed without the blanks that pad it to the box width.
+QString without_padding(QString line) {
+    while (line.endsWith(QLatin1Char(' ')))
+        line.chop(1);
+    return line;
+}
+
 // A paragraph in lines of at most `width` characters, broken between words
 // where it can be.
 QStringList word_lines(const QString& paragraph, int width) {
@@ -126,8 +133,19 @@ public:
     void need(double needed, double limit) {
         if (y + needed <= limit)
             return;
-        if (s_.new_page())
-            y = 700;
+        if (!s_.new_page())
+            return;
+        y = 700;
+        if (continuation.isEmpty())
+            return;
+        // Every further page says whose report it continues.
+        const print::FontSpec font = s_.font();
+        use_font(s_, 8);
+        plain(s_, left, y, continuation);
+        y += s_.text_height(QStringLiteral("X")) + 20;
+        s_.draw_line(left, y, right, y, rule_grey);
+        y += 120;
+        s_.set_font(font);
     }
 
     // A markup line at y.
@@ -210,8 +228,7 @@ public:
             const int count = std::min(shown - i, room);
             for (int k = 0; k < count; ++k, ++i)
                 if (i < lines.size())
-                    plain(s_, left + pad, top + pad + k * h,
-                          lines[i].trimmed().isEmpty() ? QString() : lines[i]);
+                    plain(s_, left + pad, top + pad + k * h, without_padding(lines[i]));
             const double box_bottom = top + 2 * pad + count * h;
             s_.draw_line(left, top, right, top, rule_grey);
             s_.draw_line(right, top, right, box_bottom, rule_grey);
@@ -246,6 +263,8 @@ public:
     double right = 0;
     double bottom = 0;
     double y = 0;
+    // The line at the top of every further page.
+    QString continuation;
 };
 
 } // namespace
@@ -342,6 +361,8 @@ void print_report(DrawingSurface& s, const ReportRecord& report,
         plain(s, x, page.y + 70 + caption_h, fitted(s, one_line(id_values[i]), column - 160));
     }
     page.y += band_h;
+    page.continuation = language.text(7010) + QStringLiteral(" \u2013 ") + d.SN.trimmed() +
+                        QStringLiteral(" \u2013 ") + one_line(value("t_Datum"));
 
     // Patient and insurer.
     page.heading(language.text(7011));
