@@ -6,6 +6,7 @@
 #include "fake_link.h"
 #include "frm_main.h"
 #include "manual_clock.h"
+#include "protocol/poll_cycle.h"
 #include "report/report_record.h"
 #include "report_page.h"
 
@@ -130,6 +131,21 @@ private slots:
         QVERIFY(!h.get<QPushButton>("cmd_save")->isEnabled());
         QVERIFY(h.ctx.report.report_changed);
         QCOMPARE(h.get<QLineEdit>("t_patient")->text(), QStringLiteral("Otto"));
+    }
+
+    // A lost connection blanks the live page, not the report being typed.
+    void link_reset_keeps_the_typed_report() {
+        Harness h;
+        h.open_page();
+        h.get<QLineEdit>("t_patient")->setText(QStringLiteral("Otto"));
+        h.get<QPlainTextEdit>("t_zubehoer")->setPlainText(QStringLiteral("Maske"));
+        h.get<QLineEdit>("t_sn")->setText(QStringLiteral("VO2-1"));
+        protocol::reset_link_state(h.ctx);
+        QVERIFY(h.get<QLineEdit>("t_sn")->text().isEmpty());
+        QCOMPARE(h.get<QLineEdit>("t_patient")->text(), QStringLiteral("Otto"));
+        QCOMPARE(h.get<QPlainTextEdit>("t_zubehoer")->toPlainText(), QStringLiteral("Maske"));
+        QVERIFY(!h.get<QLineEdit>("t_Datum")->text().isEmpty());
+        QVERIFY(h.ctx.report.report_changed);
     }
 
     void picture_draws_the_snapshot() {
