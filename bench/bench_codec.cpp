@@ -21,7 +21,7 @@ namespace {
 
 constexpr double wire_bytes_per_second = 115200.0 / 11.0;
 
-void report(const char* what, qint64 bytes, qint64 nanoseconds) {
+void report_rate(const char* what, qint64 bytes, qint64 nanoseconds) {
     const double seconds = nanoseconds / 1e9;
     const double mb_per_s = bytes / seconds / 1e6;
     const double ratio = bytes / seconds / wire_bytes_per_second;
@@ -43,7 +43,7 @@ int main(int argc, char** argv) {
     std::uint32_t sink = 0;
     for (qint64 i = 0; i < megabytes; ++i)
         sink += protocol::calc_crc(data);
-    report("calc_crc", megabytes * data.size(), t.nsecsElapsed());
+    report_rate("calc_crc", megabytes * data.size(), t.nsecsElapsed());
 
     // parse_frames over live-status frames, delivered in chunks of what one
     // 50 ms tick brings at full wire speed.
@@ -63,7 +63,7 @@ int main(int argc, char** argv) {
     for (qint64 round = 0; round < parse_megabytes; ++round)
         for (qsizetype at = 0; at < stream.size(); at += chunk)
             protocol::parse_frames(ctx, stream.mid(at, chunk));
-    report("parse_frames", parse_megabytes * stream.size(), t.nsecsElapsed());
+    report_rate("parse_frames", parse_megabytes * stream.size(), t.nsecsElapsed());
     std::printf("(%lld frames, checksum sink %u)\n", static_cast<long long>(payloads), sink);
     return 0;
 }

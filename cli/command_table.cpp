@@ -14,6 +14,7 @@ const std::vector<CliCommand>& cli_commands() {
         set_command(),
         reset_command(),
         compliance_command(),
+        report_command(),
     };
     return table;
 }

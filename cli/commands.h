@@ -13,5 +13,6 @@ CliCommand firmware_command();
 CliCommand set_command();
 CliCommand reset_command();
 CliCommand compliance_command();
+CliCommand report_command();
 
 } // namespace veltrako::cli

@@ -15,6 +15,7 @@
 #include "protocol/comm_log.h"
 #include "protocol/poll_timer.h"
 #include "protocol/protocol_state.h"
+#include "report/report_record.h"
 #include "status/status_memory.h"
 #include "user_interface.h"
 
@@ -47,6 +48,7 @@ public:
     device::PresetTable presets; // the three valve timing presets and their buttons
     status::StatusMemory status;
     compliance::ComplianceMemory compliance;
+    report::ReportRecord report;
 
     // The printer the print dialog opens on next time.
     print::PrinterChoice printer_choice;

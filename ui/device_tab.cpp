@@ -57,8 +57,12 @@ void blank(FrmMain& form) {
             set_position(w, 0);
         }
     }
+    // The inspection report's boxes share the "t_" prefix but not the device
+    // record: what the technician typed there survives a lost connection.
+    const QWidget* report_page = form.control(QStringLiteral("page_protokoll"));
     for (QWidget* w : form.controls_with_prefix(QStringLiteral("t_")))
-        set_text(w, QString());
+        if (!report_page || !report_page->isAncestorOf(w))
+            set_text(w, QString());
     const QColor white = shade_colour(device::Shade::white);
     for (const QString& prefix :
          {QStringLiteral("lbl_Ventil"), QStringLiteral("lbl_Alarm"), QStringLiteral("pic_")}) {

@@ -15,6 +15,8 @@
 #include "pages.h"
 #include "protocol/poll_cycle.h"
 #include "status/status_readout.h"
+#include "report/report_file.h"
+#include "report_page.h"
 
 #include <QAction>
 #include <QCloseEvent>
@@ -128,8 +130,10 @@ void FrmMain::bind(AppContext& ctx) {
             [&ctx] { link::open_device(ctx, false); });
     connect(control_as<QPushButton>(QStringLiteral("Command2")), &QPushButton::clicked, this,
             [&ctx] { link::close_device(ctx); });
-    connect(menu_action(QStringLiteral("men_verbindung")), &QAction::triggered, this,
-            [&ctx] { protocol::connect_routine(ctx); });
+    connect(menu_action(QStringLiteral("men_verbindung")), &QAction::triggered, this, [this, &ctx] {
+        refresh_report(*this, ctx);
+        protocol::connect_routine(ctx);
+    });
     connect(menu_action(QStringLiteral("men_Info")), &QAction::triggered, this,
             [this] { show_wait(QStringLiteral("info")); });
     connect(menu_action(QStringLiteral("men_Softwareupdate")), &QAction::triggered, this,
@@ -141,6 +145,7 @@ void FrmMain::bind(AppContext& ctx) {
             [&ctx] { status::cmd_sysstatsave_Click(ctx); });
     bind_geraet_page(*this, ctx);
     bind_page_compliance(*this, ctx);
+    bind_protokoll_page(*this, ctx);
 
     device_record_changed();
 }
@@ -174,6 +179,9 @@ void FrmMain::show_wait(const QString& command, const QString& text) {
 
 void FrmMain::closeEvent(QCloseEvent* event) {
     if (ctx_) {
+        // An unsaved report is offered for saving while the device data it
+        // holds is still there.
+        report::checksaved(*ctx_, [this] { cmd_save_click(*this, *ctx_); });
         // No reconnection while the program ends.
         ctx_->timer1.set_enabled(false);
         link::close_device(*ctx_);

@@ -3,6 +3,7 @@
 
 #include "controls.h"
 #include "pages.h"
+#include "report_page.h"
 
 #include <QCheckBox>
 #include <QFrame>
@@ -112,7 +113,7 @@ QWidget* device_data() {
     heading->setFont(heading_font());
     layout->addWidget(heading);
     // Picture box for the snapshot of the device data; drawn by the report.
-    auto* picture = new QFrame;
+    auto* picture = new DeviceDataPicture;
     picture->setObjectName(QStringLiteral("p_geraetedaten"));
     picture->setFrameShape(QFrame::Box);
     picture->setAutoFillBackground(true);

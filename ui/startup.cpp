@@ -6,6 +6,7 @@
 #include "config/language.h"
 #include "frm_main.h"
 #include "protocol/poll_cycle.h"
+#include "report_page.h"
 
 #include <QGuiApplication>
 #include <QScreen>
@@ -44,6 +45,8 @@ void size_form(FrmMain& form) {
 
 void form_load(FrmMain& form, AppContext& ctx, const StartupOptions& options) {
     initialise(ctx, options);
+    // The report's device data follows the (now empty) device record.
+    refresh_report(form, ctx);
     form.set_language_applier([&ctx](QWidget& f) { apply_language(f, ctx.language); });
     apply_language(form, ctx.language);
     size_form(form);

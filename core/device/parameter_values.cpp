@@ -2,6 +2,9 @@
 
 #include "device/device_view.h"
 
+#include <cmath>
+#include <optional>
+
 namespace veltrako::device {
 
 namespace {
@@ -9,38 +12,114 @@ namespace {
 QString shown(const DeviceRecord& r, const char* control, const QLocale& locale) {
     return value_text(r, QLatin1String(control), locale);
 }
+
+// The live numbers under their keys, with the box of the "Gerät" page that
+// shows them: a file or a script gets the number the technician saw.
+struct NumberField {
+    const char* key;
+    double DeviceRecord::*field;
+    const char* control;
+};
+constexpr NumberField number_fields[] = {
+    {"O2", &DeviceRecord::O2, "t_o2"},
+    {"VOLUMENSTROM", &DeviceRecord::VOLUMENSTROM, "t_volumenstrom"},
+    {"SOLL_VOLUMENSTROM", &DeviceRecord::SOLL_VOLUMENSTROM, "t_sollvolumenstrom"},
+    {"GASTEMP", &DeviceRecord::GASTEMP, "t_gastemp"},
+    {"KOMPRESSORTEMP", &DeviceRecord::KOMPRESSORTEMP, "t_kompressortemp"},
+};
+
+struct TextField {
+    const char* key;
+    QString DeviceRecord::*field;
+};
+constexpr TextField text_fields[] = {
+    {"SN", &DeviceRecord::SN},         {"LP", &DeviceRecord::LP},     {"SW", &DeviceRecord::SW},
+    {"SW_NUM", &DeviceRecord::sw_num}, {"BSTD", &DeviceRecord::BSTD},
+};
+
+// The single-byte settings, and whether the device family has them.
+struct SettingField {
+    const char* key;
+    std::uint8_t DeviceRecord::*field;
+    bool ModelControls::*present;
+};
+constexpr SettingField setting_fields[] = {
+    {"MIN_VOLUMENSTROM", &DeviceRecord::wert_u, &ModelControls::flow_selectors},
+    {"MAX_VOLUMENSTROM", &DeviceRecord::wert_o, &ModelControls::flow_selectors},
+    {"ALARMSIGNAL", &DeviceRecord::wert_x, &ModelControls::acoustic},
+};
+
+// Index of a "ZEITEN<n>" key, or nothing.
+std::optional<std::size_t> timing_index(const QString& key) {
+    if (!key.startsWith(QLatin1String("ZEITEN")))
+        return std::nullopt;
+    bool ok = false;
+    const int i = key.mid(6).toInt(&ok);
+    // "ZEITEN03" or "ZEITEN+3" are not keys.
+    if (!ok || i < 0 || i > 13 || QString::number(i) != key.mid(6))
+        return std::nullopt;
+    return static_cast<std::size_t>(i);
+}
+
+std::optional<std::uint8_t> read_byte(const QString& value) {
+    bool ok = false;
+    const int v = value.trimmed().toInt(&ok);
+    if (!ok || v < 0 || v > 255)
+        return std::nullopt;
+    return static_cast<std::uint8_t>(v);
+}
+
 } // namespace
 
 QString parameter_value(const DeviceRecord& r, const QString& key, const QLocale& locale) {
-    if (key == QLatin1String("SN"))
-        return r.SN;
-    if (key == QLatin1String("LP"))
-        return r.LP;
-    if (key == QLatin1String("SW"))
-        return r.SW;
-    if (key == QLatin1String("SW_NUM"))
-        return r.sw_num;
-    if (key == QLatin1String("BSTD"))
-        return r.BSTD;
-    if (key == QLatin1String("O2"))
-        return shown(r, "t_o2", locale);
-    if (key == QLatin1String("VOLUMENSTROM"))
-        return shown(r, "t_volumenstrom", locale);
-    if (key == QLatin1String("SOLL_VOLUMENSTROM"))
-        return shown(r, "t_sollvolumenstrom", locale);
-    if (key == QLatin1String("GASTEMP"))
-        return shown(r, "t_gastemp", locale);
-    if (key == QLatin1String("KOMPRESSORTEMP"))
-        return shown(r, "t_kompressortemp", locale);
-    if (key.startsWith(QLatin1String("ZEITEN"))) {
-        bool ok = false;
-        const int i = key.mid(6).toInt(&ok);
-        if (ok && i >= 0 && i <= 13)
-            return QString::number(r.zeiten[static_cast<std::size_t>(i)]);
-    }
+    for (const TextField& f : text_fields)
+        if (key == QLatin1String(f.key))
+            return r.*f.field;
+    for (const NumberField& f : number_fields)
+        if (key == QLatin1String(f.key))
+            return shown(r, f.control, locale);
+    for (const SettingField& f : setting_fields)
+        if (key == QLatin1String(f.key))
+            return model_controls(r).*f.present ? QString::number(r.*f.field) : QString();
+    if (const auto i = timing_index(key))
+        return QString::number(r.zeiten[*i]);
     return {};
 }
 
+bool set_parameter_value(DeviceRecord& r, const QString& key, const QString& value) {
+    for (const TextField& f : text_fields)
+        if (key == QLatin1String(f.key)) {
+            r.*f.field = value;
+            return true;
+        }
+    for (const NumberField& f : number_fields)
+        if (key == QLatin1String(f.key)) {
+            // Written in the user's locale, possibly another one than ours:
+            // both separators are taken as the decimal comma.
+            QString text = value.trimmed();
+            text.replace(QLatin1Char('.'), QLatin1Char(','));
+            bool ok = false;
+            const double v = QLocale(QLocale::German).toDouble(text, &ok);
+            if (!ok || !std::isfinite(v))
+                return false;
+            r.*f.field = v;
+            return true;
+        }
+    for (const SettingField& f : setting_fields)
+        if (key == QLatin1String(f.key)) {
+            const auto v = read_byte(value);
+            if (v)
+                r.*f.field = *v;
+            return v.has_value();
+        }
+    if (const auto i = timing_index(key)) {
+        const auto v = read_byte(value);
+        if (v)
+            r.zeiten[*i] = *v;
+        return v.has_value();
+    }
+    return false;
+}
 QList<std::pair<QString, QString>> live_fields(const DeviceRecord& r, const QLocale& locale) {
     const QString clock = r.geraetezeit.isNull()
                               ? QString()

@@ -1,0 +1,118 @@
+// report: the inspection report from the command line. With --out it reads
+// the device, fills the report as the "Protokoll" page would (snapshot,
+// today's date and time, the fields given as KEY=VALUE) and writes the
+// report file; with --print it draws a saved report into a PDF file, without
+// a device.
+
+#include "app_context.h"
+#include "cli_session.h"
+#include "commands.h"
+#include "config/text_file.h"
+#include "console_ui.h"
+#include "pdf_output.h"
+#include "report/report_file.h"
+#include "report/report_print.h"
+
+#include <QCommandLineParser>
+
+namespace veltrako::cli {
+
+namespace {
+
+const QString out_name = QStringLiteral("out");
+const QString print_name = QStringLiteral("print");
+const QString pdf_name = QStringLiteral("pdf");
+
+int usage(const QString& text) {
+    print_error(text);
+    return exit_usage;
+}
+
+int print_saved_report(CommandEnv& env) {
+    if (!env.args.isEmpty())
+        return usage(QStringLiteral("report --print takes no KEY=VALUE fields"));
+    if (!env.parser.isSet(pdf_name))
+        return usage(QStringLiteral("report --print FILE needs --pdf OUT"));
+    report::ReportRecord record;
+    const QString file = env.parser.value(print_name);
+    if (!report::load_report_file(record, file))
+        return usage(QStringLiteral("cannot read the report file %1").arg(file));
+    QString error;
+    const bool written = paint::print_to_pdf(
+        env.parser.value(pdf_name),
+        [&](print::DrawingSurface& surface) {
+            report::print_report(surface, record, env.ctx.language, QLocale());
+        },
+        &error);
+    if (!written) {
+        print_error(error);
+        return exit_device;
+    }
+    return exit_ok;
+}
+
+int write_report(CommandEnv& env) {
+    // Every field is checked before the device is touched.
+    QList<std::pair<QString, QString>> fields;
+    for (const QString& arg : env.args) {
+        const qsizetype eq = arg.indexOf(QLatin1Char('='));
+        const int index = eq > 0 ? report::report_key_index(arg.left(eq)) : 0;
+        if (index == 0)
+            return usage(QStringLiteral("unknown report field \"%1\"; the fields are %2")
+                             .arg(arg.left(eq < 0 ? arg.size() : eq),
+                                  report::report_keys().mid(1).join(QStringLiteral(", "))));
+        const QString& key = report::report_keys()[index];
+        const QString value = arg.mid(eq + 1);
+        if (report::field_kind(key) == report::FieldKind::check && value != QLatin1String("0") &&
+            value != QLatin1String("1"))
+            return usage(QStringLiteral("%1 takes 0 or 1, not \"%2\"").arg(key, value));
+        fields.append({key, value});
+    }
+
+    const int code = env.session.connect_and_read_record();
+    if (code != exit_ok)
+        return code;
+    report::ReportRecord& record = env.ctx.report;
+    report::take_snapshot(record, env.ctx.device, true);
+    report::set_report_defaults(record, env.ctx.clock.now());
+    for (const auto& [key, value] : fields)
+        record.set_value(key, value);
+    const QString out = env.parser.value(out_name);
+    if (!config::write_text_lines(out, report::report_file_lines(record, QLocale()))) {
+        print_error(QStringLiteral("could not write the report to %1").arg(out));
+        return exit_device;
+    }
+    return exit_ok;
+}
+
+int run_report(CommandEnv& env) {
+    const bool out = env.parser.isSet(out_name);
+    const bool print = env.parser.isSet(print_name);
+    if (out == print)
+        return usage(QStringLiteral("report needs either --out FILE or --print FILE --pdf OUT"));
+    return print ? print_saved_report(env) : write_report(env);
+}
+
+} // namespace
+
+CliCommand report_command() {
+    CliCommand c;
+    c.name = QStringLiteral("report");
+    c.help = QStringLiteral(
+        "report --out FILE [KEY=VALUE ...]  read the device, write an inspection report file\n"
+        "report --print FILE --pdf OUT      draw a saved inspection report into a PDF file");
+    c.options = [] {
+        return QList<QCommandLineOption>{
+            {out_name, QStringLiteral("write the result to FILE"), QStringLiteral("file")},
+            {print_name, QStringLiteral("the saved report to print"), QStringLiteral("file")},
+            {pdf_name, QStringLiteral("draw the printout into the PDF file OUT"),
+             QStringLiteral("out")},
+        };
+    };
+    // Only the printout needs a drawing platform.
+    c.needs_gui = [](const QCommandLineParser& parser) { return parser.isSet(pdf_name); };
+    c.run = run_report;
+    return c;
+}
+
+} // namespace veltrako::cli

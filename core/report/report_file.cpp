@@ -1,0 +1,176 @@
+#include "report/report_file.h"
+
+#include "app_context.h"
+#include "config/config.h"
+#include "config/key_value_lines.h"
+#include "config/text_file.h"
+#include "device/parameter_values.h"
+#include "protocol/response_interpreter.h"
+
+#include <QDir>
+#include <QFileInfo>
+
+namespace veltrako::report {
+
+namespace {
+
+// The device keys the reader knows. The serial-memory key is spelled
+// "VEEPROMP" here while the writer writes "VEEPROM", so that value is never
+// restored: a report file is read back as it was filed, and nothing in it
+// names a field the snapshot has anyway.
+const QStringList& reader_device_keys() {
+    static const QStringList keys = [] {
+        QStringList k = device::parameter_keys().mid(1);
+        k.replace(k.indexOf(QStringLiteral("VEEPROM")), QStringLiteral("VEEPROMP"));
+        k << QLatin1String(remaining_time_key);
+        return k;
+    }();
+    return keys;
+}
+
+int exact_report_key_index(const QString& key) {
+    const QStringList& keys = report_keys();
+    const qsizetype i = key.isEmpty() ? -1 : keys.indexOf(key);
+    return i < 1 ? 0 : static_cast<int>(i);
+}
+
+void store_device_value(device::DeviceRecord& d, const QString& key, const QString& value) {
+    if (key == QLatin1String(remaining_time_key))
+        d.rest_text = value;
+    else
+        device::set_parameter_value(d, key, value);
+}
+
+QString file_filter(const AppContext& ctx) {
+    return ctx.language.text(7001) + QStringLiteral(" (*.txt)|*.txt");
+}
+
+// A confirmed dialog makes the chosen folder the start of the next one, and
+// the configuration file keeps it.
+void remember_folder(AppContext& ctx, const QString& path) {
+    ctx.config.INITDIR = QFileInfo(path).absolutePath() + QLatin1Char('/');
+    config::save_config(ctx.config, ctx.program_dir + QLatin1String(config::config_file_name));
+}
+
+} // namespace
+
+QStringList report_file_lines(const ReportRecord& report, const QLocale& locale) {
+    QStringList lines;
+    const QStringList& keys = report_keys();
+    for (qsizetype i = 1; i < keys.size(); ++i)
+        lines << config::key_value_line(keys[i], report.report_values[static_cast<std::size_t>(i)]);
+    const QStringList& device_keys = device::parameter_keys();
+    for (qsizetype i = 1; i < device_keys.size(); ++i)
+        lines << config::key_value_line(
+            device_keys[i], device::parameter_value(report.report_device, device_keys[i], locale));
+    lines << config::key_value_line(QLatin1String(remaining_time_key),
+                                    report.report_device.rest_text);
+    return lines;
+}
+
+void read_report_lines(ReportRecord& report, const QStringList& lines) {
+    bool identity_read = false;
+    for (const QString& line : lines) {
+        const QStringList parts = line.split(QLatin1Char('|'));
+        if (parts.size() != 2)
+            continue;
+        const QString& key = parts[0];
+        if (const int i = exact_report_key_index(key)) {
+            report.report_values[static_cast<std::size_t>(i)] =
+                config::restore_line_breaks(parts[1]);
+        } else if (reader_device_keys().contains(key)) {
+            store_device_value(report.report_device, key, parts[1]);
+            identity_read = identity_read || key == QLatin1String("SW_NUM");
+        }
+    }
+    if (identity_read) {
+        // Which settings the device has follows from its family, as on a
+        // live connection.
+        device::DeviceRecord& d = report.report_device;
+        d.family_code = protocol::map_family_code(d.sw_num);
+        device::detect_device_type(d);
+    }
+}
+
+QString default_report_name(const ReportRecord& report, const QDateTime& now) {
+    QString sn = report.report_device.SN.trimmed();
+    // The serial number comes from the device's memory: anything a file name
+    // cannot hold becomes "_".
+    for (QChar& c : sn)
+        if (c.unicode() < 32 || QStringLiteral("\\/:*?\"<>|").contains(c))
+            c = QLatin1Char('_');
+    return sn + QLatin1Char('_') + now.toString(QStringLiteral("yyyyMMdd_HHmmss"));
+}
+
+bool load_report_file(ReportRecord& report, const QString& path) {
+    report = ReportRecord{};
+    const auto lines = config::read_text_lines(path);
+    if (!lines)
+        return false;
+    read_report_lines(report, *lines);
+    report.report_device.live_valid = true;
+    return true;
+}
+
+bool save_report(AppContext& ctx) {
+    ReportRecord& report = ctx.report;
+    if (!report.device_valid())
+        return false;
+    FileDialogRequest request;
+    request.title = ctx.language.text(7002);
+    request.start_dir = ctx.config.INITDIR;
+    request.filter = file_filter(ctx);
+    request.default_suffix = QStringLiteral(".txt");
+    request.proposed_name = default_report_name(report, ctx.clock.now());
+    QString path;
+    for (;;) {
+        path = ctx.ui.choose_save_file(request);
+        if (path.isEmpty())
+            return false;
+        if (!QFileInfo::exists(path) || ctx.ui.ask_yes_no(ctx.language.text(7004)))
+            break;
+        // Back to the dialog, where the user left it.
+        request.start_dir = QFileInfo(path).absolutePath();
+        request.proposed_name = QFileInfo(path).fileName();
+    }
+    remember_folder(ctx, path);
+    if (!config::write_text_lines(path, report_file_lines(report, QLocale()))) {
+        ctx.ui.show_msg(ctx.language.text(7006) + QLatin1Char(' ') + QDir::toNativeSeparators(path),
+                        MsgIcon::critical);
+        return false;
+    }
+    ctx.ui.show_msg(ctx.language.text(7005), MsgIcon::information);
+    return true;
+}
+
+bool open_report(AppContext& ctx, const std::function<void()>& show) {
+    ctx.report = ReportRecord{};
+    show();
+    FileDialogRequest request;
+    request.title = ctx.language.text(7003);
+    request.start_dir = ctx.config.INITDIR;
+    request.filter = file_filter(ctx);
+    request.default_suffix = QStringLiteral(".txt");
+    const QString path = ctx.ui.choose_open_file(request);
+    if (path.isEmpty())
+        return false;
+    remember_folder(ctx, path);
+    if (!load_report_file(ctx.report, path)) {
+        ctx.ui.show_msg(ctx.language.text(7007) + QLatin1Char(' ') + QDir::toNativeSeparators(path),
+                        MsgIcon::critical);
+        return false;
+    }
+    show();
+    return true;
+}
+
+void checksaved(AppContext& ctx, const std::function<void()>& save_click) {
+    while (ctx.report.report_changed) {
+        if (ctx.ui.ask_ok_cancel(ctx.language.text(3), QString()))
+            save_click();
+        else
+            ctx.report.report_changed = false;
+    }
+}
+
+} // namespace veltrako::report

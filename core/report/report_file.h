@@ -1,0 +1,56 @@
+#pragma once
+// The report file: one "key|value" line per report field, then the device
+// values of the snapshot, CR LF, written whole or not at all; and the dialogs
+// around saving and opening it, and the question before the program ends.
+
+#include "report/report_record.h"
+
+#include <QLocale>
+#include <QStringList>
+
+#include <functional>
+
+namespace veltrako {
+class AppContext;
+}
+
+namespace veltrako::report {
+
+// Key of the remaining time, written after the parameter keys.
+inline constexpr auto remaining_time_key = "REST";
+
+// The lines of the file: the 18 report keys, the 31 parameter keys of the
+// device, then "REST"; numbers in `locale`'s form, as the "Gerät" page shows
+// them.
+QStringList report_file_lines(const ReportRecord& report, const QLocale& locale);
+
+// Reads file lines into `report` over what it holds. A line that is not
+// exactly one key "|" one value is skipped, as is a key nobody knows. Report
+// values get their line breaks back; device values go into the snapshot.
+// The valid flag is left alone.
+void read_report_lines(ReportRecord& report, const QStringList& lines);
+
+// The name a save dialog offers: serial number, "_", date and time.
+QString default_report_name(const ReportRecord& report, const QDateTime& now);
+
+// Empties the record, reads the file into it and marks its device data valid,
+// as opening a report does. False when the file cannot be read; the record
+// then holds nothing valid.
+bool load_report_file(ReportRecord& report, const QString& path);
+
+// cmd_save, after the page has collected its controls: only with valid device
+// data, asks for the file (overwrite question), remembers its folder, writes
+// it and says so. True when a file was written.
+bool save_report(AppContext& ctx);
+
+// cmd_open: empties and shows the record, asks for a file, reads it, marks the
+// device data valid and shows it. `show` puts the record on the page. True
+// when a file was read.
+bool open_report(AppContext& ctx, const std::function<void()>& show);
+
+// Before the program ends: while the report has unsaved changes, asks whether
+// to save (OK runs `save_click`, the cmd_save action). Saving does not count
+// as answering: the question comes again until the user answers Cancel.
+void checksaved(AppContext& ctx, const std::function<void()>& save_click);
+
+} // namespace veltrako::report

@@ -1,0 +1,28 @@
+// Report files come back from anywhere a technician keeps them: any content
+// must load into a report without a crash, and what loaded must write again.
+
+#include "report/report_file.h"
+
+#include <QString>
+#include <QStringList>
+
+#include <cstdint>
+
+using namespace veltrako;
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    const QString text =
+        QString::fromUtf8(reinterpret_cast<const char*>(data), static_cast<qsizetype>(size));
+    report::ReportRecord record;
+    report::read_report_lines(record, text.split(QLatin1Char('\n')));
+    record.report_device.live_valid = true;
+    const QStringList lines = report::report_file_lines(record, QLocale::c());
+    // One line per key whatever was read: no value may add a line or a column.
+    if (lines.size() != 50)
+        __builtin_trap();
+    for (const QString& line : lines)
+        if (line.count(QLatin1Char('|')) != 1 || line.contains(QLatin1Char('\n')) ||
+            line.contains(QLatin1Char('\r')))
+            __builtin_trap();
+    return 0;
+}

@@ -1,0 +1,108 @@
+// veltrako2-cli report: a report file written from the simulated device with
+// fields from the command line, printed again to PDF without a device, and
+// the usage errors that leave everything untouched.
+
+#include <QFile>
+#include <QProcess>
+#include <QStandardPaths>
+#include <QTemporaryDir>
+#include <QTest>
+
+namespace {
+
+struct Run {
+    int exit_code = -1;
+    QString err;
+};
+
+Run run_cli(const QStringList& arguments) {
+    QProcess p;
+    p.start(QStringLiteral(VELTRAKO2_CLI_PATH), arguments);
+    Run r;
+    if (!p.waitForFinished(30000)) {
+        p.kill();
+        p.waitForFinished();
+        r.err = QStringLiteral("did not finish");
+        return r;
+    }
+    r.exit_code = p.exitStatus() == QProcess::NormalExit ? p.exitCode() : -1;
+    r.err = QString::fromUtf8(p.readAllStandardError());
+    return r;
+}
+
+} // namespace
+
+class TestCliReport : public QObject {
+    Q_OBJECT
+private slots:
+    void out_then_print() {
+        QTemporaryDir dir;
+        const QString file = dir.filePath(QStringLiteral("report.txt"));
+        const Run r = run_cli({"--link", "sim", "report", "--out", file, "t_Patient=Erika Muster",
+                               "ck_stk=1", "T_ORT=Bonn", "t_Bemerkungen=a|b"});
+        QVERIFY2(r.exit_code == 0, qPrintable(r.err));
+        QFile f(file);
+        QVERIFY(f.open(QIODevice::ReadOnly));
+        const QByteArray bytes = f.readAll();
+        QCOMPARE(bytes.count("\r\n"), 50);
+        for (const char* line : {"t_Patient|Erika Muster\r\n", "ck_stk|1\r\n", "t_Ort|Bonn\r\n",
+                                 "t_Bemerkungen|a/b\r\n", "ck_Leistung|\r\n", "VEEPROM|\r\n"})
+            QVERIFY2(bytes.contains(line), line);
+        // The device was read: serial number and hours are there.
+        QVERIFY(bytes.contains("\r\nSN|VO2-"));
+        QVERIFY(!bytes.contains("\r\nBSTD|\r\n"));
+        QVERIFY(bytes.contains("\r\nt_Datum|"));
+
+        const QString pdftotext = QStandardPaths::findExecutable(QStringLiteral("pdftotext"));
+        if (pdftotext.isEmpty())
+            QSKIP("pdftotext is not installed");
+        const QString pdf = dir.filePath(QStringLiteral("report.pdf"));
+        const Run printed = run_cli({"--lang", "de", "report", "--print", file, "--pdf", pdf});
+        QVERIFY2(printed.exit_code == 0, qPrintable(printed.err));
+        QProcess p;
+        p.start(pdftotext, {pdf, QStringLiteral("-")});
+        QVERIFY(p.waitForFinished(30000));
+        const QString text = QString::fromUtf8(p.readAllStandardOutput());
+        const QString sn = QString::fromUtf8(bytes)
+                               .section(QStringLiteral("\r\nSN|"), 1)
+                               .section(QLatin1Char('\r'), 0, 0);
+        const QString hours = QString::fromUtf8(bytes)
+                                  .section(QStringLiteral("\r\nBSTD|"), 1)
+                                  .section(QLatin1Char('\r'), 0, 0);
+        for (const QString& expected :
+             {QStringLiteral("Erika Muster"), sn.trimmed(), hours, QStringLiteral("Prüfprotokoll")})
+            QVERIFY2(text.contains(expected), qPrintable(expected));
+    }
+
+    // Usage errors come before the device: a link that cannot open is never
+    // tried, and no file appears.
+    void usage_errors_data() {
+        QTest::addColumn<QStringList>("arguments");
+        QTest::addColumn<QString>("message");
+        QTest::newRow("unknown key") << QStringList{"--out", "OUT", "t_Name=x"} << "t_Name";
+        QTest::newRow("no equals sign") << QStringList{"--out", "OUT", "t_Patient"} << "t_Patient";
+        QTest::newRow("check box takes 0 or 1") << QStringList{"--out", "OUT", "ck_stk=ja"} << "ja";
+        QTest::newRow("neither form") << QStringList{} << "--out";
+        QTest::newRow("both forms") << QStringList{"--out", "OUT", "--print", "IN"} << "--print";
+        QTest::newRow("print without pdf") << QStringList{"--print", "IN"} << "--pdf";
+        QTest::newRow("print of a missing file")
+            << QStringList{"--print", "IN", "--pdf", "OUT"} << "missing.txt";
+    }
+    void usage_errors() {
+        QFETCH(QStringList, arguments);
+        QFETCH(QString, message);
+        QTemporaryDir dir;
+        const QString out = dir.filePath(QStringLiteral("out.file"));
+        const QString in = dir.filePath(QStringLiteral("missing.txt"));
+        arguments.replaceInStrings(QStringLiteral("OUT"), out);
+        arguments.replaceInStrings(QStringLiteral("IN"), in);
+        const Run r =
+            run_cli(QStringList{"--link", "serial:/dev/veltrako2-none", "report"} + arguments);
+        QCOMPARE(r.exit_code, 2);
+        QVERIFY2(r.err.contains(message), qPrintable(r.err));
+        QVERIFY(!QFile::exists(out));
+    }
+};
+
+QTEST_GUILESS_MAIN(TestCliReport)
+#include "test_cli_report.moc"

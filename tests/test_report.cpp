@@ -1,0 +1,394 @@
+// The inspection report without widgets: the file written and read back, the
+// device values under their keys, the dialogs around saving and opening, and
+// the question before the program ends.
+
+#include "app_context.h"
+#include "config/text_file.h"
+#include "device/parameter_values.h"
+#include "fake_link.h"
+#include "fake_user_interface.h"
+#include "manual_clock.h"
+#include "report/report_file.h"
+
+#include <QFile>
+#include <QTemporaryDir>
+#include <QTest>
+
+using namespace veltrako;
+using namespace veltrako::report;
+using namespace veltrako::testing;
+
+namespace {
+
+struct Harness {
+    ManualClock clock{QDateTime(QDate(2026, 3, 2), QTime(14, 5, 9), Qt::UTC)};
+    FakeUserInterface ui;
+    AppContext ctx{clock, ui, std::make_unique<FakeLink>()};
+    QTemporaryDir dir;
+    Harness() {
+        ctx.program_dir = dir.path() + QLatin1Char('/');
+        ctx.config.INITDIR = ctx.program_dir;
+        for (int n : {3, 7001, 7004, 7005, 7006, 7007})
+            ctx.language.language_text[static_cast<std::size_t>(n)] =
+                QStringLiteral("text%1").arg(n);
+    }
+    QString path(const QString& name) const { return dir.filePath(name); }
+};
+
+// A device as a connection leaves it: identity, hours, live values, timings.
+device::DeviceRecord live_device(const QString& family = QStringLiteral("52")) {
+    device::DeviceRecord d;
+    d.live_valid = true;
+    d.SN = QStringLiteral("VO2-7E00042 ");
+    d.LP = QStringLiteral("12344");
+    d.sw_num = family;
+    d.family_code = family;
+    d.SW = family + QLatin1Char('A');
+    d.BSTD = QStringLiteral("012345:30");
+    d.rest_text = QStringLiteral("731");
+    d.O2 = 94.6;
+    d.VOLUMENSTROM = 2.0125;
+    d.SOLL_VOLUMENSTROM = 2.0;
+    d.GASTEMP = 36.75;
+    d.KOMPRESSORTEMP = 51;
+    d.wert_u = 7;
+    d.wert_o = 42;
+    d.wert_x = 3;
+    for (std::size_t i = 0; i < d.zeiten.size(); ++i)
+        d.zeiten[i] = static_cast<std::uint8_t>(10 + i);
+    return d;
+}
+
+QMap<QString, QString> pairs(const QStringList& lines) {
+    QMap<QString, QString> m;
+    for (const QString& l : lines)
+        m.insert(l.section(QLatin1Char('|'), 0, 0), l.section(QLatin1Char('|'), 1));
+    return m;
+}
+
+} // namespace
+
+class TestReport : public QObject {
+    Q_OBJECT
+private slots:
+    void initTestCase() { QLocale::setDefault(QLocale(QLocale::German, QLocale::Germany)); }
+
+    // Typed values come back as typed, except that a bar stays a slash.
+    void round_trip_data() {
+        QTest::addColumn<QString>("key");
+        QTest::addColumn<QString>("typed");
+        QTest::addColumn<QString>("loaded");
+        QTest::newRow("plain") << "t_Patient"
+                               << "Erika Mustermann"
+                               << "Erika Mustermann";
+        QTest::newRow("bar") << "t_Krankenkasse"
+                             << "AOK | Bayern"
+                             << "AOK / Bayern";
+        QTest::newRow("multi-line remark") << "t_Bemerkungen"
+                                           << "Filter gewechselt\r\nSchlauch neu\nende"
+                                           << "Filter gewechselt\r\nSchlauch neu\r\nende";
+        QTest::newRow("check box") << "ck_stk"
+                                   << "1"
+                                   << "1";
+        QTest::newRow("umlauts") << "t_Strasse"
+                                 << "Gärtnerstraße 5"
+                                 << "Gärtnerstraße 5";
+    }
+    void round_trip() {
+        QFETCH(QString, key);
+        QFETCH(QString, typed);
+        QFETCH(QString, loaded);
+        Harness h;
+        take_snapshot(h.ctx.report, live_device(), true);
+        h.ctx.report.set_value(key, typed);
+        h.ctx.report.set_value(QStringLiteral("t_Zubehoer"), QStringLiteral("Nasenbrille"));
+        const QString file = h.path(QStringLiteral("r.txt"));
+        h.ui.file_answers = {file, file};
+        QVERIFY(save_report(h.ctx));
+
+        int shown = 0;
+        QVERIFY(open_report(h.ctx, [&] { ++shown; }));
+        QCOMPARE(shown, 2);
+        QCOMPARE(h.ctx.report.value(key), loaded);
+        QCOMPARE(h.ctx.report.value(QStringLiteral("t_Zubehoer")), QStringLiteral("Nasenbrille"));
+        QVERIFY(h.ctx.report.device_valid());
+        QCOMPARE(h.ctx.report.report_device.SN, QStringLiteral("VO2-7E00042 "));
+        QCOMPARE(h.ctx.report.report_device.BSTD, QStringLiteral("012345:30"));
+        QCOMPARE(h.ctx.report.report_device.rest_text, QStringLiteral("731"));
+        QCOMPARE(h.ctx.report.report_device.zeiten[13], std::uint8_t(23));
+        QCOMPARE(h.ctx.report.report_device.wert_o, std::uint8_t(42));
+        // Numbers come back as the page showed them.
+        QCOMPARE(h.ctx.report.report_device.VOLUMENSTROM, 2.0);
+        QCOMPARE(h.ctx.report.report_device.GASTEMP, 36.8);
+    }
+
+    void file_layout() {
+        Harness h;
+        take_snapshot(h.ctx.report, live_device(), true);
+        h.ctx.report.set_value(QStringLiteral("t_Patient"), QStringLiteral("A"));
+        const QString file = h.path(QStringLiteral("x.txt"));
+        h.ui.file_answers = {file};
+        QVERIFY(save_report(h.ctx));
+        QFile f(file);
+        QVERIFY(f.open(QIODevice::ReadOnly));
+        const QByteArray bytes = f.readAll();
+        QVERIFY(bytes.endsWith("\r\n"));
+        QCOMPARE(bytes.count("\r\n"), 18 + 31 + 1);
+        QCOMPARE(bytes.count('\n'), 18 + 31 + 1);
+        const QStringList lines = QString::fromUtf8(bytes).split(QStringLiteral("\r\n"));
+        QCOMPARE(lines[0], QStringLiteral("t_Krankenkasse|"));
+        QCOMPARE(lines[1], QStringLiteral("t_Patient|A"));
+        QCOMPARE(lines[17], QStringLiteral("t_Zubehoer|"));
+        QCOMPARE(lines[18], QStringLiteral("SN|VO2-7E00042 "));
+        QCOMPARE(lines[18 + 30], QStringLiteral("ZEITEN13|23"));
+        QCOMPARE(lines[49], QStringLiteral("REST|731"));
+        const auto m = pairs(lines);
+        QCOMPARE(m.value("O2"), QStringLiteral("95"));
+        QCOMPARE(m.value("GASTEMP"), QStringLiteral("36,8"));
+        QCOMPARE(m.value("VOLUMENSTROM"), QStringLiteral("2,0"));
+        // A confirmed dialog moves the start folder and rewrites the configuration.
+        QCOMPARE(h.ctx.config.INITDIR, h.dir.path() + QLatin1Char('/'));
+        QVERIFY(QFile::exists(h.path(QStringLiteral("veltrako2.ini"))));
+        QCOMPARE(h.ui.messages, QStringList{QStringLiteral("text7005")});
+        QCOMPARE(h.ui.dialogs[0].filter, QStringLiteral("text7001 (*.txt)|*.txt"));
+        QCOMPARE(h.ui.dialogs[0].proposed_name, QStringLiteral("VO2-7E00042_20260302_140509"));
+    }
+
+    // What stands under the keys no identity or live answer fills.
+    void setting_keys_data() {
+        QTest::addColumn<QString>("family");
+        QTest::addColumn<QString>("key");
+        QTest::addColumn<QString>("value");
+        QTest::newRow("lower flow") << "52"
+                                    << "MIN_VOLUMENSTROM"
+                                    << "7";
+        QTest::newRow("upper flow") << "52"
+                                    << "MAX_VOLUMENSTROM"
+                                    << "42";
+        QTest::newRow("no flow settings before 51") << "50"
+                                                    << "MAX_VOLUMENSTROM"
+                                                    << "";
+        QTest::newRow("alarm signal") << "30"
+                                      << "ALARMSIGNAL"
+                                      << "3";
+        QTest::newRow("no alarm signal before 30") << "25"
+                                                   << "ALARMSIGNAL"
+                                                   << "";
+        QTest::newRow("serial memory") << "52"
+                                       << "VEEPROM"
+                                       << "";
+        QTest::newRow("modem software") << "52"
+                                        << "GSMSW"
+                                        << "";
+        QTest::newRow("modem serial") << "52"
+                                      << "GSMSN"
+                                      << "";
+        QTest::newRow("SIM card") << "52"
+                                  << "SIMID"
+                                  << "";
+    }
+    void setting_keys() {
+        QFETCH(QString, family);
+        QFETCH(QString, key);
+        QFETCH(QString, value);
+        QCOMPARE(device::parameter_value(live_device(family), key, QLocale::c()), value);
+    }
+
+    // Device values as a file holds them: numbers in either decimal form.
+    void device_values_read_data() {
+        QTest::addColumn<QString>("line");
+        QTest::addColumn<double>("o2");
+        QTest::addColumn<double>("gastemp");
+        QTest::addColumn<int>("zeiten3");
+        QTest::newRow("decimal comma") << "GASTEMP|36,5" << 0.0 << 36.5 << 0;
+        QTest::newRow("decimal point") << "GASTEMP|36.5" << 0.0 << 36.5 << 0;
+        QTest::newRow("not a number") << "O2|viel" << 0.0 << 0.0 << 0;
+        QTest::newRow("timing") << "ZEITEN3|200" << 0.0 << 0.0 << 200;
+        QTest::newRow("timing over a byte") << "ZEITEN3|256" << 0.0 << 0.0 << 0;
+        QTest::newRow("two bars") << "O2|9|5" << 0.0 << 0.0 << 0;
+        QTest::newRow("key in lower case") << "o2|95" << 0.0 << 0.0 << 0;
+        QTest::newRow("o2") << "O2|95" << 95.0 << 0.0 << 0;
+    }
+    void device_values_read() {
+        QFETCH(QString, line);
+        QFETCH(double, o2);
+        QFETCH(double, gastemp);
+        QFETCH(int, zeiten3);
+        ReportRecord r;
+        read_report_lines(r, {line});
+        QCOMPARE(r.report_device.O2, o2);
+        QCOMPARE(r.report_device.GASTEMP, gastemp);
+        QCOMPARE(int(r.report_device.zeiten[3]), zeiten3);
+    }
+
+    // The reader does not know "VEEPROM": a value filed under it is gone
+    // when the report is saved again.
+    void veeprom_not_restored() {
+        Harness h;
+        const QString in = h.path(QStringLiteral("in.txt"));
+        QVERIFY(config::write_text_lines(
+            in, {"SN|A1", "VEEPROM|V2.1", "VEEPROMP|V3", "SW_NUM|52", "MIN_VOLUMENSTROM|9"}));
+        const QString out = h.path(QStringLiteral("out.txt"));
+        h.ui.file_answers = {in, out};
+        QVERIFY(open_report(h.ctx, [] {}));
+        QVERIFY(save_report(h.ctx));
+        const auto m = pairs(*config::read_text_lines(out));
+        QCOMPARE(m.value("SN"), QStringLiteral("A1"));
+        QVERIFY(m.contains("VEEPROM"));
+        QCOMPARE(m.value("VEEPROM"), QString());
+        QVERIFY(!m.contains("VEEPROMP"));
+        // The family read back decides which settings the device has.
+        QCOMPARE(m.value("MIN_VOLUMENSTROM"), QStringLiteral("9"));
+    }
+
+    void loaded_file_without_device_keys_is_valid() {
+        Harness h;
+        const QString in = h.path(QStringLiteral("only_patient.txt"));
+        QVERIFY(config::write_text_lines(in, {"t_Patient|Otto", "no bar here", "junk|a|b"}));
+        h.ui.file_answers = {in};
+        QVERIFY(open_report(h.ctx, [] {}));
+        QVERIFY(h.ctx.report.device_valid());
+        QCOMPARE(h.ctx.report.value(QStringLiteral("t_Patient")), QStringLiteral("Otto"));
+        QVERIFY(h.ctx.report.report_device.SN.isEmpty());
+        QCOMPARE(h.ctx.config.INITDIR, h.dir.path() + QLatin1Char('/'));
+    }
+
+    // Opening empties the report first; a cancelled dialog leaves it empty
+    // and not valid, a file that cannot be read says so.
+    void open_cancelled_or_unreadable_data() {
+        QTest::addColumn<bool>("cancel");
+        QTest::newRow("cancelled") << true;
+        QTest::newRow("missing file") << false;
+    }
+    void open_cancelled_or_unreadable() {
+        QFETCH(bool, cancel);
+        Harness h;
+        take_snapshot(h.ctx.report, live_device(), true);
+        h.ctx.report.set_value(QStringLiteral("t_Patient"), QStringLiteral("Otto"));
+        if (!cancel)
+            h.ui.file_answers = {h.path(QStringLiteral("gone.txt"))};
+        int shown = 0;
+        QVERIFY(!open_report(h.ctx, [&] { ++shown; }));
+        QCOMPARE(shown, 1);
+        QVERIFY(!h.ctx.report.device_valid());
+        QVERIFY(h.ctx.report.value(QStringLiteral("t_Patient")).isEmpty());
+        QCOMPARE(h.ui.messages.size(), cancel ? 0 : 1);
+    }
+
+    // Saving needs valid device data; an existing file is replaced only on
+    // Yes, otherwise the dialog comes back.
+    void save_conditions_data() {
+        QTest::addColumn<bool>("valid");
+        QTest::addColumn<QList<bool>>("overwrite");
+        QTest::addColumn<int>("dialogs");
+        QTest::addColumn<bool>("written");
+        QTest::newRow("no device data") << false << QList<bool>{} << 0 << false;
+        QTest::newRow("overwrite yes") << true << QList<bool>{true} << 1 << true;
+        QTest::newRow("overwrite no, then cancel") << true << QList<bool>{false} << 2 << false;
+    }
+    void save_conditions() {
+        QFETCH(bool, valid);
+        QFETCH(QList<bool>, overwrite);
+        QFETCH(int, dialogs);
+        QFETCH(bool, written);
+        Harness h;
+        device::DeviceRecord d = live_device();
+        d.live_valid = valid;
+        take_snapshot(h.ctx.report, d, true);
+        const QString file = h.path(QStringLiteral("old.txt"));
+        QVERIFY(config::write_text_lines(file, {"old"}));
+        h.ui.file_answers = {file};
+        h.ui.yes_no_answers = overwrite;
+        QCOMPARE(save_report(h.ctx), written);
+        QCOMPARE(h.ui.dialogs.size(), dialogs);
+        QCOMPARE(h.ui.questions.size(), overwrite.size());
+        QCOMPARE(config::read_text_lines(file)->size(), written ? 50 : 1);
+    }
+
+    // OK saves and asks again (saving does not count as an answer); only
+    // Cancel ends the question.
+    void checksaved_asks_until_cancel_data() {
+        QTest::addColumn<bool>("changed");
+        QTest::addColumn<QList<bool>>("answers");
+        QTest::addColumn<int>("saves");
+        QTest::newRow("unchanged: no question") << false << QList<bool>{true} << 0;
+        QTest::newRow("cancel at once") << true << QList<bool>{false} << 0;
+        QTest::newRow("ok twice, then cancel") << true << QList<bool>{true, true, false} << 2;
+    }
+    void checksaved_asks_until_cancel() {
+        QFETCH(bool, changed);
+        QFETCH(QList<bool>, answers);
+        QFETCH(int, saves);
+        Harness h;
+        h.ctx.report.report_changed = changed;
+        h.ui.ok_cancel_answers = answers;
+        int saved = 0;
+        checksaved(h.ctx, [&] { ++saved; });
+        QCOMPARE(saved, saves);
+        QCOMPARE(h.ui.questions.size(), changed ? saves + 1 : 0);
+        if (changed)
+            QCOMPARE(h.ui.questions.constFirst(), QStringLiteral("text3"));
+        QVERIFY(!h.ctx.report.report_changed);
+    }
+
+    // A check box takes a state only from a number it can show.
+    void check_box_values_data() {
+        QTest::addColumn<QString>("value");
+        QTest::addColumn<int>("state"); // -1: left as it is
+        QTest::newRow("one") << "1" << 1;
+        QTest::newRow("zero") << "0" << 0;
+        QTest::newRow("one with decimals") << "1,0" << 1;
+        QTest::newRow("text") << "ja" << -1;
+        QTest::newRow("empty") << "" << 0;
+        QTest::newRow("grey state") << "2" << -1;
+    }
+    void check_box_values() {
+        QFETCH(QString, value);
+        QFETCH(int, state);
+        ReportRecord r;
+        r.set_value(QStringLiteral("ck_Maxflow"), value);
+        r.set_value(QStringLiteral("t_Ort"), value);
+        const auto rows = report_view(r);
+        QCOMPARE(rows.size(), std::size_t(18));
+        const auto& check = rows[10];
+        QCOMPARE(check.key, QStringLiteral("ck_Maxflow"));
+        QCOMPARE(check.kind, FieldKind::check);
+        QCOMPARE(check.checked.has_value() ? int(*check.checked) : -1, state);
+        QCOMPARE(rows[3].kind, FieldKind::text);
+        QCOMPARE(rows[3].text, value);
+    }
+
+    // A snapshot of a device without live data leaves nothing to file; a
+    // device refresh keeps what was typed and that it is unsaved.
+    void snapshot_and_refresh() {
+        ReportRecord r;
+        r.set_value(QStringLiteral("t_Patient"), QStringLiteral("Otto"));
+        r.report_changed = true;
+        refresh_report_device(r, live_device());
+        QVERIFY(r.device_valid());
+        QVERIFY(r.report_changed);
+        QCOMPARE(r.value(QStringLiteral("t_patient")), QStringLiteral("Otto"));
+        refresh_report_device(r, device::DeviceRecord{});
+        QVERIFY(!r.device_valid());
+        QVERIFY(r.report_device.SN.isEmpty());
+
+        take_snapshot(r, live_device(), false);
+        QVERIFY(!r.report_changed);
+        QCOMPARE(r.value(QStringLiteral("t_Patient")), QStringLiteral("Otto"));
+        take_snapshot(r, live_device(), true);
+        QVERIFY(r.value(QStringLiteral("t_Patient")).isEmpty());
+        set_report_defaults(r, QDateTime(QDate(2026, 1, 5), QTime(7, 3, 9), Qt::UTC));
+        QCOMPARE(r.value(QStringLiteral("t_Datum")), QStringLiteral("05.01.2026"));
+        QCOMPARE(r.value(QStringLiteral("t_Uhrzeit")), QStringLiteral("07:03:09"));
+    }
+
+    void default_name_is_a_file_name() {
+        ReportRecord r;
+        r.report_device.SN = QStringLiteral(" AB/12:3\x01 ");
+        QCOMPARE(default_report_name(r, QDateTime(QDate(2026, 12, 31), QTime(23, 59, 1), Qt::UTC)),
+                 QStringLiteral("AB_12_3__20261231_235901"));
+    }
+};
+
+QTEST_GUILESS_MAIN(TestReport)
+#include "test_report.moc"

@@ -1,0 +1,173 @@
+// The "Protokoll" page on the window: a visit starts a fresh report, edits
+// mark it, showing the record fills the controls and counts as unchanged,
+// collecting reads them back, and the device-data picture draws the snapshot.
+
+#include "app_context.h"
+#include "fake_link.h"
+#include "frm_main.h"
+#include "manual_clock.h"
+#include "protocol/poll_cycle.h"
+#include "report/report_record.h"
+#include "report_page.h"
+
+#include <QCheckBox>
+#include <QImage>
+#include <QLineEdit>
+#include <QPlainTextEdit>
+#include <QPushButton>
+#include <QTabWidget>
+#include <QTest>
+
+using namespace veltrako;
+using namespace veltrako::ui;
+using namespace veltrako::testing;
+
+namespace {
+
+struct Harness {
+    ManualClock clock{QDateTime(QDate(2026, 4, 7), QTime(9, 8, 7), Qt::UTC)};
+    FrmMain form;
+    AppContext ctx{clock, form, std::make_unique<FakeLink>()};
+    Harness() {
+        form.bind(ctx);
+        ctx.device.live_valid = true;
+        ctx.device.SN = QStringLiteral("VO2-1");
+        ctx.device.BSTD = QStringLiteral("000012:30");
+        ctx.language.language_text[11011] = QStringLiteral("Seriennummer");
+    }
+    template <class T> T* get(const char* name) const { return form.control_as<T>(name); }
+    void open_page() {
+        form.tab1()->setCurrentIndex(static_cast<int>(Page::geraet));
+        form.tab1()->setCurrentIndex(static_cast<int>(Page::protokoll));
+    }
+};
+
+} // namespace
+
+class TestReportPage : public QObject {
+    Q_OBJECT
+private slots:
+    void revisiting_the_page_starts_a_fresh_report() {
+        Harness h;
+        h.open_page();
+        QVERIFY(!h.ctx.report.report_changed);
+        QVERIFY(h.get<QPushButton>("cmd_save")->isEnabled());
+        h.get<QLineEdit>("t_patient")->setText(QStringLiteral("Otto"));
+        h.get<QCheckBox>("ck_stk")->setChecked(true);
+        h.get<QLineEdit>("t_Datum")->setText(QStringLiteral("01.01.2000"));
+        QVERIFY(h.ctx.report.report_changed);
+
+        h.clock.set_now(QDateTime(QDate(2026, 4, 8), QTime(17, 0, 1), Qt::UTC));
+        h.ctx.device.live_valid = false;
+        h.open_page();
+        QVERIFY(h.get<QLineEdit>("t_patient")->text().isEmpty());
+        QVERIFY(!h.get<QCheckBox>("ck_stk")->isChecked());
+        QCOMPARE(h.get<QLineEdit>("t_Datum")->text(), QStringLiteral("08.04.2026"));
+        QCOMPARE(h.get<QLineEdit>("t_Uhrzeit")->text(), QStringLiteral("17:00:01"));
+        QVERIFY(!h.ctx.report.report_changed);
+        // Without live device data there is nothing to save or print.
+        QVERIFY(!h.get<QPushButton>("cmd_save")->isEnabled());
+        QVERIFY(!h.form.control("frm_protokoll")->isEnabled());
+    }
+
+    // Every kind of report control marks the report when edited.
+    void edits_mark_the_report_data() {
+        QTest::addColumn<QString>("control");
+        QTest::newRow("text box") << "t_Telefon";
+        QTest::newRow("remarks") << "t_bemerkungen";
+        QTest::newRow("check box") << "ck_Leistung";
+    }
+    void edits_mark_the_report() {
+        QFETCH(QString, control);
+        Harness h;
+        h.open_page();
+        QWidget* w = h.form.control(control);
+        if (auto* box = qobject_cast<QLineEdit*>(w))
+            box->setText(QStringLiteral("x"));
+        else if (auto* area = qobject_cast<QPlainTextEdit*>(w))
+            area->setPlainText(QStringLiteral("x"));
+        else
+            qobject_cast<QCheckBox*>(w)->setChecked(true);
+        QVERIFY(h.ctx.report.report_changed);
+    }
+
+    void show_and_collect() {
+        Harness h;
+        h.open_page();
+        h.get<QCheckBox>("ck_Ansaugtest")->setChecked(true);
+        report::ReportRecord& r = h.ctx.report;
+        r.set_value(QStringLiteral("t_Bemerkungen"), QStringLiteral("eins\r\nzwei"));
+        r.set_value(QStringLiteral("ck_Ansaugtest"), QStringLiteral("ja"));
+        r.set_value(QStringLiteral("ck_Maxflow"), QStringLiteral("1"));
+        r.set_value(QStringLiteral("t_Pruefer"), QStringLiteral("M. Huber"));
+        show_report(h.form, h.ctx);
+        QVERIFY(!r.report_changed);
+        QCOMPARE(h.get<QPlainTextEdit>("t_bemerkungen")->toPlainText(),
+                 QStringLiteral("eins\nzwei"));
+        QCOMPARE(h.get<QLineEdit>("t_pruefer")->text(), QStringLiteral("M. Huber"));
+        QVERIFY(h.get<QCheckBox>("ck_maxflow")->isChecked());
+        // Not a number: the box keeps its state.
+        QVERIFY(h.get<QCheckBox>("ck_Ansaugtest")->isChecked());
+
+        h.get<QCheckBox>("ck_maxflow")->setChecked(false);
+        h.get<QLineEdit>("t_Ort")->setText(QStringLiteral("Bonn"));
+        collect_report(h.form, h.ctx);
+        QCOMPARE(r.value(QStringLiteral("ck_Maxflow")), QStringLiteral("0"));
+        QCOMPARE(r.value(QStringLiteral("ck_Ansaugtest")), QStringLiteral("1"));
+        QCOMPARE(r.value(QStringLiteral("t_Ort")), QStringLiteral("Bonn"));
+        QCOMPARE(r.value(QStringLiteral("t_Bemerkungen")), QStringLiteral("eins\nzwei"));
+    }
+
+    // A device found again refreshes the snapshot but keeps what was typed
+    // and that it is unsaved.
+    void device_found_refreshes_the_snapshot() {
+        Harness h;
+        h.open_page();
+        h.get<QLineEdit>("t_patient")->setText(QStringLiteral("Otto"));
+        h.ctx.device = device::DeviceRecord{};
+        QVERIFY(h.ctx.hooks.device_found);
+        h.ctx.hooks.device_found();
+        QVERIFY(!h.ctx.report.device_valid());
+        QVERIFY(!h.get<QPushButton>("cmd_save")->isEnabled());
+        QVERIFY(h.ctx.report.report_changed);
+        QCOMPARE(h.get<QLineEdit>("t_patient")->text(), QStringLiteral("Otto"));
+    }
+
+    // A lost connection blanks the live page, not the report being typed.
+    void link_reset_keeps_the_typed_report() {
+        Harness h;
+        h.open_page();
+        h.get<QLineEdit>("t_patient")->setText(QStringLiteral("Otto"));
+        h.get<QPlainTextEdit>("t_zubehoer")->setPlainText(QStringLiteral("Maske"));
+        h.get<QLineEdit>("t_sn")->setText(QStringLiteral("VO2-1"));
+        protocol::reset_link_state(h.ctx);
+        QVERIFY(h.get<QLineEdit>("t_sn")->text().isEmpty());
+        QCOMPARE(h.get<QLineEdit>("t_patient")->text(), QStringLiteral("Otto"));
+        QCOMPARE(h.get<QPlainTextEdit>("t_zubehoer")->toPlainText(), QStringLiteral("Maske"));
+        QVERIFY(!h.get<QLineEdit>("t_Datum")->text().isEmpty());
+        QVERIFY(h.ctx.report.report_changed);
+    }
+
+    void picture_draws_the_snapshot() {
+        Harness h;
+        QWidget* picture = h.form.control("p_geraetedaten");
+        const auto ink = [picture] {
+            const QImage image = picture->grab().toImage();
+            int dark = 0;
+            for (int y = 2; y < image.height() - 2; ++y)
+                for (int x = 2; x < image.width() - 2; ++x)
+                    dark += qGray(image.pixel(x, y)) < 128;
+            return dark;
+        };
+        h.form.resize(1200, 900);
+        h.ctx.device.live_valid = false;
+        h.open_page();
+        const int empty = ink();
+        h.ctx.device.live_valid = true;
+        h.open_page();
+        QVERIFY2(ink() > empty + 200, qPrintable(QString::number(ink())));
+    }
+};
+
+QTEST_MAIN(TestReportPage)
+#include "test_report_page.moc"

@@ -1,0 +1,184 @@
+// The printed report: what lands on the page (recorded without pixels) and
+// the PDF read back as text.
+
+#include "config/language.h"
+#include "pdf_output.h"
+#include "print/recording_surface.h"
+#include "report/report_print.h"
+
+#include <QGuiApplication>
+#include <QProcess>
+#include <QStandardPaths>
+#include <QTemporaryDir>
+#include <QTest>
+
+using namespace veltrako;
+using namespace veltrako::report;
+using veltrako::print::RecordingSurface;
+
+namespace {
+
+config::LanguageTables captions() {
+    config::LanguageTables t;
+    // Every caption the printout asks for gets a distinct text.
+    for (int n : {7010, 7011, 7012, 7013, 7014, 7015, 7016, 7017, 7018})
+        t.language_text[static_cast<std::size_t>(n)] = QStringLiteral("L%1").arg(n);
+    for (int n = 11011; n <= 11090; ++n)
+        t.language_text[static_cast<std::size_t>(n)] = QStringLiteral("L%1").arg(n);
+    return t;
+}
+
+ReportRecord filled(const QString& family = QStringLiteral("52")) {
+    ReportRecord r;
+    device::DeviceRecord& d = r.report_device;
+    d.live_valid = true;
+    d.SN = QStringLiteral("VO2-7E00042 ");
+    d.SW = family + QLatin1Char('1');
+    d.sw_num = family;
+    d.family_code = family;
+    d.BSTD = QStringLiteral("004711:20");
+    d.rest_text = QStringLiteral("365");
+    d.O2 = 93.5;
+    d.zeiten[6] = 25;
+    r.set_value(QStringLiteral("t_Patient"), QStringLiteral("Heinz O'Brien"));
+    r.set_value(QStringLiteral("t_Pruefer"), QStringLiteral("M. Huber"));
+    r.set_value(QStringLiteral("t_Datum"), QStringLiteral("02.03.2026"));
+    r.set_value(QStringLiteral("ck_Selbsttest"), QStringLiteral("1"));
+    r.set_value(QStringLiteral("ck_stk"), QStringLiteral("1"));
+    r.set_value(QStringLiteral("t_Bemerkungen"), QStringLiteral("erste Zeile\r\nzweite Zeile"));
+    return r;
+}
+
+bool has_run(const RecordingSurface& s, const QString& text) {
+    return s.find_run(text) != nullptr;
+}
+
+} // namespace
+
+class TestReportPrint : public QObject {
+    Q_OBJECT
+private slots:
+    void initTestCase() { QLocale::setDefault(QLocale(QLocale::German, QLocale::Germany)); }
+
+    void page_holds_the_report() {
+        RecordingSurface s;
+        print_report(s, filled(), captions(), QLocale());
+        QCOMPARE(s.page, 0);
+        // Typed text as it stands: the quote is no tag.
+        QVERIFY(has_run(s, QStringLiteral("Heinz O'Brien")));
+        QVERIFY(has_run(s, QStringLiteral("M. Huber")));
+        QVERIFY(has_run(s, QStringLiteral("VO2-7E00042")));
+        QVERIFY(has_run(s, QStringLiteral("004711:20")));
+        QVERIFY(has_run(s, QStringLiteral("94")));   // O2 rounded half away from zero
+        QVERIFY(has_run(s, QStringLiteral("1,00"))); // 25 valve steps of 0.04 s
+        QVERIFY(has_run(s, QStringLiteral("L7018 02.03.2026  ")));
+        for (const char* caption : {"L7010", "L7011", "L7012", "L7013", "L7014", "L11071", "L11072",
+                                    "L11081", "L11088", "L11089", "L11090", "L11070"})
+            QVERIFY2(has_run(s, QLatin1String(caption)), caption);
+        // The remark keeps its two lines, one under the other.
+        const auto* first = s.find_run(QStringLiteral("erste Zeile"));
+        const auto* second = s.find_run(QStringLiteral("zweite Zeile"));
+        QVERIFY(first && second);
+        QCOMPARE(first->x, second->x);
+        QVERIFY(second->y > first->y);
+        // Nothing runs past the right margin or the foot of the page.
+        for (const auto& run : s.runs) {
+            QVERIFY2(run.x + RecordingSurface::width_of(run) <= s.scale_width() - 800,
+                     qPrintable(run.text));
+            QVERIFY2(run.y < s.scale_height() - 600, qPrintable(run.text));
+        }
+    }
+
+    // Two of eight boxes ticked: each tick is two strokes drawn twice.
+    void ticks_data() {
+        QTest::addColumn<QStringList>("ticked");
+        QTest::newRow("none") << QStringList{};
+        QTest::newRow("two") << QStringList{"ck_Minflow", "ck_Typenschild"};
+        QTest::newRow("all but one")
+            << QStringList{"ck_Selbsttest", "ck_Ansaugtest", "ck_Maxflow",    "ck_Minflow",
+                           "ck_Visuell",    "ck_Leistung",   "ck_Typenschild"};
+    }
+    void ticks() {
+        QFETCH(QStringList, ticked);
+        ReportRecord r = filled();
+        for (const char* key : {"ck_Selbsttest", "ck_stk"})
+            r.set_value(QLatin1String(key), QStringLiteral("0"));
+        for (const QString& key : ticked)
+            r.set_value(key, QStringLiteral("1"));
+        RecordingSurface s;
+        print_report(s, r, captions(), QLocale());
+        const auto black_lines = std::count_if(
+            s.lines.begin(), s.lines.end(), [](const auto& l) { return l.colour == print::black; });
+        // 8 boxes of 4 sides, 2 signature lines, 4 strokes per tick.
+        QCOMPARE(int(black_lines), 8 * 4 + 2 + 4 * int(ticked.size()));
+    }
+
+    // Settings a family does not have are left out of the device data.
+    void device_rows_by_family_data() {
+        QTest::addColumn<QString>("family");
+        QTest::addColumn<int>("rows");
+        QTest::addColumn<int>("timings");
+        QTest::newRow("before 30: all fourteen timings") << "25" << 10 << 14;
+        QTest::newRow("30: alarm signal") << "30" << 11 << 7;
+        QTest::newRow("52: flow settings") << "52" << 13 << 7;
+    }
+    void device_rows_by_family() {
+        QFETCH(QString, family);
+        QFETCH(int, rows);
+        QFETCH(int, timings);
+        const ReportRecord r = filled(family);
+        QCOMPARE(int(device_data_rows(r, captions(), QLocale()).size()), rows);
+        QCOMPARE(int(timing_rows(r, captions(), QLocale()).size()), timings);
+    }
+
+    void picture_empty_without_device_data() {
+        ReportRecord r = filled();
+        RecordingSurface s(4000, 6000);
+        QVERIFY(draw_device_data(s, r, captions(), QLocale(), 100, 100, 3800) > 2000);
+        QVERIFY(has_run(s, QStringLiteral("004711:20")));
+        r.report_device.live_valid = false;
+        RecordingSurface empty(4000, 6000);
+        QCOMPARE(draw_device_data(empty, r, captions(), QLocale(), 100, 100, 3800), 100.0);
+        QVERIFY(empty.runs.empty());
+    }
+
+    // A remark longer than the page continues on the next one.
+    void long_remark_continues_on_a_new_page() {
+        ReportRecord r = filled();
+        QStringList many;
+        for (int i = 0; i < 80; ++i)
+            many << QStringLiteral("Zeile %1").arg(i);
+        r.set_value(QStringLiteral("t_Bemerkungen"), many.join(QStringLiteral("\r\n")));
+        RecordingSurface s;
+        print_report(s, r, captions(), QLocale());
+        QVERIFY(s.page >= 1);
+        QVERIFY(has_run(s, QStringLiteral("Zeile 79")));
+        QCOMPARE(s.find_run(QStringLiteral("L7013"))->page, s.page);
+        // The next page names the device and the date of the report it continues.
+        const auto* header =
+            s.find_run(QStringLiteral("L7010 \u2013 VO2-7E00042 \u2013 02.03.2026"));
+        QVERIFY(header);
+        QCOMPARE(header->page, 1);
+    }
+
+    void pdf_reads_back() {
+        const QString pdftotext = QStandardPaths::findExecutable(QStringLiteral("pdftotext"));
+        if (pdftotext.isEmpty())
+            QSKIP("pdftotext is not installed");
+        QTemporaryDir dir;
+        const QString pdf = dir.filePath(QStringLiteral("report.pdf"));
+        const ReportRecord r = filled();
+        QVERIFY(paint::print_to_pdf(
+            pdf, [&](print::DrawingSurface& s) { print_report(s, r, captions(), QLocale()); }));
+        QProcess p;
+        p.start(pdftotext, {QStringLiteral("-layout"), pdf, QStringLiteral("-")});
+        QVERIFY(p.waitForFinished(30000));
+        const QString text = QString::fromUtf8(p.readAllStandardOutput());
+        for (const char* expected : {"Heinz O'Brien", "VO2-7E00042", "004711:20", "L7013"})
+            QVERIFY2(text.contains(QLatin1String(expected)), expected);
+        QCOMPARE(text.count(QLatin1Char('\f')), 1); // one page
+    }
+};
+
+QTEST_MAIN(TestReportPrint)
+#include "test_report_print.moc"

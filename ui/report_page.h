@@ -1,0 +1,56 @@
+#pragma once
+// The "Protokoll" page bound to the report record: it shows the record,
+// collects the controls back into it, marks every edit, and runs the save,
+// open and print buttons. The rules are in core/report.
+
+#include <QFrame>
+
+#include <functional>
+
+namespace veltrako {
+class AppContext;
+}
+namespace veltrako::print {
+class DrawingSurface;
+}
+
+namespace veltrako::ui {
+
+// p_geraetedaten: the device data of the report, drawn through the same
+// drawing surface as the printout.
+class DeviceDataPicture final : public QFrame {
+public:
+    using Drawer = std::function<void(print::DrawingSurface& surface)>;
+    explicit DeviceDataPicture(QWidget* parent = nullptr);
+    void set_drawer(Drawer draw) { draw_ = std::move(draw); }
+
+protected:
+    void paintEvent(QPaintEvent* event) override;
+
+private:
+    Drawer draw_;
+};
+
+class FrmMain;
+
+// Connects the page's controls, the tab change that starts a fresh report,
+// and the report's part of a device connection.
+void bind_protokoll_page(FrmMain& form, AppContext& ctx);
+
+// show_report: every report control from the record, the device data redrawn,
+// the buttons enabled only with valid device data; afterwards the report
+// counts as unchanged (filling the controls fired their change events).
+void show_report(FrmMain& form, AppContext& ctx);
+// collect_report: every report control into the record.
+void collect_report(FrmMain& form, AppContext& ctx);
+
+// The report's device data follows the device record (start-up, connecting,
+// a device found again).
+void refresh_report(FrmMain& form, AppContext& ctx);
+
+// cmd_save_Click: collect, then save.
+void cmd_save_click(FrmMain& form, AppContext& ctx);
+// cmd_print_Click: collect, choose the printer, print the report.
+void cmd_print_click(FrmMain& form, AppContext& ctx);
+
+} // namespace veltrako::ui
