@@ -29,8 +29,13 @@ public:
     Clock& clock;
     UserInterface& ui;
 
-    // Folder of the program, ending in a separator; config and language files live here.
+    // Folder of the program, ending in a separator; the language files live here.
     QString program_dir;
+    // The veltrako2.ini to read and write back, and the folder (ending in a
+    // separator) for files the program names itself. Both are the program's
+    // folder unless that is read-only (config/config_location.h).
+    QString config_path;
+    QString user_dir;
     config::Config config;
     config::LanguageTables language;
 
