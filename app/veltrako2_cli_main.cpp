@@ -13,11 +13,13 @@
 #include "link/device_connection.h"
 #include "link/link_factory.h"
 #include "sim/concentrator.h"
+#include "status/status_readout.h"
 
 #include <QCommandLineParser>
 #include <QCoreApplication>
 #include <QFileInfo>
 #include <QGuiApplication>
+#include <QLocale>
 
 #include <memory>
 
@@ -107,6 +109,9 @@ int main(int argc, char** argv) {
                                  command_names().join(QStringLiteral(", ")));
 
     const auto app = make_application(argc, argv, parser);
+    // Numbers shown to people follow the environment (LC_ALL, LC_NUMERIC,
+    // LANG), as a script's caller expects: LC_ALL=de_DE.UTF-8 gives "37,3".
+    QLocale::setDefault(QLocale::system());
     QCoreApplication::setApplicationName(QStringLiteral("veltrako2-cli"));
     QCoreApplication::setApplicationVersion(QStringLiteral(VELTRAKO_VERSION));
     parser.process(*app);
@@ -146,6 +151,7 @@ int main(int argc, char** argv) {
         return cli::exit_usage;
     }
     AppContext ctx(clock, ui, std::move(backend));
+    status::install_status_memory(ctx);
     ctx.program_dir = config::program_folder(QCoreApplication::applicationDirPath());
     // The same settings file as the desktop program: beside the program, or
     // with the user when the program's folder is read-only.

@@ -5,6 +5,7 @@
 #include "link/link_factory.h"
 #include "sim/concentrator.h"
 #include "startup.h"
+#include "status/status_readout.h"
 
 #include <QApplication>
 #include <QCommandLineParser>
@@ -45,6 +46,7 @@ int main(int argc, char** argv) {
 
     ui::FrmMain form;
     AppContext ctx(clock, form, std::move(backend));
+    status::install_status_memory(ctx);
     form.bind(ctx);
     ui::StartupOptions startup;
     startup.application_dir = QApplication::applicationDirPath();

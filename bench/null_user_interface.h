@@ -22,6 +22,7 @@ public:
     void clear_out() override {}
     void set_info_caption(const QString&) override {}
     void device_record_changed() override {}
+    void show_status_table(const QString&) override {}
 };
 
 } // namespace veltrako::bench

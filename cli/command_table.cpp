@@ -9,6 +9,8 @@ const std::vector<CliCommand>& cli_commands() {
         info_command(),
         watch_command(),
         send_command(),
+        status_command(),
+        firmware_command(),
     };
     return table;
 }

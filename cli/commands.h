@@ -8,5 +8,7 @@ namespace veltrako::cli {
 CliCommand info_command();
 CliCommand watch_command();
 CliCommand send_command();
+CliCommand status_command();
+CliCommand firmware_command();
 
 } // namespace veltrako::cli

@@ -41,6 +41,14 @@ public:
     void clear_out() override {}
     void set_info_caption(const QString&) override {}
     void device_record_changed() override;
+    // The status table is kept for the command that asked for it.
+    void show_status_table(const QString& text) override {
+        status_table = text;
+        ++status_tables_shown;
+    }
+
+    QString status_table;
+    int status_tables_shown = 0;
 
 private:
     bool answer(const QString& question);

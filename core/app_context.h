@@ -9,6 +9,7 @@
 #include "device/live_history.h"
 #include "feature_hooks.h"
 #include "link/link_state.h"
+#include "print/printer_choice.h"
 #include "protocol/comm_log.h"
 #include "protocol/poll_timer.h"
 #include "protocol/protocol_state.h"
@@ -47,6 +48,9 @@ public:
     device::DeviceRecord device;
     device::LiveHistory live_history;
     status::StatusMemory status;
+
+    // The printer the print dialog opens on next time.
+    print::PrinterChoice printer_choice;
 
     FeatureHooks hooks;
 

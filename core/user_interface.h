@@ -53,6 +53,9 @@ public:
 
     // The device record changed: the "Gerät" page redraws from it.
     virtual void device_record_changed() = 0;
+
+    // The "System Status" page's table (sysstatout) gets new text.
+    virtual void show_status_table(const QString& text) = 0;
 };
 
 } // namespace veltrako

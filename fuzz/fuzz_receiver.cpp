@@ -2,12 +2,14 @@
 // every frame that passes its checks, through the response interpreter.
 // The first input byte splits the rest into reads of varying size; frames
 // with a valid checksum are built from the rest too, so the interpreter sees
-// arbitrary payloads and not only CRC failures.
+// arbitrary payloads and not only CRC failures. Status records that end a
+// readout are put into the table, in either layout.
 
 #include "app_context.h"
 #include "fuzz_support.h"
 #include "protocol/frame_codec.h"
 #include "protocol/frames.h"
+#include "status/status_readout.h"
 
 #include <cstdint>
 
@@ -19,6 +21,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     fuzz::StillClock clock;
     fuzz::SilentUi ui;
     AppContext ctx(clock, ui, nullptr);
+    // The end of a status readout formats whatever records arrived.
+    status::install_status_memory(ctx);
     const int chunk = 1 + data[0] % 64;
     const bool framed = data[1] & 1;
     QByteArray rest(reinterpret_cast<const char*>(data + 2), static_cast<qsizetype>(size - 2));

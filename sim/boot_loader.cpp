@@ -67,7 +67,17 @@ BootLoader::Step BootLoader::take(QByteArray& buffer, const Faults& faults) {
     programmed_ << line;
     ++session_lines_;
     attempts_on_line_ = 0;
-    step.answer = ">";
+    switch (faults.ack_form) {
+    case AckForm::plain:
+        step.answer = ">";
+        break;
+    case AckForm::doubled:
+        step.answer = ">>";
+        break;
+    case AckForm::trailing_blank:
+        step.answer = "> ";
+        break;
+    }
     return step;
 }
 

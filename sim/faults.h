@@ -13,6 +13,15 @@ enum class NakAttempts {
     always,    // every attempt
 };
 
+// How the boot loader words its acknowledgement of a good data line. A host
+// must take only the plain form; the others are what a loader with a slipping
+// transmitter or a different build might send.
+enum class AckForm {
+    plain,          // ">"
+    doubled,        // ">>"
+    trailing_blank, // "> "
+};
+
 struct Faults {
     // Nothing is answered at all, in frames or in the boot loader.
     bool silent = false;
@@ -31,6 +40,9 @@ struct Faults {
     // acknowledged) is answered with "E" instead of ">" (0: none).
     int nak_line = 0;
     NakAttempts nak_attempts = NakAttempts::first;
+    // Boot loader: the form of every acknowledgement (the line is programmed
+    // all the same).
+    AckForm ack_form = AckForm::plain;
     // Boot loader: the sync request "I" is answered with something that is
     // not the loader's greeting.
     bool lose_sync = false;

@@ -295,6 +295,18 @@ const std::map<QByteArray, Key>& keys() {
                 why = QStringLiteral("expected 1, 2 or always");
             return t == "1" || t == "2" || t == "always";
         }};
+        k["ACK_FORM"] = {[](ParseState& p, const QByteArray& v, QString& why) {
+            const QByteArray t = v.trimmed().toLower();
+            if (t == "plain")
+                p.s.faults.ack_form = AckForm::plain;
+            else if (t == "doubled")
+                p.s.faults.ack_form = AckForm::doubled;
+            else if (t == "blank")
+                p.s.faults.ack_form = AckForm::trailing_blank;
+            else
+                why = QStringLiteral("expected plain, doubled or blank");
+            return t == "plain" || t == "doubled" || t == "blank";
+        }};
         k["LOSE_SYNC"] = {set_fault_flag(&Faults::lose_sync)};
         k["UNPLUG"] = {set_fault_flag(&Faults::unplug)};
         return k;

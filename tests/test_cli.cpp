@@ -5,6 +5,7 @@
 #include "sim_server_process.h"
 
 #include <QElapsedTimer>
+#include <QFile>
 #include <QProcess>
 #include <QTemporaryDir>
 #include <QTest>
@@ -17,8 +18,12 @@ struct Run {
     QString err;
 };
 
-Run run_cli(const QStringList& arguments, int timeout_ms = 20000) {
+Run run_cli(const QStringList& arguments, int timeout_ms = 20000,
+            const QString& lc_all = QStringLiteral("C.UTF-8")) {
     QProcess p;
+    QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
+    env.insert(QStringLiteral("LC_ALL"), lc_all);
+    p.setProcessEnvironment(env);
     p.start(QStringLiteral(VELTRAKO2_CLI_PATH), arguments);
     Run r;
     if (!p.waitForFinished(timeout_ms)) {
@@ -41,6 +46,27 @@ QMap<QString, QString> key_values(const QString& text) {
             values.insert(line.left(bar), line.mid(bar + 1));
     }
     return values;
+}
+
+// A firmware file whose data lines the simulated loader takes: 0x42, N,
+// address, N bytes, checksum making the sum 0 mod 256.
+QString firmware_file(const QString& dir, const QString& hardware) {
+    QStringList lines{QStringLiteral("VERSION=5122"), QStringLiteral("HARDWARE=") + hardware};
+    for (int i = 0; i < 3; ++i) {
+        QByteArray line("\x42\x10\x00", 3);
+        line += static_cast<char>(16 * i);
+        line += QByteArray(16, 'x');
+        int sum = 0;
+        for (char c : line)
+            sum += static_cast<unsigned char>(c);
+        line += static_cast<char>((256 - sum % 256) % 256);
+        lines << QString::fromLatin1(line.toHex());
+    }
+    QFile file(dir + QStringLiteral("/fw.ae6"));
+    if (!file.open(QIODevice::WriteOnly))
+        qFatal("cannot write the firmware file");
+    file.write(lines.join(QStringLiteral("\r\n")).toLatin1() + "\r\n");
+    return file.fileName();
 }
 
 } // namespace
@@ -103,6 +129,35 @@ private slots:
         QVERIFY(lines.first().startsWith("t=0.00 O2="));
     }
 
+    // The table on stdout and in the file, numbers in the caller's locale
+    // (which need not be installed: the name in the environment is enough).
+    void status_table_in_the_environment_locale_data() {
+        QTest::addColumn<QString>("lc_all");
+        QTest::addColumn<QString>("numbers");
+        QTest::newRow("German") << "de_DE.UTF-8"
+                                << "  37,3  37,8  5,40  5,40   6,0";
+        QTest::newRow("C") << "C.UTF-8"
+                           << "  37.3  37.8  5.40  5.40   6.0";
+    }
+    void status_table_in_the_environment_locale() {
+        QFETCH(QString, lc_all);
+        QFETCH(QString, numbers);
+        QTemporaryDir dir;
+        const QString out = dir.filePath("status.txt");
+        const Run r =
+            run_cli({"--link", "sim:status_example", "status", "--out", out}, 20000, lc_all);
+        QCOMPARE(r.exit_code, 0);
+        const QStringList lines = r.out.split('\n', Qt::SkipEmptyParts);
+        QCOMPARE(lines.size(), 8 + 3);
+        QCOMPARE(lines[8],
+                 "   227  1800  0002     -     -    51     -     -     -     -     -   ---" +
+                     numbers +
+                     QString(lc_all.startsWith('d') ? "  83,8  87,2  85,6" : "  83.8  87.2  85.6"));
+        QFile file(out);
+        QVERIFY(file.open(QIODevice::ReadOnly));
+        QCOMPARE(QString::fromUtf8(file.readAll()), lines.join("\r\n") + "\r\n");
+    }
+
     void failures_data() {
         QTest::addColumn<QStringList>("arguments");
         QTest::addColumn<int>("exit_code");
@@ -117,6 +172,12 @@ private slots:
             << QStringList{"--link", "sim:nosuch", "info"} << 2 << "nosuch";
         QTest::newRow("no command") << QStringList{"--link", "sim"} << 2 << "no command";
         QTest::newRow("bad payload") << QStringList{"send", "hex:4G"} << 2 << "not a payload";
+        QTest::newRow("status from a silent device")
+            << QStringList{"--link", "sim:" VELTRAKO2_TEST_DATA "/silent.scn", "status"} << 1 << "";
+        QTest::newRow("status argument")
+            << QStringList{"--link", "sim", "status", "x"} << 2 << "no arguments";
+        QTest::newRow("firmware without a file")
+            << QStringList{"--link", "sim", "firmware"} << 2 << "the .ae6 file";
     }
     void failures() {
         QFETCH(QStringList, arguments);
@@ -126,6 +187,35 @@ private slots:
         QCOMPARE(r.exit_code, exit_code);
         QVERIFY(!r.err.trimmed().isEmpty()); // always says something
         QVERIFY2(r.err.contains(message), qPrintable(r.err));
+    }
+
+    void firmware_data() {
+        QTest::addColumn<QString>("hardware");
+        QTest::addColumn<QStringList>("options");
+        QTest::addColumn<int>("exit_code");
+        QTest::addColumn<QStringList>("said"); // on stderr, in this order
+        QTest::newRow("programmed") << "AE60|AE61" << QStringList{"--yes"} << 0
+                                    << QStringList{"block 1/3, eta 0:01", "block 3/3, eta 0:01",
+                                                   "The software update is complete."};
+        QTest::newRow("another board") << "AE60" << QStringList{"--yes"} << 1
+                                       << QStringList{"does not fit", "device: AE61", "file: 5122"};
+    }
+    void firmware() {
+        QFETCH(QString, hardware);
+        QFETCH(QStringList, options);
+        QFETCH(int, exit_code);
+        QFETCH(QStringList, said);
+        QTemporaryDir dir;
+        const Run r =
+            run_cli(QStringList{"--link", "sim", "firmware", firmware_file(dir.path(), hardware)} +
+                    options);
+        QCOMPARE(r.exit_code, exit_code);
+        qsizetype at = 0;
+        for (const QString& s : said) {
+            at = r.err.indexOf(s, at);
+            QVERIFY2(at >= 0, qPrintable(s + " not in:\n" + r.err));
+        }
+        QCOMPARE(r.err.contains("block"), exit_code == 0);
     }
 
     void payload_arguments_data() {

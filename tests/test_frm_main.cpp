@@ -9,11 +9,14 @@
 #include "fake_link.h"
 #include "frm_main.h"
 #include "frm_wait.h"
+#include "link/device_connection.h"
 #include "live_chart.h"
 #include "manual_clock.h"
+#include "protocol/commands.h"
 
 #include <QAction>
 #include <QComboBox>
+#include <QFontInfo>
 #include <QImage>
 #include <QInputDialog>
 #include <QLabel>
@@ -254,6 +257,18 @@ private slots:
         }
     }
 
+    void status_page_forwards_the_click_and_shows_the_table() {
+        Harness h;
+        QVERIFY(link::open_device(h.ctx, true));
+        h.form.control_as<QPushButton>("cmd_sysstatread")->click();
+        QCOMPARE(h.ctx.protocol.queue_count, 1);
+        QCOMPARE(h.ctx.protocol.send_queue[1], protocol::cmd::read_status_record(1));
+        h.form.show_status_table("   227  1800\r\n     1     2\r\n");
+        auto* table = h.form.control_as<QPlainTextEdit>("sysstatout");
+        QCOMPARE(table->toPlainText(), "   227  1800\n     1     2\n");
+        QVERIFY(QFontInfo(table->font()).fixedPitch());
+    }
+
     void link_buttons_and_quitting_close_the_device() {
         Harness h;
         h.form.show();
@@ -272,6 +287,52 @@ private slots:
         QCOMPARE(h.ctx.link.device_handle, 0u);
         QVERIFY(!h.ctx.timer1.enabled()); // no reconnection while the program ends
         QCOMPARE(h.out(), QString("Device Closed\n"));
+    }
+
+    // "Verbindung initialisieren": whatever state the link was in, it is
+    // reset, the device opened, the initial requests queued and Timer1 on,
+    // also when no device answers (the silent reconnection takes over then).
+    void connect_menu_starts_afresh_data() {
+        QTest::addColumn<int>("devices");
+        QTest::addColumn<int>("queued");
+        QTest::newRow("device present") << 1 << 29;
+        QTest::newRow("no device") << 0 << 0;
+    }
+    void connect_menu_starts_afresh() {
+        QFETCH(int, devices);
+        QFETCH(int, queued);
+        Harness h;
+        h.link->device_count = std::uint32_t(devices);
+        protocol::ProtocolState& p = h.ctx.protocol;
+        p.rx_buffer = "#9xx";
+        p.queue_count = 5;
+        p.send_queue[1] = "T";
+        p.waiting_reply = true;
+        p.last_command = "S";
+        p.retry_count = 3;
+        h.ctx.device.SN = "old serial";
+        h.ctx.device.live_valid = true;
+        h.ctx.timer1.set_enabled(false);
+        bool message = false;
+        if (devices == 0)
+            when_modal([&message](QWidget* modal) {
+                message = true;
+                modal->close();
+            });
+        h.form.menu_action("men_verbindung")->trigger();
+        QCOMPARE(message, devices == 0);
+        QCOMPARE(h.ctx.link.device_handle, devices ? 7u : 0u);
+        QVERIFY(p.rx_buffer.isEmpty());
+        QCOMPARE(p.queue_count, queued);
+        if (queued)
+            QCOMPARE(p.send_queue[1], QByteArray("?"));
+        QVERIFY(!p.waiting_reply);
+        QVERIFY(p.last_command.isEmpty());
+        QCOMPARE(p.retry_count, 0);
+        QVERIFY(h.ctx.device.SN.isEmpty());
+        QVERIFY(!h.ctx.device.live_valid);
+        QVERIFY(h.ctx.timer1.enabled());
+        h.ctx.timer1.set_enabled(false);
     }
 
     void info_menu_shows_the_version_window() {

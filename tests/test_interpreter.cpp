@@ -152,6 +152,115 @@ private slots:
         QCOMPARE(h.ctx.device.last_answer_time, before);
     }
 
+    // Every 16-bit signed reading of the live status overflows on its own:
+    // the fields before it take their new values, the fields from it on keep
+    // their old ones, and the answer is not finished. Below 0x8000 all is read.
+    void live_overflow_per_field_data() {
+        QTest::addColumn<int>("position");
+        QTest::addColumn<int>("raw");
+        QTest::addColumn<bool>("overflows");
+        QTest::newRow("VOLUMENSTROM 0x8000") << 10 << 0x8000 << true;
+        QTest::newRow("spannung 0x8000") << 20 << 0x8000 << true;
+        QTest::newRow("spannung 0xFFFF") << 20 << 0xFFFF << true;
+        QTest::newRow("spannung 0x7FFF") << 20 << 0x7FFF << false;
+        QTest::newRow("SOLL_VOLUMENSTROM 0x8000") << 36 << 0x8000 << true;
+        QTest::newRow("SOLL_VOLUMENSTROM 0x7FFF") << 36 << 0x7FFF << false;
+    }
+    void live_overflow_per_field() {
+        QFETCH(int, position);
+        QFETCH(int, raw);
+        QFETCH(bool, overflows);
+        Harness h;
+        device::DeviceRecord& d = h.ctx.device;
+        d.VOLUMENSTROM = d.druck = d.KOMPRESSORTEMP = d.spannung = d.SOLL_VOLUMENSTROM = -1;
+        d.ventile = d.alarme2 = 99;
+        Live live;
+        live.ticks(500).be16(10, 160).be16(12, 900).be16(18, 45).be16(20, 820).at(22, 5);
+        live.at(35, 4).be16(36, 200).be16(position, raw);
+        dispatch_response(h.ctx, live.p);
+
+        struct Field {
+            int position;
+            double value;
+            double fresh;
+        };
+        const double scale = position == 20 ? 24.0 / 820.0 : 0.0125;
+        const auto fresh = [&](int pos, double normal) {
+            return pos == position ? raw * scale : normal;
+        };
+        const Field fields[] = {
+            {10, d.VOLUMENSTROM, fresh(10, 2.0)},
+            {12, d.druck, 900},
+            {18, d.KOMPRESSORTEMP, 45},
+            {20, d.spannung, fresh(20, 24.0)},
+            {22, double(d.ventile), 5},
+            {35, double(d.alarme2), 4},
+            {36, d.SOLL_VOLUMENSTROM, fresh(36, 2.5)},
+        };
+        const double old_value[] = {-1, -1, -1, -1, 99, 99, -1};
+        for (std::size_t i = 0; i < std::size(fields); ++i) {
+            const bool written = !overflows || fields[i].position < position;
+            QVERIFY2(qFuzzyCompare(fields[i].value, written ? fields[i].fresh : old_value[i]),
+                     qPrintable(QStringLiteral("field at %1: %2")
+                                    .arg(fields[i].position)
+                                    .arg(fields[i].value)));
+        }
+        QCOMPARE(d.live_valid, !overflows);
+        QCOMPARE(h.ui.record_changes, overflows ? 0 : 1);
+    }
+
+    // The remaining time is a plain unsigned 16-bit count.
+    void remaining_time_is_unsigned_data() {
+        QTest::addColumn<int>("high");
+        QTest::addColumn<int>("low");
+        QTest::addColumn<QString>("text");
+        QTest::newRow("300") << 0x01 << 0x2C << "300";
+        QTest::newRow("high byte 128") << 0x80 << 0x01 << "32769";
+        QTest::newRow("all ones") << 0xFF << 0xFF << "65535";
+    }
+    void remaining_time_is_unsigned() {
+        QFETCH(int, high);
+        QFETCH(int, low);
+        QFETCH(QString, text);
+        Harness h;
+        dispatch_response(h.ctx, bytes_of({'S', high, low}));
+        QCOMPARE(h.ctx.device.rest_text, text);
+        QCOMPARE(h.ui.record_changes, 1);
+    }
+
+    // Memory answers at the edges of the status area: the last slot asked
+    // for, the one past it that a device may still send, and beyond.
+    void status_area_edges_data() {
+        QTest::addColumn<int>("address");
+        QTest::addColumn<int>("records");
+        QTest::addColumn<QList<QByteArray>>("queued");
+        QTest::addColumn<bool>("completed");
+        QTest::newRow("0x100: record 1")
+            << 0x100 << 1 << QList<QByteArray>{protocol::cmd::read_status_record(2)} << false;
+        QTest::newRow("0x3AA: record 32, the last asked for")
+            << 0x3AA << 32 << QList<QByteArray>{} << true;
+        QTest::newRow("0x3C0: record 33") << 0x3C0 << 33 << QList<QByteArray>{} << true;
+        QTest::newRow("0x3C1: outside") << 0x3C1 << 0 << QList<QByteArray>{} << false;
+        QTest::newRow("0x0FF: outside") << 0x0FF << 0 << QList<QByteArray>{} << false;
+    }
+    void status_area_edges() {
+        QFETCH(int, address);
+        QFETCH(int, records);
+        QFETCH(QList<QByteArray>, queued);
+        QFETCH(bool, completed);
+        Harness h;
+        int completions = 0;
+        h.ctx.hooks.status_readout_complete = [&] { ++completions; };
+        const QByteArray data(22, '\x21');
+        dispatch_response(h.ctx, bytes_of({'e', address >> 8, address & 0xFF, 22}) + data);
+        QCOMPARE(h.ctx.status.record_count(), records);
+        if (records > 0)
+            QCOMPARE(h.ctx.status.records[std::size_t(records)], data);
+        QCOMPARE(h.queued(), queued);
+        QCOMPARE(completions, completed ? 1 : 0);
+        QCOMPARE(h.ui.record_changes, 1);
+    }
+
     void short_answer_ends_interpretation() {
         Harness h;
         dispatch_response(h.ctx, bytes_of({'I', 0x01, 0x02}));
@@ -198,6 +307,12 @@ private slots:
         QTest::newRow("66") << QByteArray("661") << "66" << true << false << false << false;
         QTest::newRow("AA") << QByteArray("AA3") << "AA" << true << true << true << false;
         QTest::newRow("8D") << QByteArray("8D0") << "8D" << true << true << false << false;
+        QTest::newRow("A8") << QByteArray("A81") << "A8" << true << true << true << false;
+        QTest::newRow("A9") << QByteArray("A92") << "A9" << true << true << true << false;
+        QTest::newRow("A7: below the A8..A9 range")
+            << QByteArray("A71") << "A7" << true << false << false << false;
+        QTest::newRow("56") << QByteArray("561") << "56" << true << false << false << false;
+        QTest::newRow("55") << QByteArray("551") << "55" << false << false << false << false;
         QTest::newRow("628") << QByteArray("628") << "62" << false << false << false << true;
         QTest::newRow("748x") << QByteArray("7480") << "748" << true << false << false << true;
     }

@@ -5,6 +5,7 @@
 
 #include "app_context.h"
 #include "fake_user_interface.h"
+#include "link/device_connection.h"
 #include "link/sim_link.h"
 #include "manual_clock.h"
 #include "protocol/commands.h"
@@ -34,7 +35,8 @@ struct Harness {
             if (!e.boot_loader)
                 received << e.request;
         });
-        ctx = std::make_unique<AppContext>(clock, ui, std::make_unique<link::SimLink>(clock, device));
+        ctx =
+            std::make_unique<AppContext>(clock, ui, std::make_unique<link::SimLink>(clock, device));
         for (int n : {4, 5})
             ctx->language.language_text[n] = QStringLiteral("text%1").arg(n);
     }
@@ -48,6 +50,12 @@ struct Harness {
         sim::Faults f = device->faults();
         f.silent = on;
         device->set_faults(f);
+    }
+    // Reads and forgets whatever answers are still on their way, so that a
+    // test starts from a quiet line.
+    void drain() {
+        clock.advance_ms(100);
+        link::read_waiting(*ctx);
     }
     void plug(bool in) {
         sim::Faults f = device->faults();
@@ -141,6 +149,122 @@ private slots:
         QVERIFY(h.ctx->timer1.enabled());
     }
 
+    // The answer time-out looks only at the clock: a silent device is asked
+    // again whether or not a command is outstanding.
+    void timeout_fires_with_or_without_a_command_outstanding_data() {
+        QTest::addColumn<bool>("outstanding");
+        QTest::newRow("answer outstanding") << true;
+        QTest::newRow("nothing outstanding") << false;
+    }
+    void timeout_fires_with_or_without_a_command_outstanding() {
+        QFETCH(bool, outstanding);
+        Harness h;
+        connect_routine(*h.ctx);
+        h.tick(40);
+        QVERIFY(h.ctx->device.live_valid);
+        h.drain();
+        h.ctx->protocol.queue_count = 0;
+        h.ctx->protocol.waiting_reply = outstanding;
+        h.ctx->protocol.last_command = "S";
+        h.received.clear();
+        h.ui.out.clear();
+        h.clock.advance_ms(1100); // past the one-second time-out, no answer since
+        timer1_tick(*h.ctx);
+        QVERIFY2(h.ui.out.endsWith(" Timeout Nr 1 Command:S\r\n"), qPrintable(h.ui.out));
+        QCOMPARE(h.received.value(0), QByteArray("S"));
+        QVERIFY(h.ctx->protocol.waiting_reply);
+        QCOMPARE(h.ctx->protocol.retry_count, 1);
+    }
+
+    // At version code "52" the schedule asks for ZEITEN0..6 and for the
+    // information text, and the queue then withholds the information text,
+    // which only "53" on understands; at "51" neither is asked for.
+    void schedule_at_the_version_boundary_data() {
+        QTest::addColumn<QByteArray>("sw");
+        QTest::addColumn<bool>("timings");
+        QTest::addColumn<bool>("info_sent");
+        QTest::newRow("version 51") << QByteArray("511") << false << false;
+        QTest::newRow("version 52") << QByteArray("521") << true << false;
+        QTest::newRow("version 53") << QByteArray("531") << true << true;
+    }
+    void schedule_at_the_version_boundary() {
+        QFETCH(QByteArray, sw);
+        QFETCH(bool, timings);
+        QFETCH(bool, info_sent);
+        Harness h(sw);
+        connect_routine(*h.ctx);
+        h.tick(40);
+        QCOMPARE(h.ctx->device.family_code, QString::fromLatin1(sw.left(2)));
+        // Ticks 21..35 of a 400-tick period, with the device silent and the
+        // time-out out of reach, so that everything scheduled stays queued.
+        h.set_silent(true);
+        h.drain();
+        h.ctx->config.TIMEOUT = 1e6;
+        h.ctx->protocol.queue_count = 0;
+        h.ctx->protocol.waiting_reply = true;
+        h.ctx->protocol.tick_count = 400 * 7 + 20;
+        h.tick(15);
+        QList<QByteArray> queued;
+        for (int i = 1; i <= h.ctx->protocol.queue_count; ++i)
+            queued << h.ctx->protocol.send_queue[std::size_t(i)];
+        const auto r = [](int i) { return cmd::read_timing(i); };
+        const QList<QByteArray> window{r(0), r(1), "I", r(2), "T", r(3), "I",
+                                       r(4), r(5), "I", r(6), "T", "S",  "!"};
+        const QList<QByteArray> expected =
+            timings ? window : without(window, {r(0), r(1), r(2), r(3), r(4), r(5), r(6), "!"});
+        QCOMPARE(queued, expected);
+
+        // Sent one by one: only the information text may be held back.
+        h.received.clear();
+        while (h.ctx->protocol.queue_count > 0) {
+            h.ctx->protocol.waiting_reply = false;
+            send_next(*h.ctx);
+        }
+        QCOMPARE(h.received, info_sent ? expected : without(expected, {"!"}));
+    }
+
+    // The general reset returns every part of the link state to idle at once.
+    void reset_link_state_clears_everything() {
+        Harness h;
+        connect_routine(*h.ctx);
+        h.tick(40);
+        int resets = 0;
+        h.ctx->hooks.link_reset = [&] { ++resets; };
+        ProtocolState& p = h.ctx->protocol;
+        p.rx_buffer = "#5ab";
+        queue_command(*h.ctx, "I");
+        queue_command(*h.ctx, "T");
+        p.waiting_reply = true;
+        p.last_command = "S";
+        p.retry_count = 2;
+        h.ctx->timer1.set_enabled(true);
+        const link::FtHandle handle = h.ctx->link.device_handle;
+        QVERIFY(!h.ctx->device.SN.isEmpty());
+        QVERIFY(!h.ctx->live_history.samples().empty());
+        h.clock.advance_ms(700);
+        const int changes = h.ui.record_changes;
+
+        reset_link_state(*h.ctx);
+        QVERIFY(p.rx_buffer.isEmpty());
+        QCOMPARE(p.queue_count, 0);
+        QVERIFY(!p.waiting_reply);
+        QVERIFY(p.last_command.isEmpty());
+        QCOMPARE(p.retry_count, 0);
+        QVERIFY(h.ctx->device.SN.isEmpty());
+        QVERIFY(!h.ctx->device.live_valid);
+        QCOMPARE(h.ctx->device.last_answer_time, seconds_since_midnight(h.clock.now()));
+        QVERIFY(h.ctx->live_history.samples().empty());
+        QCOMPARE(h.ui.record_changes, changes + 1);
+        QCOMPARE(resets, 1);
+        QVERIFY(!h.ctx->timer1.enabled());
+        QCOMPARE(h.ctx->link.device_handle, handle); // the device stays open
+
+        // Nothing of the old state comes back: the next tick sends nothing.
+        h.received.clear();
+        h.tick(1);
+        QVERIFY(h.received.isEmpty());
+    }
+
     void closed_link_reconnects_by_itself_on_the_first_page() {
         Harness h;
         h.plug(false);
@@ -225,9 +349,7 @@ private slots:
             nested += h.ctx->protocol.tick_count == before ? 1 : 0;
         };
         h.tick(2);
-        QCOMPARE(h.received.count() - h.received.count("I") -
-                     h.received.count("T"),
-                 60);
+        QCOMPARE(h.received.count() - h.received.count("I") - h.received.count("T"), 60);
         QVERIFY(waits >= 59);
         QCOMPARE(nested, waits);
         QVERIFY(h.ctx->protocol.timer_busy == false);

@@ -204,6 +204,24 @@ private slots:
             QCOMPARE(d.send_raw(data_line(11, "third")), QByteArray(">"));
     }
 
+    // The acknowledgement's form, set in the scenario; the line is programmed
+    // whatever the form.
+    void boot_loader_ack_form_data() {
+        QTest::addColumn<QByteArray>("setting");
+        QTest::addColumn<QByteArray>("answer");
+        QTest::newRow("plain") << QByteArray("ACK_FORM=plain\n") << QByteArray(">");
+        QTest::newRow("doubled") << QByteArray("ACK_FORM=doubled\n") << QByteArray(">>");
+        QTest::newRow("trailing blank") << QByteArray("ACK_FORM=blank\n") << QByteArray("> ");
+    }
+    void boot_loader_ack_form() {
+        QFETCH(QByteArray, setting);
+        QFETCH(QByteArray, answer);
+        Loader d(setting);
+        QCOMPARE(d.send_raw(data_line(0x10, "ab")), answer);
+        QCOMPARE(d.send_raw(data_line(0x10, "ab", false)), QByteArray("E"));
+        QCOMPARE(d.device.boot_loader().lines_this_session(), 1);
+    }
+
     void boot_loader_restarts_with_the_new_firmware() {
         Loader d;
         QCOMPARE(d.send_raw("I" + data_line(0, "abc") + data_line(3, "def")),

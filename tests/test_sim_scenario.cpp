@@ -11,8 +11,8 @@ using namespace veltrako::testing;
 
 namespace {
 
-const char* const samples[] = {"default",     "old_timings",      "family7x",
-                               "status_full", "compliance_large", "flaky"};
+const char* const samples[] = {"default",        "old_timings",      "family7x", "status_full",
+                               "status_example", "compliance_large", "flaky"};
 
 sim::Scenario sample(const char* name) {
     const auto s = sim::load_scenario(QString::fromLatin1(name));

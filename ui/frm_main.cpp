@@ -5,11 +5,14 @@
 #include "device/device_view.h"
 #include "device_tab.h"
 #include "dialogs.h"
+#include "firmware/firmware_update.h"
+#include "frm_firmware_progress.h"
 #include "frm_wait.h"
 #include "link/device_connection.h"
 #include "live_chart.h"
 #include "pages.h"
 #include "protocol/poll_cycle.h"
+#include "status/status_readout.h"
 
 #include <QAction>
 #include <QCloseEvent>
@@ -127,7 +130,13 @@ void FrmMain::bind(AppContext& ctx) {
             [&ctx] { protocol::connect_routine(ctx); });
     connect(menu_action(QStringLiteral("men_Info")), &QAction::triggered, this,
             [this] { show_wait(QStringLiteral("info")); });
+    connect(menu_action(QStringLiteral("men_Softwareupdate")), &QAction::triggered, this,
+            [this, &ctx] { men_Softwareupdate_Click(ctx); });
     bind_entwickler_page(ctx);
+    connect(control_as<QPushButton>(QStringLiteral("cmd_sysstatread")), &QPushButton::clicked, this,
+            [&ctx] { status::cmd_sysstatread_Click(ctx); });
+    connect(control_as<QPushButton>(QStringLiteral("cmd_sysstatsave")), &QPushButton::clicked, this,
+            [&ctx] { status::cmd_sysstatsave_Click(ctx); });
 
     device_record_changed();
 }
@@ -143,6 +152,11 @@ void FrmMain::bind_entwickler_page(AppContext& ctx) {
                 // Typed as it stands, one byte per character.
                 protocol::cmd_sendcommand(ctx, typed->text().toLatin1());
             });
+}
+
+void FrmMain::men_Softwareupdate_Click(AppContext& ctx) {
+    FrmFirmwareProgress progress(ctx.language, this);
+    firmware::firmware_update(ctx, progress);
 }
 
 void FrmMain::show_wait(const QString& command, const QString& text) {
@@ -230,6 +244,12 @@ void FrmMain::device_record_changed() {
         return;
     refresh_device_tab(*this, device::make_device_tab_view(ctx_->device, QLocale()));
     chart_->set_data_valid(ctx_->device.live_valid);
+}
+
+void FrmMain::show_status_table(const QString& text) {
+    QString plain = text;
+    plain.replace(QLatin1String("\r\n"), QLatin1String("\n"));
+    control_as<QPlainTextEdit>(QStringLiteral("sysstatout"))->setPlainText(plain);
 }
 
 } // namespace veltrako::ui

@@ -74,6 +74,7 @@ public:
     void clear_out() override;
     void set_info_caption(const QString& text) override;
     void device_record_changed() override;
+    void show_status_table(const QString& text) override;
 
 protected:
     // Form_QueryUnload: the device is closed before the program ends.
@@ -83,6 +84,7 @@ private:
     void build_menu();
     void index_controls();
     void bind_entwickler_page(AppContext& ctx);
+    void men_Softwareupdate_Click(AppContext& ctx);
 
     AppContext* ctx_ = nullptr;
     QTabWidget* tab1_ = nullptr;

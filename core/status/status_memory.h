@@ -3,6 +3,7 @@
 // stands. Records are kept as the device sent them, 22 bytes each.
 
 #include <QByteArray>
+#include <QString>
 
 #include <vector>
 
@@ -14,6 +15,11 @@ struct StatusMemory {
     // Index 0 stays empty; records 1..32 in the order read.
     std::vector<QByteArray> records = std::vector<QByteArray>(1);
     ReadoutMark mark = ReadoutMark::idle; // a readout for saving: pending, then due
+
+    // The last automatic save of this run: device key and file name without
+    // ".txt". One automatic file per device and software version per run.
+    QString last_auto_key;
+    QString last_auto_base;
 
     int record_count() const { return static_cast<int>(records.size()) - 1; }
     void restart() { records.assign(1, QByteArray()); }

@@ -42,6 +42,7 @@ public:
     void clear_out() override { out.clear(); }
     void set_info_caption(const QString& text) override { info_caption = text; }
     void device_record_changed() override { ++record_changes; }
+    void show_status_table(const QString& text) override { status_tables << text; }
 
     QStringList messages;
     QStringList questions;
@@ -55,6 +56,7 @@ public:
     bool busy = false;
     Page page = Page::geraet;
     int record_changes = 0;
+    QStringList status_tables; // every text shown in sysstatout
 
 private:
     static bool take(QList<bool>& answers, bool fallback) {

@@ -1,0 +1,70 @@
+// status: read the device's status memory and print the table; --out FILE
+// also writes it there, as the page's save button would.
+
+#include "app_context.h"
+#include "cli_session.h"
+#include "commands.h"
+#include "console_ui.h"
+#include "status/status_readout.h"
+#include "status/status_table.h"
+
+#include <QCommandLineParser>
+#include <QDir>
+
+namespace veltrako::cli {
+
+namespace {
+
+const QString out_option = QStringLiteral("out");
+
+int run_status(CommandEnv& env) {
+    if (!env.args.isEmpty()) {
+        print_error(QStringLiteral("status takes no arguments"));
+        return exit_usage;
+    }
+    const QString out = env.parser.value(out_option);
+    if (env.parser.isSet(out_option) && out.isEmpty()) {
+        print_error(QStringLiteral("--out needs a file name"));
+        return exit_usage;
+    }
+    // The identity in the heading and the record layout come from the
+    // device record, so it is read completely first.
+    int code = env.session.connect_and_read_record();
+    if (code != exit_ok)
+        return code;
+    const int shown = env.ui.status_tables_shown;
+    status::cmd_sysstatread_Click(env.ctx);
+    code = env.session.run_until([&] { return env.ui.status_tables_shown > shown; });
+    if (env.ui.status_tables_shown == shown) {
+        print_error(QStringLiteral("the status readout did not finish"));
+        return code == exit_ok ? exit_device : code;
+    }
+    const QString& table = env.ui.status_table;
+    QStringList lines = table.split(QStringLiteral("\r\n"));
+    if (!lines.isEmpty() && lines.last().isEmpty())
+        lines.removeLast();
+    for (const QString& line : lines)
+        print_line(line);
+    if (!out.isEmpty() && !status::write_status_table(out, table)) {
+        print_error(QStringLiteral("could not write %1").arg(QDir::toNativeSeparators(out)));
+        return exit_device;
+    }
+    return exit_ok;
+}
+
+} // namespace
+
+CliCommand status_command() {
+    CliCommand c;
+    c.name = QStringLiteral("status");
+    c.help = QStringLiteral("status [--out FILE]  read the status memory, print its table");
+    c.options = [] {
+        return QList<QCommandLineOption>{{out_option,
+                                          QStringLiteral("status: also write the table to FILE"),
+                                          QStringLiteral("file")}};
+    };
+    c.run = run_status;
+    return c;
+}
+
+} // namespace veltrako::cli

@@ -1,0 +1,176 @@
+#include "firmware_update.h"
+
+#include "app_context.h"
+#include "config/config.h"
+#include "config/wait.h"
+#include "device/device_view.h"
+#include "link/device_connection.h"
+#include "protocol/frames.h"
+
+#include <QFileInfo>
+#include <QLocale>
+
+namespace veltrako::firmware {
+
+namespace {
+
+const QString crlf = QStringLiteral("\r\n");
+
+// The hourglass while the update waits on the device; gone on every way out
+// and while a message is up.
+class BusyPointer {
+public:
+    explicit BusyPointer(UserInterface& ui) : ui_(ui) { set(true); }
+    ~BusyPointer() { set(false); }
+    BusyPointer(const BusyPointer&) = delete;
+    BusyPointer& operator=(const BusyPointer&) = delete;
+    void set(bool on) {
+        if (on != on_)
+            ui_.set_busy(on);
+        on_ = on;
+    }
+
+private:
+    UserInterface& ui_;
+    bool on_ = false;
+};
+
+// After a failure the device cannot run until it is programmed: say so with
+// the failure.
+QString failure_message(const AppContext& ctx, const QString& what) {
+    return what + crlf + ctx.language.text(106);
+}
+
+bool synchronise(AppContext& ctx) {
+    for (int i = 0; i < loader::sync_tries; ++i) {
+        link::write_raw(ctx, QByteArrayLiteral("I"));
+        wait_ms(ctx, loader::sync_wait_ms);
+        if (link::read_raw(ctx).startsWith(loader::greeting))
+            return true;
+    }
+    return false;
+}
+
+// Polls for the answer to a data line: quickly first, then more slowly, and
+// stops at the first bytes received. Nothing is written again meanwhile; a
+// second write would only stand in the loader's buffer behind the first.
+QByteArray await_acknowledgement(AppContext& ctx) {
+    for (int i = 0; i < loader::quick_polls; ++i) {
+        wait_ms(ctx, loader::quick_poll_ms);
+        if (QByteArray answer = link::read_raw(ctx); !answer.isEmpty())
+            return answer;
+    }
+    for (int i = 0; i < loader::slow_polls; ++i) {
+        wait_ms(ctx, loader::slow_poll_ms);
+        if (QByteArray answer = link::read_raw(ctx); !answer.isEmpty())
+            return answer;
+    }
+    return {};
+}
+
+// Stores the folder of a confirmed file dialog as INITDIR and rewrites the
+// configuration file at once; false when that cannot be written.
+bool remember_folder(AppContext& ctx, const QString& chosen_file) {
+    const QString folder = QFileInfo(chosen_file).absolutePath() + QLatin1Char('/');
+    if (folder == ctx.config.INITDIR)
+        return true;
+    ctx.config.INITDIR = folder;
+    return config::save_config(ctx.config, ctx.config_path);
+}
+
+} // namespace
+
+bool hardware_fits(const FirmwareImage& image, const QString& device_hardware) {
+    const QString id = device_hardware.trimmed();
+    return !id.isEmpty() && image.hardware.contains(id);
+}
+
+UpdateResult firmware_update(AppContext& ctx, UpdateProgress& progress) {
+    if (ctx.link.device_handle == 0)
+        return UpdateResult::left;
+    // Nothing of the poll cycle may mix into the loader dialogue; the connect
+    // routine switches it on again.
+    ctx.timer1.set_enabled(false);
+
+    FileDialogRequest request;
+    request.title = ctx.language.text(11002);
+    request.start_dir = ctx.config.INITDIR;
+    request.filter = QStringLiteral("Veltrak O2 Software (*.ae6)|*.ae6");
+    request.default_suffix = QStringLiteral(".ae6");
+    const QString path = ctx.ui.choose_open_file(request);
+    if (path.isEmpty())
+        return UpdateResult::left;
+    if (!remember_folder(ctx, path)) {
+        show_msg(ctx, ctx.language.text(9102));
+        return UpdateResult::left;
+    }
+
+    FirmwareImage image;
+    if (!load_firmware_file(ctx, path, image))
+        return UpdateResult::left;
+
+    if (!hardware_fits(image, ctx.device.text_d0)) {
+        show_msg(ctx, ctx.language.text(102) + crlf + ctx.language.text(101) + QLatin1Char(' ') +
+                          ctx.device.text_d0.trimmed() + crlf + ctx.language.text(100) +
+                          QLatin1Char(' ') + image.version);
+        return UpdateResult::left;
+    }
+    if (!ctx.ui.ask_yes_no(QStringLiteral("Neue Software Version ") + image.version +
+                           QStringLiteral(" programmieren?")))
+        return UpdateResult::left;
+    return program_firmware(ctx, image, progress);
+}
+
+UpdateResult program_firmware(AppContext& ctx, const FirmwareImage& image,
+                              UpdateProgress& progress) {
+    BusyPointer busy(ctx.ui);
+    const int blocks = static_cast<int>(image.data_lines.size());
+    // From "b" on the device is out of its application: nothing may
+    // interrupt the dialogue with its loader.
+    progress.begin(blocks);
+    protocol::send_frame(ctx, QByteArrayLiteral("b"));
+    wait_ms(ctx, loader::enter_ms);
+    // An answer to the last poll may still have come in; the loader's
+    // greeting must be the first thing read after the sync request.
+    link::read_raw(ctx);
+    if (!synchronise(ctx)) {
+        progress.end();
+        busy.set(false);
+        show_msg(ctx, failure_message(ctx, ctx.language.text(103)));
+        return UpdateResult::no_sync;
+    }
+
+    const ProgressClock clock(blocks, ctx.clock.elapsed_ms());
+    for (int block = 1; block <= blocks; ++block) {
+        progress.block(clock.step(block, ctx.clock.elapsed_ms()));
+        // Checked when the file was loaded.
+        const QByteArray bytes = hex_to_bytes(image.data_lines[block - 1]).value_or(QByteArray());
+        QByteArray answer;
+        bool acknowledged = false;
+        for (int attempt = 0; attempt < loader::line_tries && !acknowledged; ++attempt) {
+            link::write_raw(ctx, bytes);
+            answer = await_acknowledgement(ctx);
+            acknowledged = answer == ">";
+        }
+        if (!acknowledged) {
+            progress.end();
+            busy.set(false);
+            show_msg(ctx,
+                     failure_message(ctx, ctx.language.text(105) + QLatin1Char(' ') +
+                                              device::format_value(block, 0, QLocale()) +
+                                              QStringLiteral(":'") + QString::fromLatin1(answer) +
+                                              QLatin1Char('\'')));
+            return UpdateResult::block_refused;
+        }
+    }
+    progress.end();
+
+    busy.set(false);
+    show_msg(ctx, ctx.language.text(104));
+    busy.set(true);
+    link::write_raw(ctx, QByteArrayLiteral("R"));
+    wait_ms(ctx, loader::restart_ms);
+    return UpdateResult::done;
+}
+
+} // namespace veltrako::firmware

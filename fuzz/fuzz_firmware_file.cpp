@@ -1,0 +1,41 @@
+// A firmware file comes from wherever the technician got it: any content must
+// be accepted or refused, and what is accepted must be fit to send.
+
+#include "config/text_file.h"
+#include "firmware/firmware_file.h"
+
+#include <QFile>
+#include <QTemporaryDir>
+
+#include <cstdint>
+#include <cstdlib>
+
+using namespace veltrako;
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    static QTemporaryDir dir;
+    const QString path = dir.filePath(QStringLiteral("input.ae6"));
+    QFile file(path);
+    if (!file.open(QIODevice::WriteOnly))
+        return 0;
+    file.write(reinterpret_cast<const char*>(data), static_cast<qint64>(size));
+    file.close();
+    const auto lines = config::read_text_lines(path);
+    if (!lines)
+        return 0;
+    firmware::FirmwareImage image;
+    const firmware::FileCheck check = firmware::parse_firmware_lines(*lines, image);
+    if (check.fault != firmware::FileFault::none)
+        return 0;
+    // Accepted: every line converts and starts a loader block, and no
+    // identifier is empty or holds a blank.
+    for (const QString& line : image.data_lines) {
+        const auto bytes = firmware::hex_to_bytes(line);
+        if (!bytes || bytes->isEmpty() || bytes->at(0) != 0x42)
+            std::abort();
+    }
+    for (const QString& id : image.hardware)
+        if (id.isEmpty() || id.contains(QLatin1Char(' ')))
+            std::abort();
+    return 0;
+}

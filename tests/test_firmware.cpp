@@ -1,0 +1,342 @@
+// Firmware update: the ".ae6" file's checks, and the whole dialogue with the
+// simulated concentrator's boot loader at the real wire's pace, with the
+// clock moved by hand so that a few seconds of waiting cost nothing.
+
+#include "config/language.h"
+#include "config/text_file.h"
+#include "firmware/firmware_update.h"
+#include "protocol/poll_cycle.h"
+#include "sim_helpers.h"
+
+#include <QTemporaryDir>
+#include <QTest>
+
+using namespace veltrako;
+using namespace veltrako::testing;
+using firmware::FileFault;
+using firmware::UpdateResult;
+
+namespace {
+
+// One data line as the loader takes it: 0x42, N, address, N bytes and a
+// checksum that makes the sum 0 mod 256; as hex text the way files hold it.
+QString data_line(int address, const QByteArray& data) {
+    QByteArray line = bytes_of({0x42, int(data.size()), address >> 8, address & 0xFF}) + data;
+    int sum = 0;
+    for (char c : line)
+        sum += static_cast<unsigned char>(c);
+    line += static_cast<char>((256 - sum % 256) % 256);
+    return QString::fromLatin1(line.toHex().toUpper());
+}
+
+// `n` lines of 16 bytes each, the usual length of a file's lines.
+QStringList data_lines(int n) {
+    QStringList lines;
+    for (int i = 0; i < n; ++i)
+        lines << data_line(0x1000 + 16 * i, QByteArray(16, static_cast<char>('A' + i % 26)));
+    return lines;
+}
+
+struct Recorder final : firmware::UpdateProgress {
+    void begin(int blocks) override { log << QStringLiteral("begin %1").arg(blocks); }
+    void block(const firmware::ProgressStep& step) override { steps << step; }
+    void end() override { log << QStringLiteral("end"); }
+    QStringList log;
+    QList<firmware::ProgressStep> steps;
+};
+
+// The program connected to a simulated device with the default identity
+// (hardware "AE61", software "5121" becoming "5122" once programmed), its
+// device record read, and the English texts loaded.
+struct Bench {
+    explicit Bench(const QByteArray& faults = {})
+        : device(scenario_from("NOISE=off\nSW=5121\nSW_AFTER_UPDATE=5122\nHARDWARE_ID=AE61\n" +
+                               faults)),
+          linked(device, link::SimLink::WireTiming::realistic) {
+        AppContext& ctx = linked.ctx;
+        ctx.program_dir = dir.path() + QLatin1Char('/');
+        ctx.config_path = dir.filePath(QStringLiteral("veltrako2.ini"));
+        ctx.config.INITDIR = ctx.program_dir;
+        if (!config::load_language(ctx.language, QStringLiteral(VELTRAKO2_LANG_DIR "/langen.txt"),
+                                   linked.ui))
+            qFatal("language file");
+        connect();
+        linked.device->set_observer([this](const sim::Concentrator::Event& e) { heard << e; });
+    }
+    void connect() {
+        protocol::connect_routine(linked.ctx);
+        for (int i = 0; i < 120; ++i) {
+            linked.clock.advance_ms(50);
+            protocol::timer1_tick(linked.ctx);
+        }
+        // Let the last poll's answer come in, so the device hears nothing
+        // more of the poll cycle.
+        linked.clock.advance_ms(100);
+        link::read_raw(linked.ctx);
+    }
+    QString file(const QStringList& lines, const QString& name = QStringLiteral("fw.ae6")) {
+        const QString path = dir.filePath(name);
+        if (!config::write_text_lines(path, lines))
+            qFatal("cannot write %s", qPrintable(path));
+        return path;
+    }
+    UpdateResult update(const QString& path, bool confirm = true) {
+        linked.ui.file_answers << path;
+        linked.ui.yes_no_answers << confirm;
+        const UpdateResult result = firmware::firmware_update(linked.ctx, progress);
+        // The link moves bytes when it is used; what was written last (the
+        // restart) reaches the device now.
+        link::read_raw(linked.ctx);
+        return result;
+    }
+    QString text(int n) const { return linked.ctx.language.text(n); }
+    int data_line_writes() const {
+        int n = 0;
+        for (const auto& e : heard)
+            n += e.boot_loader && e.request.startsWith('\x42');
+        return n;
+    }
+
+    QTemporaryDir dir;
+    sim::Scenario device;
+    LinkedDevice linked;
+    Recorder progress;
+    QList<sim::Concentrator::Event> heard; // after the device record was read
+};
+
+const QStringList header{QStringLiteral("VERSION=5122"), QStringLiteral("HARDWARE=AE61")};
+
+} // namespace
+
+class TestFirmware : public QObject {
+    Q_OBJECT
+private slots:
+    void file_checks_data() {
+        QTest::addColumn<QStringList>("lines");
+        QTest::addColumn<int>("fault");
+        QTest::addColumn<int>("accepted");
+        QTest::addColumn<QString>("version");
+        QTest::addColumn<QStringList>("hardware");
+        const QString a = data_line(0, "abc"), b = data_line(3, "def");
+        const auto row = [](const char* name, QStringList lines, FileFault fault, int accepted,
+                            QString version = {}, QStringList hardware = {}) {
+            QTest::newRow(name) << lines << int(fault) << accepted << version << hardware;
+        };
+        row("plain", {"VERSION=5122", "HARDWARE=AE61", a, b}, FileFault::none, 2, "5122", {"AE61"});
+        row("lower-case key, blanks around =", {" version = 51 22 ", "hardware=AE61", a},
+            FileFault::none, 1, "51 22", {"AE61"});
+        row("two identifiers, blanks around |", {"VERSION=5122", "HARDWARE = AE60 | AE61 ", a},
+            FileFault::none, 1, "5122", {"AE60", "AE61"});
+        row("empty lines and blanks around data skipped",
+            {"VERSION=5122", "HARDWARE=AE61", "", "  " + a.toLower() + "  ", "", b},
+            FileFault::none, 2, "5122", {"AE61"});
+        row("data line not starting with 42", {"VERSION=1", "HARDWARE=AE61", a, b, "43" + a.mid(2)},
+            FileFault::bad_data_line, 2);
+        row("odd length", {"VERSION=1", "HARDWARE=AE61", a, a + "0"}, FileFault::bad_data_line, 1);
+        row("not a hex digit", {"VERSION=1", "HARDWARE=AE61", "42G0"}, FileFault::bad_data_line, 0);
+        row("second = in the version line", {"VERSION=5122=1", "HARDWARE=AE61", a},
+            FileFault::no_version_line, 0);
+        row("hardware first", {"HARDWARE=AE61", "VERSION=5122", a}, FileFault::no_version_line, 0);
+        row("empty file", {}, FileFault::no_version_line, 0);
+        row("no hardware line", {"VERSION=5122", a}, FileFault::no_hardware_line, 0);
+        row("header only", {"VERSION=5122", "HARDWARE=AE61", ""}, FileFault::no_data_lines, 0);
+    }
+    void file_checks() {
+        QFETCH(QStringList, lines);
+        QFETCH(int, fault);
+        QFETCH(int, accepted);
+        QFETCH(QString, version);
+        QFETCH(QStringList, hardware);
+        firmware::FirmwareImage image;
+        const firmware::FileCheck check = firmware::parse_firmware_lines(lines, image);
+        QCOMPARE(int(check.fault), fault);
+        QCOMPARE(check.accepted, accepted);
+        if (check.fault != FileFault::none)
+            return;
+        QCOMPARE(image.version, version);
+        QCOMPARE(image.hardware, hardware);
+        QCOMPARE(image.data_lines.size(), accepted);
+        QVERIFY(image.data_lines.first().startsWith("42"));
+    }
+
+    void progress_estimate_data() {
+        QTest::addColumn<int>("block");
+        QTest::addColumn<qint64>("now_ms");
+        QTest::addColumn<qint64>("remaining_ms");
+        QTest::addColumn<QString>("remaining");
+        // 2000 blocks from ms 1000 on.
+        QTest::newRow("first block: the floor") << 1 << qint64(1000) << qint64(80000) << "1:20";
+        QTest::newRow("after 100 at 45 ms") << 101 << qint64(5500) << qint64(85500) << "1:26";
+        QTest::newRow("last block") << 2000 << qint64(81000) << qint64(40) << "0:01";
+    }
+    void progress_estimate() {
+        QFETCH(int, block);
+        QFETCH(qint64, now_ms);
+        QFETCH(qint64, remaining_ms);
+        QFETCH(QString, remaining);
+        const firmware::ProgressStep s = firmware::ProgressClock(2000, 1000).step(block, now_ms);
+        QCOMPARE(s.elapsed_ms, now_ms - 1000);
+        QCOMPARE(s.remaining_ms, remaining_ms);
+        QCOMPARE(firmware::minutes_seconds(s.remaining_ms), remaining);
+        QCOMPARE(s.caption(), QStringLiteral("Software Update Block %1/2000").arg(block));
+    }
+
+    void whole_update_against_the_device() {
+        Bench b;
+        AppContext& ctx = b.linked.ctx;
+        QCOMPARE(ctx.device.text_d0.trimmed(), QString("AE61"));
+        QCOMPARE(ctx.device.SW, QString("5121"));
+        QVERIFY(ctx.timer1.enabled());
+        QTemporaryDir elsewhere;
+        const QStringList lines = data_lines(5);
+        const QString path = elsewhere.filePath("new.ae6");
+        QVERIFY(config::write_text_lines(path, header + lines));
+
+        QCOMPARE(b.update(path), UpdateResult::done);
+        QCOMPARE(b.linked.ui.dialogs.size(), 1);
+        QCOMPARE(b.linked.ui.dialogs[0].filter, QString("Veltrak O2 Software (*.ae6)|*.ae6"));
+        QCOMPARE(b.linked.ui.dialogs[0].start_dir, b.dir.path() + '/');
+        QCOMPARE(b.linked.ui.questions, QStringList{"Neue Software Version 5122 programmieren?"});
+        QCOMPARE(b.linked.ui.messages, QStringList{b.text(104)});
+        QVERIFY(!b.linked.ui.busy);
+        QVERIFY(!ctx.timer1.enabled());
+        // The new folder is remembered, in the file as well.
+        QCOMPARE(ctx.config.INITDIR, elsewhere.path() + '/');
+        config::Config saved;
+        QVERIFY(config::load_config(saved, b.dir.filePath("veltrako2.ini"), ctx.program_dir,
+                                    b.linked.ui));
+        QCOMPARE(saved.INITDIR, elsewhere.path() + '/');
+
+        QList<QByteArray> programmed;
+        for (const QString& l : lines)
+            programmed << QByteArray::fromHex(l.toLatin1());
+        QCOMPARE(b.linked.device->boot_loader().programmed_lines(), programmed);
+        QVERIFY(!b.linked.device->in_boot_loader());
+        QCOMPARE(b.progress.log, (QStringList{"begin 5", "end"}));
+        QCOMPARE(b.progress.steps.size(), 5);
+        QCOMPARE(b.progress.steps[4].caption(), QString("Software Update Block 5/5"));
+        // Each block takes the first poll's wait and no more: the loader's ">"
+        // is on the wire well within it.
+        for (int i = 0; i < 5; ++i)
+            QCOMPARE(b.progress.steps[i].elapsed_ms, 40 * i);
+
+        // The next connect finds the new software.
+        b.connect();
+        QCOMPARE(ctx.device.SW, QString("5122"));
+    }
+
+    // The loader's answers to data lines: a refusal on the first or first two
+    // attempts is overcome, anything but a plain ">" three times is not.
+    void acknowledgement_data() {
+        QTest::addColumn<QByteArray>("faults");
+        QTest::addColumn<int>("result");
+        QTest::addColumn<QString>("failure"); // after text 105, or 103 for a failed sync
+        QTest::addColumn<int>("programmed");
+        QTest::addColumn<int>("writes");
+        QTest::newRow("line 2 refused once")
+            << QByteArray("NAK_LINE=2\nNAK_ATTEMPTS=1") << int(UpdateResult::done) << "" << 3 << 4;
+        QTest::newRow("line 2 taken on the third attempt")
+            << QByteArray("NAK_LINE=2\nNAK_ATTEMPTS=2") << int(UpdateResult::done) << "" << 3 << 5;
+        QTest::newRow("line 2 never taken")
+            << QByteArray("NAK_LINE=2\nNAK_ATTEMPTS=always") << int(UpdateResult::block_refused)
+            << " 2:'E'" << 1 << 4;
+        QTest::newRow("doubled acknowledgement")
+            << QByteArray("ACK_FORM=doubled") << int(UpdateResult::block_refused) << " 1:'>>'" << 3
+            << 3;
+        QTest::newRow("acknowledgement with a blank")
+            << QByteArray("ACK_FORM=blank") << int(UpdateResult::block_refused) << " 1:'> '" << 3
+            << 3;
+        QTest::newRow("silent loader")
+            << QByteArray("SILENT=on") << int(UpdateResult::no_sync) << "" << 0 << 0;
+        QTest::newRow("sync lost")
+            << QByteArray("LOSE_SYNC=on") << int(UpdateResult::no_sync) << "" << 0 << 0;
+    }
+    void acknowledgement() {
+        QFETCH(QByteArray, faults);
+        QFETCH(int, result);
+        QFETCH(QString, failure);
+        QFETCH(int, programmed);
+        QFETCH(int, writes);
+        Bench b;
+        // The faults come on once the record is read: silence would stop the connect.
+        const sim::Scenario with_faults = scenario_from(faults + "\n");
+        b.linked.device->set_faults(with_faults.faults);
+        QCOMPARE(int(b.update(b.file(header + data_lines(3)))), result);
+        QCOMPARE(b.linked.device->boot_loader().programmed_lines().size(), programmed);
+        QCOMPARE(b.data_line_writes(), writes);
+        QVERIFY(!b.linked.ui.busy);
+        const QStringList& shown = b.linked.ui.messages;
+        QCOMPARE(shown.size(), 1);
+        if (result == int(UpdateResult::done)) {
+            QCOMPARE(shown[0], b.text(104));
+            QVERIFY(!b.linked.device->in_boot_loader());
+            return;
+        }
+        // The dialog is gone before the message; the device stays in its
+        // loader and the message says what to do.
+        QCOMPARE(b.progress.log, (QStringList{"begin 3", "end"}));
+        QVERIFY(b.linked.device->in_boot_loader());
+        const QString what =
+            result == int(UpdateResult::no_sync) ? b.text(103) : b.text(105) + failure;
+        QCOMPARE(shown[0], what + "\r\n" + b.text(106));
+        QVERIFY(b.text(106).contains("menu"));
+        // Sync failed: three requests, no "R".
+        int syncs = 0, restarts = 0;
+        for (const auto& e : b.heard) {
+            syncs += e.request == "I";
+            restarts += e.request == "R";
+        }
+        QCOMPARE(restarts, 0);
+        if (result == int(UpdateResult::no_sync))
+            QCOMPARE(syncs, 3);
+    }
+
+    // Whatever is refused is refused before the device hears anything.
+    void refused_before_anything_is_sent_data() {
+        QTest::addColumn<QStringList>("lines");
+        QTest::addColumn<bool>("confirm");
+        QTest::addColumn<QStringList>("texts"); // "#n" language text n, or literal text
+        QTest::addColumn<bool>("asked");
+        const QStringList lines = data_lines(2);
+        QTest::newRow("wrong hardware")
+            << QStringList{"VERSION=6001", "HARDWARE=AE60|AE62"} + lines << true
+            << QStringList{"#102", "\r\n", "#101", " AE61\r\n", "#100", " 6001"} << false;
+        QTest::newRow("second identifier matches, answered no")
+            << QStringList{"VERSION=5122", "HARDWARE= AE60 | AE61"} + lines << false
+            << QStringList{} << true;
+        QTest::newRow("bad data line") << header + lines + QStringList{"4", "42"} << true
+                                       << QStringList{"#3803", " 2"} << false;
+    }
+    void refused_before_anything_is_sent() {
+        QFETCH(QStringList, lines);
+        QFETCH(bool, confirm);
+        QFETCH(QStringList, texts);
+        QFETCH(bool, asked);
+        Bench b;
+        QCOMPARE(b.update(b.file(lines), confirm), UpdateResult::left);
+        QString expected;
+        for (const QString& t : texts)
+            expected += t.startsWith('#') ? b.text(t.mid(1).toInt()) : t;
+        QCOMPARE(b.linked.ui.messages, expected.isEmpty() ? QStringList{} : QStringList{expected});
+        QCOMPARE(b.linked.ui.questions.size(), asked ? 1 : 0);
+        QVERIFY(b.heard.isEmpty());
+        QVERIFY(b.progress.log.isEmpty());
+        QVERIFY(!b.linked.device->in_boot_loader());
+    }
+
+    void nothing_without_a_device_or_a_file() {
+        Bench b;
+        b.linked.ui.file_answers << QString(); // the dialog cancelled
+        QCOMPARE(firmware::firmware_update(b.linked.ctx, b.progress), UpdateResult::left);
+        QCOMPARE(b.linked.ui.dialogs.size(), 1);
+        QVERIFY(!b.linked.ctx.timer1.enabled());
+        link::close_device(b.linked.ctx);
+        QCOMPARE(b.update(b.file(header + data_lines(1))), UpdateResult::left);
+        QCOMPARE(b.linked.ui.dialogs.size(), 1);
+        QVERIFY(b.linked.ui.messages.isEmpty());
+        QVERIFY(b.heard.isEmpty());
+    }
+};
+
+QTEST_GUILESS_MAIN(TestFirmware)
+#include "test_firmware.moc"

@@ -1,0 +1,220 @@
+// Printed pages by what they really hold: a page written straight to PDF and
+// one printed on a printer set to a PDF file are read back with pdftotext
+// and must show their words in order; drawn on an image, text lands inside
+// the box its measures give; the remembered printer and copy count reach the
+// printer.
+
+#include "painter_surface.h"
+#include "pdf_output.h"
+#include "print/markup.h"
+#include "printing.h"
+
+#include <QApplication>
+#include <QPrinter>
+#include <QProcess>
+#include <QTemporaryDir>
+#include <QTest>
+
+using namespace veltrako;
+using print::DrawingSurface;
+using print::TabStops;
+
+namespace {
+
+const TabStops columns{0, 3000, 6000};
+
+// A page as a printout writes it: a centred title, an empty line, columns,
+// a size change within a line, and a line with an unclosed quote.
+void draw_sample_page(DrawingSurface& surface) {
+    print::MarkupPrinter printer(surface);
+    printer.page_left = 15;
+    surface.set_font_name(QStringLiteral("Arial"));
+    surface.move_to(0, 600);
+    const TabStops title{0, surface.scale_width() / 2};
+    printer.print_line(QStringLiteral("\t'center''size 16''b'Inspection report'/b''size 11'"),
+                       title);
+    printer.print_line(QString(), columns);
+    printer.print_line(QStringLiteral("Serial\t'b'A123'/b'\t'right'4711"), columns);
+    printer.print_line(QStringLiteral("'size 14'Large'size 9'small\tafter"), columns);
+    printer.print_line(QStringLiteral("Remarks\tnone'here"), columns);
+    printer.print_line(QStringLiteral("'u'Signature'/u'"), columns);
+}
+
+QString pdf_text(const QString& pdf, int page = 0) {
+    QStringList args;
+    if (page > 0)
+        args << QStringLiteral("-f") << QString::number(page) << QStringLiteral("-l")
+             << QString::number(page);
+    args << pdf << QStringLiteral("-");
+    QProcess process;
+    process.start(QStringLiteral("pdftotext"), QStringList{QStringLiteral("-layout")} + args);
+    if (!process.waitForFinished(30000) || process.exitCode() != 0)
+        return QStringLiteral("<pdftotext failed>");
+    return QString::fromUtf8(process.readAllStandardOutput());
+}
+
+// The words, each found after the one before, or the first one missing.
+QString first_missing(const QString& text, const QStringList& words) {
+    qsizetype from = 0;
+    for (const QString& word : words) {
+        const qsizetype at = text.indexOf(word, from);
+        if (at < 0)
+            return word;
+        from = at + word.size();
+    }
+    return {};
+}
+
+const QStringList sample_words{"Inspection", "report", "Serial", "A123",    "4711",
+                               "Large",      "small",  "after",  "Remarks", "Signature"};
+
+// Bounding box of the pixels darker than white, inside `where`.
+QRect ink(const QImage& image, const QRect& where) {
+    QRect box;
+    for (int y = where.top(); y <= where.bottom(); ++y)
+        for (int x = where.left(); x <= where.right(); ++x)
+            if (image.valid(x, y) && qGray(image.pixel(x, y)) < 200)
+                box |= QRect(x, y, 1, 1);
+    return box;
+}
+
+} // namespace
+
+class TestPrintPdf : public QObject {
+    Q_OBJECT
+private slots:
+    void page_read_back_data();
+    void page_read_back();
+    void pages_in_order();
+    void unwritable_file();
+    void text_inside_its_measures();
+    void choice_reaches_printer_data();
+    void choice_reaches_printer();
+};
+
+void TestPrintPdf::page_read_back_data() {
+    QTest::addColumn<bool>("through_printer");
+    QTest::newRow("straight to PDF") << false;
+    QTest::newRow("printer printing to a file") << true;
+}
+
+void TestPrintPdf::page_read_back() {
+    QFETCH(bool, through_printer);
+    QTemporaryDir dir;
+    const QString path = dir.filePath(QStringLiteral("page.pdf"));
+    QString error;
+    if (through_printer) {
+        QPrinter printer;
+        printer.setOutputFormat(QPrinter::PdfFormat);
+        printer.setOutputFileName(path);
+        QVERIFY2(ui::print_on_printer(printer, draw_sample_page, &error), qPrintable(error));
+    } else {
+        QVERIFY2(paint::print_to_pdf(path, draw_sample_page, &error), qPrintable(error));
+    }
+    const QString text = pdf_text(path);
+    QVERIFY2(first_missing(text, sample_words).isEmpty(), qPrintable(text));
+    // The unclosed quote hid the rest of its column.
+    QVERIFY2(!text.contains(QLatin1String("here")), qPrintable(text));
+}
+
+void TestPrintPdf::pages_in_order() {
+    QTemporaryDir dir;
+    const QString path = dir.filePath(QStringLiteral("pages.pdf"));
+    QVERIFY(paint::print_pages_to_pdf(path, 3, [](DrawingSurface& surface, int page) {
+        print::print_line(surface, QStringLiteral("Page\t%1").arg(page + 1), columns, 0);
+        QCOMPARE(surface.current_y(), surface.text_height(QStringLiteral("X")));
+    }));
+    for (int page = 1; page <= 3; ++page) {
+        const QString text = pdf_text(path, page).simplified();
+        QCOMPARE(text, QStringLiteral("Page %1").arg(page));
+    }
+}
+
+void TestPrintPdf::unwritable_file() {
+    QTemporaryDir dir;
+    const QString path = dir.filePath(QStringLiteral("missing/page.pdf"));
+    QString error;
+    QVERIFY(!paint::print_to_pdf(path, draw_sample_page, &error));
+    QVERIFY2(error.contains(path), qPrintable(error));
+}
+
+void TestPrintPdf::text_inside_its_measures() {
+    // At 144 dpi one pixel is 10 twips.
+    std::vector<QRectF> runs;
+    QRectF turned;
+    QRectF filled;
+    const QImage image = paint::render_to_image(QSize(800, 600), 144, [&](DrawingSurface& s) {
+        s.set_font_size(20);
+        s.move_to(500, 400);
+        const QString first = QStringLiteral("HgMW");
+        runs.emplace_back(s.current_x(), s.current_y(), s.text_width(first), s.text_height(first));
+        print::print_run(s, first, print::Alignment::left);
+        s.set_bold(true);
+        s.move_to(500, 1400);
+        const QString second = QStringLiteral("Bold");
+        runs.emplace_back(s.current_x(), s.current_y(), s.text_width(second),
+                          s.text_height(second));
+        print::print_run(s, second, print::Alignment::left);
+        // Reading upwards from (500, 5000).
+        s.move_to(500, 5000);
+        const QString up = QStringLiteral("Hours");
+        turned = QRectF(500, 5000 - s.text_width(up), s.text_height(up), s.text_width(up));
+        print::print_rotated(s, 90, up);
+        filled = QRectF(5000, 3000, 1000, 1000);
+        s.fill_box(6000, 4000, 5000, 3000, {0, 200, 0});
+    });
+    const auto px = [](const QRectF& twips) {
+        return QRectF(twips.x() / 10, twips.y() / 10, twips.width() / 10, twips.height() / 10)
+            .toAlignedRect();
+    };
+    for (const QRectF& run : runs) {
+        const QRect box = px(run);
+        const QRect drawn = ink(image, box.adjusted(-20, -20, 20, 20));
+        QVERIFY(!drawn.isEmpty());
+        QVERIFY2(box.adjusted(-2, -2, 2, 2).contains(drawn),
+                 qPrintable(QStringLiteral("%1,%2 %3x%4 outside %5 %6 %7 %8")
+                                .arg(drawn.x())
+                                .arg(drawn.y())
+                                .arg(drawn.width())
+                                .arg(drawn.height())
+                                .arg(box.x())
+                                .arg(box.y())
+                                .arg(box.width())
+                                .arg(box.height())));
+        // The text fills most of its width: measures and drawing agree.
+        QVERIFY(drawn.width() > box.width() * 3 / 4);
+    }
+    const QRect up = px(turned);
+    const QRect drawn_up = ink(image, up.adjusted(-30, -30, 30, 30));
+    QVERIFY(!drawn_up.isEmpty());
+    QVERIFY(up.adjusted(-2, -2, 2, 2).contains(drawn_up));
+    QVERIFY(drawn_up.height() > drawn_up.width());
+    QCOMPARE(image.pixelColor(px(filled).center()), QColor(0, 200, 0));
+}
+
+void TestPrintPdf::choice_reaches_printer_data() {
+    QTest::addColumn<int>("dialog_copies");
+    QTest::addColumn<int>("copies");
+    QTest::newRow("three copies") << 3 << 3;
+    QTest::newRow("no count means one") << 0 << 1;
+}
+
+void TestPrintPdf::choice_reaches_printer() {
+    QFETCH(int, dialog_copies);
+    QFETCH(int, copies);
+    QTemporaryDir dir;
+    const QString file = dir.filePath(QStringLiteral("chosen.pdf"));
+    print::PrinterChoice choice;
+    QPrinter printer;
+    ui::apply_printer_choice(choice, printer, {QString(), file, dialog_copies});
+    QCOMPARE(printer.copyCount(), copies);
+    // The next dialog opens on the file chosen last.
+    QPrinter next;
+    ui::prepare_printer(choice, next, QString());
+    QCOMPARE(next.outputFormat(), QPrinter::PdfFormat);
+    QCOMPARE(next.outputFileName(), file);
+    QCOMPARE(ui::read_selection(next).output_file, file);
+}
+
+QTEST_MAIN(TestPrintPdf)
+#include "test_print_pdf.moc"

@@ -1,0 +1,123 @@
+// The status table from the record bytes: the model line of the basic
+// layout, the extended layout, the alarm time code, locale and rounding, and
+// shipped headings that sit over their columns.
+
+#include "config/language.h"
+#include "device/device_record.h"
+#include "fake_user_interface.h"
+#include "status/status_table.h"
+#include "test_bytes.h"
+
+#include <QTest>
+
+using namespace veltrako;
+using namespace veltrako::testing;
+
+namespace {
+
+const QLocale german(QLocale::German, QLocale::Germany);
+
+// Block 227, 1800 s, alarm word 0002, alarm time 3 coded 33, no mean
+// temperature, 37.25 and 37.75 degrees, valve times 135 x 0.04 s, 6.0 l/min,
+// O2 75 % + 10.6 (mean), 8.8 (min), 12.2 (max).
+const QByteArray model =
+    bytes_of({0xE3, 0x07, 0x08, 0x00, 0x02, 0x00, 0x00, 0x21, 0x00, 0x00, 0x00,
+              0x00, 0x00, 0x3C, 0x00, 0x95, 0x97, 0x87, 0x87, 0x6A, 0x58, 0x7A});
+// Alarm words 81 and 04, alarm times 1/3/5/9/10 coded 45, 0, 17, 1, 0;
+// levels 204, 178; counts 12, 0; then as above but 2.0 l/min, 37.0 degrees
+// and 5.36 s.
+const QByteArray extended = bytes_of({16,  0x07, 0x08, 0x81, 0x04, 45,  0,   17,  1,   0,   204,
+                                      178, 12,   0,    20,   148,  151, 135, 134, 180, 170, 187});
+
+} // namespace
+
+class TestStatusTable : public QObject {
+    Q_OBJECT
+private slots:
+    void record_lines_data() {
+        QTest::addColumn<QByteArray>("record");
+        QTest::addColumn<bool>("is_extended");
+        QTest::addColumn<QLocale>("locale");
+        QTest::addColumn<QString>("line");
+        QTest::newRow("model line, German")
+            << model << false << german
+            << "   227  1800  0002     -     -    51     -     -     -     -     -   ---  37,3  "
+               "37,8  5,40  5,40   6,0  83,8  87,2  85,6";
+        QTest::newRow("model line, C: halves still away from zero")
+            << model << false << QLocale::c()
+            << "   227  1800  0002     -     -    51     -     -     -     -     -   ---  37.3  "
+               "37.8  5.40  5.40   6.0  83.8  87.2  85.6";
+        QTest::newRow("extended")
+            << extended << true << german
+            << "    16  1800 81$    84     -    18 04$     1     -  80,0  69,8   120   ---  37,0  "
+               "37,8  5,40  5,36   2,0  92,0  93,7  93,0";
+        QTest::newRow("basic, bytes of 1: O2 75,1")
+            << QByteArray(1, '\x01') + bytes_of({0xFF, 0xFF, 0xFF, 0xFF}) + QByteArray(17, '\x01')
+            << false << german
+            << "     1 65535  FFFF     1     1     1     1     1     1     1     1   0,3   0,3   "
+               "0,3  "
+               "0,04  0,04   0,1  75,1  75,1  75,1";
+        QTest::newRow("erased record: dashes") << QByteArray(22, '\0') << false << german
+                                               << "     0     0  0000     -     -     -     -     "
+                                                  "-     -     -     -   ---   ---   ---"
+                                                  "   ---   ---   ---   ---   ---   ---";
+    }
+    void record_lines() {
+        QFETCH(QByteArray, record);
+        QFETCH(bool, is_extended);
+        QFETCH(QLocale, locale);
+        QFETCH(QString, line);
+        QCOMPARE(status::format_status_line(record, is_extended, locale), line);
+    }
+
+    void alarm_time_code_data() {
+        QTest::addColumn<int>("code");
+        QTest::addColumn<int>("seconds");
+        const QList<QPair<int, int>> rows = {{1, 1},   {9, 9},   {16, 16},   {17, 18},
+                                             {25, 27}, {41, 75}, {255, 2159}};
+        for (const auto& [code, seconds] : rows) // 9, 25, 41: halves, to even
+            QTest::addRow("%d", code) << code << seconds;
+    }
+    void alarm_time_code() {
+        QFETCH(int, code);
+        QFETCH(int, seconds);
+        QCOMPARE(status::alarm_seconds(static_cast<std::uint8_t>(code)), seconds);
+    }
+
+    // Column names and units of the shipped files end where their columns end.
+    void shipped_headings_line_up_data() {
+        QTest::addColumn<QString>("code");
+        QTest::addColumn<bool>("is_extended");
+        for (const char* code : {"de", "en"})
+            for (bool e : {false, true})
+                QTest::addRow("%s %s", code, e ? "extended" : "basic") << QString(code) << e;
+    }
+    void shipped_headings_line_up() {
+        QFETCH(QString, code);
+        QFETCH(bool, is_extended);
+        config::LanguageTables language;
+        FakeUserInterface ui;
+        QVERIFY(config::load_language(
+            language, QStringLiteral(VELTRAKO_LANG_DIR "/lang%1.txt").arg(code), ui));
+        device::DeviceRecord d;
+        d.o22_source = is_extended;
+        status::StatusMemory memory;
+        memory.records = {QByteArray(), is_extended ? extended : model};
+        const QStringList lines =
+            status::format_status(memory, d, language, QDateTime(), german).split("\r\n");
+        QSet<int> ends; // right edges of the record's columns
+        for (int at = 0; at < lines[8].size(); ++at)
+            if (lines[8][at] != ' ' && (at + 1 == lines[8].size() || lines[8][at + 1] == ' '))
+                ends << at + 1;
+        QCOMPARE(ends.size(), is_extended ? 21 : 20);
+        for (const QString& heading : {lines[5], lines[6]})
+            for (int at = 0; at < heading.size(); ++at)
+                if (heading[at] != ' ' && (at + 1 == heading.size() || heading[at + 1] == ' '))
+                    QVERIFY2(ends.contains(at + 1), qPrintable(heading.left(at + 1)));
+        QVERIFY(is_extended ? lines[4].contains('|') && !lines[4].contains('/')
+                            : lines[4].contains('/'));
+    }
+};
+
+QTEST_GUILESS_MAIN(TestStatusTable)
+#include "test_status_table.moc"
