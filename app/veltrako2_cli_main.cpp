@@ -6,6 +6,7 @@
 #include "cli_command.h"
 #include "cli_session.h"
 #include "config/config.h"
+#include "config/config_location.h"
 #include "config/language.h"
 #include "config/text_file.h"
 #include "console_ui.h"
@@ -152,11 +153,15 @@ int main(int argc, char** argv) {
     AppContext ctx(clock, ui, std::move(backend));
     status::install_status_memory(ctx);
     ctx.program_dir = config::program_folder(QCoreApplication::applicationDirPath());
-    config::set_config_defaults(ctx.config, ctx.program_dir);
+    // The same settings file as the desktop program: beside the program, or
+    // with the user when the program's folder is read-only.
+    const config::ConfigLocation location = config::locate_config(ctx.program_dir);
+    ctx.config_path = location.config_path;
+    ctx.user_dir = location.user_dir;
+    config::set_config_defaults(ctx.config, ctx.user_dir);
     // A script runs fine on the defaults; only a file that is there is read.
-    const QString ini = ctx.program_dir + QLatin1String(config::config_file_name);
-    if (QFileInfo::exists(ini))
-        config::load_config(ctx.config, ini, ctx.program_dir, ui);
+    if (QFileInfo::exists(ctx.config_path))
+        config::load_config(ctx.config, ctx.config_path, ctx.user_dir, ui);
     ctx.timer1.set_interval(ctx.config.TIMERINTERVAL);
     const QString lang = ctx.program_dir + QStringLiteral("lang%1.txt").arg(parser.value(lang_opt));
     if (QFileInfo::exists(lang))

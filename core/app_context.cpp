@@ -2,6 +2,8 @@
 
 #include "protocol/response_interpreter.h"
 
+#include <QDir>
+
 namespace veltrako {
 
 AppContext::AppContext(Clock& clock_, UserInterface& ui_, std::unique_ptr<link::DeviceLink> backend)
@@ -20,6 +22,15 @@ void show_msg(AppContext& ctx, const QString& text) {
 void show_info(AppContext& ctx, const QString& text) {
     ctx.ui.append_out(text);
     log_comm(ctx, QStringLiteral("ERR"), text);
+}
+
+bool remember_dialog_folder(AppContext& ctx, const QString& chosen_file) {
+    const QString plain = QDir::fromNativeSeparators(chosen_file);
+    const QString folder = plain.left(plain.lastIndexOf(QLatin1Char('/')) + 1);
+    if (folder.isEmpty() || QDir::cleanPath(folder) == QDir::cleanPath(ctx.config.INITDIR))
+        return true;
+    ctx.config.INITDIR = folder;
+    return config::save_config(ctx.config, ctx.config_path);
 }
 
 void log_comm(AppContext& ctx, const QString& tag, const QString& text) {

@@ -33,8 +33,13 @@ public:
     Clock& clock;
     UserInterface& ui;
 
-    // Folder of the program, ending in a separator; config and language files live here.
+    // Folder of the program, ending in a separator; the language files live here.
     QString program_dir;
+    // The veltrako2.ini to read and write back, and the folder (ending in a
+    // separator) for files the program names itself. Both are the program's
+    // folder unless that is read-only (config/config_location.h).
+    QString config_path;
+    QString user_dir;
     config::Config config;
     config::LanguageTables language;
 
@@ -64,6 +69,10 @@ public:
 void show_msg(AppContext& ctx, const QString& text);
 // Appends to the developer page's message box and logs the text under "ERR".
 void show_info(AppContext& ctx, const QString& text);
+// After a confirmed file dialog: the chosen file's folder becomes INITDIR,
+// the start of the next dialog, and the configuration file is rewritten at
+// once. True when nothing needed writing or the file was written.
+bool remember_dialog_folder(AppContext& ctx, const QString& chosen_file);
 // Communication log line stamped with the context's clock.
 void log_comm(AppContext& ctx, const QString& tag, const QString& text);
 

@@ -55,6 +55,7 @@ struct Bench {
           linked(device, link::SimLink::WireTiming::realistic) {
         AppContext& ctx = linked.ctx;
         ctx.program_dir = dir.path() + QLatin1Char('/');
+        ctx.config_path = dir.filePath(QStringLiteral("veltrako2.ini"));
         ctx.config.INITDIR = ctx.program_dir;
         if (!config::load_language(ctx.language, QStringLiteral(VELTRAKO2_LANG_DIR "/langen.txt"),
                                    linked.ui))

@@ -392,7 +392,7 @@ private slots:
     void developer_page_actions() {
         Harness h;
         QTemporaryDir dir;
-        h.ctx->program_dir = dir.path() + "/";
+        h.ctx->user_dir = dir.path() + "/";
         h.clock.set_now(QDateTime(QDate(2024, 1, 31), QTime(15, 45, 2), Qt::UTC));
         log_comm(*h.ctx, "OUT", "49 ");
         const QString path = cmd_saveprotokoll(*h.ctx);

@@ -28,6 +28,7 @@ struct Session {
         status::install_status_memory(d.ctx);
         config::load_language(d.ctx.language, VELTRAKO_LANG_DIR "/langde.txt", d.ui);
         d.ctx.program_dir = dir.path() + '/';
+        d.ctx.config_path = dir.filePath("veltrako2.ini");
         config::set_config_defaults(d.ctx.config, d.ctx.program_dir);
         protocol::connect_routine(d.ctx);
         tick_until([&] { return d.ctx.device.live_valid && d.ctx.protocol.queue_count == 0; });
@@ -199,7 +200,7 @@ private slots:
 
     void manual_save_refusals_data() {
         QTest::addColumn<QString>("sn");
-        QTest::addColumn<QString>("program_dir");
+        QTest::addColumn<QString>("config_dir");
         QTest::addColumn<int>("dialogs");
         QTest::newRow("no serial number: message") << "    "
                                                    << "" << 0;
@@ -208,12 +209,12 @@ private slots:
     }
     void manual_save_refusals() {
         QFETCH(QString, sn);
-        QFETCH(QString, program_dir);
+        QFETCH(QString, config_dir);
         QFETCH(int, dialogs);
         Session s("status_example");
         QVERIFY(s.read_status());
         s.d.ctx.device.SN = sn;
-        s.d.ctx.program_dir += program_dir;
+        s.d.ctx.config_path = s.dir.filePath(config_dir + "veltrako2.ini");
         QTemporaryDir chosen;
         s.d.ui.file_answers << chosen.filePath("t.txt");
         QVERIFY(!status::save_status(s.d.ctx, status::SaveMode::manual));

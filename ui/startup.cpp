@@ -3,6 +3,7 @@
 #include "app_context.h"
 #include "apply_language.h"
 #include "config/config.h"
+#include "config/config_location.h"
 #include "config/language.h"
 #include "frm_main.h"
 #include "protocol/poll_cycle.h"
@@ -19,9 +20,14 @@ namespace {
 // timer interval, language, clock origin of the log, general reset.
 void initialise(AppContext& ctx, const StartupOptions& options) {
     ctx.program_dir = config::program_folder(options.application_dir);
-    config::set_config_defaults(ctx.config, ctx.program_dir);
-    config::load_config(ctx.config, ctx.program_dir + QLatin1String(config::config_file_name),
-                        ctx.program_dir, ctx.ui);
+    // Beside the program, or with the user when the program's folder is
+    // read-only (an installed copy).
+    const config::ConfigLocation location =
+        config::locate_config(ctx.program_dir, options.user_folders);
+    ctx.config_path = location.config_path;
+    ctx.user_dir = location.user_dir;
+    config::set_config_defaults(ctx.config, ctx.user_dir);
+    config::load_config(ctx.config, ctx.config_path, ctx.user_dir, ctx.ui);
     ctx.timer1.set_interval(ctx.config.TIMERINTERVAL);
     config::load_language(ctx.language,
                           ctx.program_dir + QStringLiteral("lang") + options.language_code +

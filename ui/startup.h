@@ -2,6 +2,8 @@
 // Form_Load of frm_main: the initialisation routine, the language texts on
 // the window, the first page, and the first connection.
 
+#include "config/config_location.h"
+
 #include <QString>
 
 namespace veltrako {
@@ -15,6 +17,8 @@ class FrmMain;
 struct StartupOptions {
     QString application_dir; // where veltrako2.ini and the language files are
     QString language_code = QStringLiteral("de");
+    // Where the settings go when application_dir is read-only.
+    config::UserFolders user_folders = config::standard_user_folders();
 };
 
 void form_load(FrmMain& form, AppContext& ctx, const StartupOptions& options);

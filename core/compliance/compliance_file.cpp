@@ -32,16 +32,6 @@ FileDialogRequest dialog_request(const AppContext& ctx, int filter_text) {
     return r;
 }
 
-// The chosen file's folder becomes the start folder of the next dialog and
-// goes into the configuration file at once.
-void remember_folder(AppContext& ctx, const QString& file) {
-    const QString folder = QFileInfo(file).absolutePath() + QLatin1Char('/');
-    if (QDir::cleanPath(folder) == QDir::cleanPath(ctx.config.INITDIR))
-        return;
-    ctx.config.INITDIR = folder;
-    config::save_config(ctx.config, ctx.program_dir + QLatin1String(config::config_file_name));
-}
-
 // The index field: a number in the user's locale or plainly written, taken
 // as a whole number (halves to even) that must lie in the table.
 std::optional<int> parse_index(const QString& text, const QLocale& locale) {
@@ -150,7 +140,7 @@ bool compliance_save(AppContext& ctx) {
         if (!QFileInfo::exists(path) || ctx.ui.ask_yes_no(ctx.language.text(6008)))
             break;
     }
-    remember_folder(ctx, path);
+    remember_dialog_folder(ctx, path);
     if (!write_compliance_file(path, ctx.compliance, QLocale())) {
         show_msg(ctx, ctx.language.text(6015) + QLatin1Char(' ') + QDir::toNativeSeparators(path));
         return false;
@@ -164,7 +154,7 @@ bool compliance_load(AppContext& ctx) {
     const QString path = ctx.ui.choose_open_file(dialog_request(ctx, 6003));
     if (path.isEmpty())
         return false;
-    remember_folder(ctx, path);
+    remember_dialog_folder(ctx, path);
     return load_compliance_file(ctx, path);
 }
 

@@ -57,15 +57,15 @@ QString program_folder(const QString& application_dir) {
     return application_dir + QLatin1Char('/');
 }
 
-void set_config_defaults(Config& config, const QString& program_dir) {
+void set_config_defaults(Config& config, const QString& default_dir) {
     config = Config{};
-    config.INITDIR = program_folder(program_dir);
+    config.INITDIR = program_folder(default_dir);
 }
 
-bool load_config(Config& config, const QString& path, const QString& program_dir,
+bool load_config(Config& config, const QString& path, const QString& default_dir,
                  UserInterface& ui) {
     const auto fail = [&] {
-        set_config_defaults(config, program_dir);
+        set_config_defaults(config, default_dir);
         ui.show_msg(QStringLiteral("unable to load configuration"));
         return false;
     };

@@ -1,5 +1,6 @@
 #pragma once
-// The five settings kept in veltrako2.ini beside the program.
+// The five settings kept in veltrako2.ini (beside the program, or in the
+// user's folder when the program's folder is read-only: config_location.h).
 
 #include <QString>
 
@@ -24,14 +25,16 @@ struct Config {
 // appended to it as they stand.
 QString program_folder(const QString& application_dir);
 
-// INITDIR becomes `program_dir` (with its trailing separator).
-void set_config_defaults(Config& config, const QString& program_dir);
+// INITDIR becomes `default_dir` (with its trailing separator): the program's
+// folder, or the user's documents folder when the settings live with the user
+// (config_location.h).
+void set_config_defaults(Config& config, const QString& default_dir);
 
 // Reads `path` over the values already in `config`. On any error (file
 // missing, TIMERINTERVAL not a 16-bit whole number, a known key on a line
 // without "|") every value goes back to its default, the message "unable to
 // load configuration" is shown and the result is false.
-bool load_config(Config& config, const QString& path, const QString& program_dir,
+bool load_config(Config& config, const QString& path, const QString& default_dir,
                  UserInterface& ui);
 
 // Writes the five lines; TIMEOUT in the user's locale, as load_config reads

@@ -68,17 +68,6 @@ QByteArray await_acknowledgement(AppContext& ctx) {
     return {};
 }
 
-// Stores the folder of a confirmed file dialog as INITDIR and rewrites the
-// configuration file at once; false when that cannot be written.
-bool remember_folder(AppContext& ctx, const QString& chosen_file) {
-    const QString folder = QFileInfo(chosen_file).absolutePath() + QLatin1Char('/');
-    if (folder == ctx.config.INITDIR)
-        return true;
-    ctx.config.INITDIR = folder;
-    return config::save_config(ctx.config,
-                               ctx.program_dir + QLatin1String(config::config_file_name));
-}
-
 } // namespace
 
 bool hardware_fits(const FirmwareImage& image, const QString& device_hardware) {
@@ -101,7 +90,7 @@ UpdateResult firmware_update(AppContext& ctx, UpdateProgress& progress) {
     const QString path = ctx.ui.choose_open_file(request);
     if (path.isEmpty())
         return UpdateResult::left;
-    if (!remember_folder(ctx, path)) {
+    if (!remember_dialog_folder(ctx, path)) {
         show_msg(ctx, ctx.language.text(9102));
         return UpdateResult::left;
     }

@@ -219,7 +219,7 @@ void cmd_clear(AppContext& ctx) {
 }
 
 QString cmd_saveprotokoll(AppContext& ctx) {
-    const QString path = ctx.program_dir + QStringLiteral("protokoll") +
+    const QString path = ctx.user_dir + QStringLiteral("protokoll") +
                          ctx.clock.now().toString(QStringLiteral("yyyyMMddHHmmss")) +
                          QStringLiteral(".txt");
     // The log already holds its CR LF line ends; it goes out as one piece.

@@ -45,13 +45,6 @@ QString file_filter(const AppContext& ctx) {
     return ctx.language.text(7001) + QStringLiteral(" (*.txt)|*.txt");
 }
 
-// A confirmed dialog makes the chosen folder the start of the next one, and
-// the configuration file keeps it.
-void remember_folder(AppContext& ctx, const QString& path) {
-    ctx.config.INITDIR = QFileInfo(path).absolutePath() + QLatin1Char('/');
-    config::save_config(ctx.config, ctx.program_dir + QLatin1String(config::config_file_name));
-}
-
 } // namespace
 
 QStringList report_file_lines(const ReportRecord& report, const QLocale& locale) {
@@ -133,7 +126,7 @@ bool save_report(AppContext& ctx) {
         request.start_dir = QFileInfo(path).absolutePath();
         request.proposed_name = QFileInfo(path).fileName();
     }
-    remember_folder(ctx, path);
+    remember_dialog_folder(ctx, path);
     if (!config::write_text_lines(path, report_file_lines(report, QLocale()))) {
         ctx.ui.show_msg(ctx.language.text(7006) + QLatin1Char(' ') + QDir::toNativeSeparators(path),
                         MsgIcon::critical);
@@ -154,7 +147,7 @@ bool open_report(AppContext& ctx, const std::function<void()>& show) {
     const QString path = ctx.ui.choose_open_file(request);
     if (path.isEmpty())
         return false;
-    remember_folder(ctx, path);
+    remember_dialog_folder(ctx, path);
     if (!load_report_file(ctx.report, path)) {
         ctx.ui.show_msg(ctx.language.text(7007) + QLatin1Char(' ') + QDir::toNativeSeparators(path),
                         MsgIcon::critical);

@@ -31,12 +31,6 @@ QString as_folder(const QString& dir) {
     return dir + QLatin1Char('/');
 }
 
-// The folder of a chosen file, up to and including its last separator.
-QString folder_of(const QString& path) {
-    const QString plain = QDir::fromNativeSeparators(path);
-    return plain.left(plain.lastIndexOf(QLatin1Char('/')) + 1);
-}
-
 // Asks for the file until the user confirms a new name, agrees to overwrite,
 // or cancels (empty result).
 QString ask_file_name(AppContext& ctx, const QString& proposed_name) {
@@ -79,13 +73,8 @@ QString manual_file(AppContext& ctx, const QString& base) {
     const QString path = ask_file_name(ctx, base + QStringLiteral(".txt"));
     if (path.isEmpty())
         return {};
-    const QString folder = folder_of(path);
-    if (folder != ctx.config.INITDIR) {
-        ctx.config.INITDIR = folder;
-        if (!config::save_config(ctx.config,
-                                 ctx.program_dir + QLatin1String(config::config_file_name)))
-            return {};
-    }
+    if (!remember_dialog_folder(ctx, path))
+        return {};
     return path;
 }
 

@@ -1,0 +1,219 @@
+// Where the settings go: beside a program the user may write to, else in the
+// user's own folders. The read-only program folder is a temporary folder with
+// its write bits removed. Root writes there anyway; the parts that depend on
+// the refusal are skipped then, and the rest runs through the decision with
+// the answer given by hand.
+
+#include "app_context.h"
+#include "config/config.h"
+#include "config/config_location.h"
+#include "fake_user_interface.h"
+#include "manual_clock.h"
+#include "protocol/poll_cycle.h"
+
+#include <QDir>
+#include <QFile>
+#include <QTemporaryDir>
+#include <QTest>
+
+using namespace veltrako;
+using namespace veltrako::config;
+
+namespace {
+
+const QByteArray shipped_ini = "TIMEOUT|1\r\nTIMERINTERVAL|20\r\nAUTOSAVE|0\r\nAUTOSAVEDIR|\r\n";
+
+constexpr QFileDevice::Permissions read_only = QFileDevice::ReadOwner | QFileDevice::ExeOwner |
+                                               QFileDevice::ReadGroup | QFileDevice::ExeGroup |
+                                               QFileDevice::ReadOther | QFileDevice::ExeOther;
+constexpr QFileDevice::Permissions writable = read_only | QFileDevice::WriteOwner;
+
+void write_file(const QString& path, const QByteArray& bytes) {
+    QFile file(path);
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    file.write(bytes);
+}
+
+QByteArray read_file(const QString& path) {
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("<missing>");
+}
+
+// True for root, whom a missing write bit does not stop.
+bool write_bits_ignored() {
+    QTemporaryDir dir;
+    QFile::setPermissions(dir.path(), read_only);
+    QFile probe(dir.filePath(QStringLiteral("probe")));
+    const bool written = probe.open(QIODevice::WriteOnly);
+    probe.close();
+    probe.remove();
+    QFile::setPermissions(dir.path(), writable);
+    return written;
+}
+
+// A program folder as an installation leaves it: the shipped settings, then
+// the write bits taken away from the file and the folder.
+struct ProgramFolder {
+    ProgramFolder() {
+        write_file(path() + QLatin1String(config_file_name), shipped_ini);
+        QFile::setPermissions(path() + QLatin1String(config_file_name),
+                              read_only & ~QFileDevice::ExeOwner);
+        QFile::setPermissions(dir.path(), read_only);
+    }
+    ~ProgramFolder() { QFile::setPermissions(dir.path(), writable); }
+    QString path() const { return dir.path() + QLatin1Char('/'); }
+    QTemporaryDir dir;
+};
+
+} // namespace
+
+class TestConfigLocation : public QObject {
+    Q_OBJECT
+private slots:
+    void choose_data() {
+        QTest::addColumn<QString>("program_dir");
+        QTest::addColumn<bool>("writable");
+        QTest::addColumn<QString>("config_path");
+        QTest::addColumn<QString>("seed_path");
+        QTest::addColumn<QString>("user_dir");
+
+        QTest::newRow("own folder")
+            << "/home/tech/veltrako2" << true << "/home/tech/veltrako2/veltrako2.ini"
+            << ""
+            << "/home/tech/veltrako2/";
+        QTest::newRow("own folder with separator")
+            << "/home/tech/veltrako2/" << true << "/home/tech/veltrako2/veltrako2.ini"
+            << ""
+            << "/home/tech/veltrako2/";
+        QTest::newRow("installed")
+            << "/opt/veltrako2/" << false << "/home/tech/.config/veltrako2/veltrako2.ini"
+            << "/opt/veltrako2/veltrako2.ini"
+            << "/home/tech/Documents/";
+        QTest::newRow("installed, no separator")
+            << "/opt/veltrako2" << false << "/home/tech/.config/veltrako2/veltrako2.ini"
+            << "/opt/veltrako2/veltrako2.ini"
+            << "/home/tech/Documents/";
+    }
+    void choose() {
+        QFETCH(QString, program_dir);
+        QFETCH(bool, writable);
+        const UserFolders folders{QStringLiteral("/home/tech/.config/veltrako2"),
+                                  QStringLiteral("/home/tech/Documents")};
+        const ConfigLocation location = choose_config_location(program_dir, writable, folders);
+        QTEST(location.config_path, "config_path");
+        QTEST(location.seed_path, "seed_path");
+        QTEST(location.user_dir, "user_dir");
+        QCOMPARE(location.in_user_folder, !writable);
+    }
+
+    // The probe tries for real; permission bits alone would say yes to a
+    // file in a folder where no new file can be made.
+    void probe_data() {
+        QTest::addColumn<bool>("ini_there");
+        QTest::addColumn<bool>("ini_writable");
+        QTest::addColumn<bool>("folder_writable");
+        QTest::addColumn<bool>("expected");
+        QTest::newRow("fresh folder") << false << false << true << true;
+        QTest::newRow("own settings") << true << true << true << true;
+        QTest::newRow("read-only file") << true << false << true << false;
+        QTest::newRow("read-only folder") << true << true << false << false;
+        QTest::newRow("read-only folder, no file") << false << false << false << false;
+    }
+    void probe() {
+        QFETCH(bool, ini_there);
+        QFETCH(bool, ini_writable);
+        QFETCH(bool, folder_writable);
+        QFETCH(bool, expected);
+        QTemporaryDir dir;
+        const QString ini = dir.filePath(QLatin1String(config_file_name));
+        if (ini_there) {
+            write_file(ini, shipped_ini);
+            QFile::setPermissions(ini, ini_writable ? writable : read_only);
+        }
+        QFile::setPermissions(dir.path(), folder_writable ? writable : read_only);
+        const bool answer = can_write_config(ini);
+        QFile::setPermissions(dir.path(), writable);
+        if (!expected && write_bits_ignored())
+            QSKIP("running as root: a missing write bit does not stop writing");
+        QCOMPARE(answer, expected);
+        if (ini_there)
+            QCOMPARE(read_file(ini), shipped_ini); // the probe left the settings alone
+        QCOMPARE(QDir(dir.path()).entryList(QDir::Files | QDir::Hidden).size(),
+                 ini_there ? 1 : 0); // and no probe file behind
+    }
+
+    void a_missing_program_folder_is_not_writable() {
+        QTemporaryDir dir;
+        QVERIFY(!can_write_config(dir.filePath(QStringLiteral("gone/veltrako2.ini"))));
+    }
+
+    // Two starts of an installed copy: the shipped settings are read from the
+    // user's copy, a changed folder is saved there and read back on the next
+    // start, and neither the shipped file nor the program folder change.
+    void settings_live_with_the_user() {
+        ProgramFolder program;
+        QTemporaryDir home;
+        const UserFolders folders{home.filePath(QStringLiteral(".config/veltrako2")),
+                                  home.filePath(QStringLiteral("Documents"))};
+
+        ConfigLocation location = locate_config(program.path(), folders);
+        if (write_bits_ignored()) {
+            // Root may write beside the program, so it stays there; the rest
+            // goes through the decision for a user who may not.
+            QVERIFY(!location.in_user_folder);
+            location = choose_config_location(program.path(), false, folders);
+            prepare_config_location(location);
+        }
+        QVERIFY(location.in_user_folder);
+        QCOMPARE(location.config_path, folders.config_dir + QStringLiteral("/veltrako2.ini"));
+        QCOMPARE(read_file(location.config_path), shipped_ini);
+
+        testing::FakeUserInterface ui;
+        Config config;
+        set_config_defaults(config, location.user_dir);
+        QVERIFY(load_config(config, location.config_path, location.user_dir, ui));
+        QCOMPARE(config.TIMERINTERVAL, qint16(20));
+        QCOMPARE(config.INITDIR, folders.documents_dir + QLatin1Char('/'));
+        QVERIFY(QFileInfo(config.INITDIR).isDir());
+
+        config.INITDIR = home.filePath(QStringLiteral("Berichte/"));
+        QVERIFY(save_config(config, location.config_path));
+
+        const ConfigLocation again = locate_config(program.path(), folders);
+        const ConfigLocation& second = again.in_user_folder ? again : location;
+        Config reread;
+        set_config_defaults(reread, second.user_dir);
+        QVERIFY(load_config(reread, second.config_path, second.user_dir, ui));
+        QCOMPARE(reread.INITDIR, config.INITDIR); // not seeded over
+        QCOMPARE(reread.TIMERINTERVAL, qint16(20));
+        QVERIFY(ui.messages.isEmpty());
+
+        QCOMPARE(read_file(program.path() + QLatin1String(config_file_name)), shipped_ini);
+        QCOMPARE(QDir(program.dir.path()).entryList(QDir::Files | QDir::Hidden).size(), 1);
+    }
+
+    // The communication log goes where the user may write.
+    void communication_log_goes_to_the_user_dir() {
+        QTemporaryDir home;
+        const ConfigLocation location =
+            choose_config_location(QStringLiteral("/opt/veltrako2/"), false,
+                                   {home.filePath(QStringLiteral(".config/veltrako2")),
+                                    home.filePath(QStringLiteral("Dokumente"))});
+        prepare_config_location(location);
+
+        testing::ManualClock clock;
+        testing::FakeUserInterface ui;
+        AppContext ctx(clock, ui, nullptr);
+        ctx.program_dir = QStringLiteral("/opt/veltrako2/");
+        ctx.user_dir = location.user_dir;
+        clock.set_now(QDateTime(QDate(2024, 5, 6), QTime(7, 8, 9), Qt::UTC));
+        log_comm(ctx, QStringLiteral("OUT"), QStringLiteral("49 "));
+        const QString path = protocol::cmd_saveprotokoll(ctx);
+        QCOMPARE(path, home.filePath(QStringLiteral("Dokumente/protokoll20240506070809.txt")));
+        QVERIFY(read_file(path).startsWith("OUT "));
+        QVERIFY(ui.messages.isEmpty());
+    }
+};
+
+QTEST_GUILESS_MAIN(TestConfigLocation)
+#include "test_config_location.moc"
