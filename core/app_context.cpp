@@ -27,9 +27,8 @@ void show_info(AppContext& ctx, const QString& text) {
 bool remember_dialog_folder(AppContext& ctx, const QString& chosen_file) {
     const QString plain = QDir::fromNativeSeparators(chosen_file);
     const QString folder = plain.left(plain.lastIndexOf(QLatin1Char('/')) + 1);
-    if (folder.isEmpty() || QDir::cleanPath(folder) == QDir::cleanPath(ctx.config.INITDIR))
-        return true;
-    ctx.config.INITDIR = folder;
+    if (!folder.isEmpty())
+        ctx.config.INITDIR = folder;
     return config::save_config(ctx.config, ctx.config_path);
 }
 

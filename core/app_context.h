@@ -71,7 +71,7 @@ void show_msg(AppContext& ctx, const QString& text);
 void show_info(AppContext& ctx, const QString& text);
 // After a confirmed file dialog: the chosen file's folder becomes INITDIR,
 // the start of the next dialog, and the configuration file is rewritten at
-// once. True when nothing needed writing or the file was written.
+// once. False when the configuration file could not be written.
 bool remember_dialog_folder(AppContext& ctx, const QString& chosen_file);
 // Communication log line stamped with the context's clock.
 void log_comm(AppContext& ctx, const QString& tag, const QString& text);

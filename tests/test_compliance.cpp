@@ -444,6 +444,7 @@ private slots:
         QTemporaryDir data;
         Harness h;
         h.ctx->program_dir = program.path() + '/';
+        h.ctx->config_path = h.ctx->program_dir + "veltrako2.ini";
         h.ctx->config.INITDIR = h.ctx->program_dir;
         fill(h.memory(), {period("2020-02-01T08:00:00", "2020-02-01T09:30:00")});
         // Cancelled: the table is empty all the same.

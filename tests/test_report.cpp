@@ -27,6 +27,7 @@ struct Harness {
     QTemporaryDir dir;
     Harness() {
         ctx.program_dir = dir.path() + QLatin1Char('/');
+        ctx.config_path = ctx.program_dir + QStringLiteral("veltrako2.ini");
         ctx.config.INITDIR = ctx.program_dir;
         for (int n : {3, 7001, 7004, 7005, 7006, 7007})
             ctx.language.language_text[static_cast<std::size_t>(n)] =
