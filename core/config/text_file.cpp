@@ -29,15 +29,22 @@ std::optional<QStringList> read_text_lines(const QString& path) {
 
 bool write_text_lines(const QString& path, const QStringList& lines) {
     QSaveFile file(path);
-    if (!file.open(QIODevice::WriteOnly))
+    // Unbuffered, so that every short write is seen here: Qt's buffered
+    // write reports a disk that fills up part-way as success, and commit()
+    // would then put a cut-off file in place of the old one.
+    if (!file.open(QIODevice::WriteOnly | QIODevice::Unbuffered))
         return false;
     QByteArray bytes;
     for (const QString& line : lines) {
         bytes += line.toUtf8();
         bytes += "\r\n";
     }
-    if (file.write(bytes) != bytes.size())
-        return false;
+    for (qint64 done = 0; done < bytes.size();) {
+        const qint64 n = file.write(bytes.constData() + done, bytes.size() - done);
+        if (n <= 0)
+            return false; // the temporary file is discarded, the old one stays
+        done += n;
+    }
     return file.commit();
 }
 
