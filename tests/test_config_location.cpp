@@ -10,6 +10,7 @@
 #include "fake_user_interface.h"
 #include "manual_clock.h"
 #include "protocol/poll_cycle.h"
+#include "status/status_readout.h"
 
 #include <QDir>
 #include <QFile>
@@ -212,6 +213,42 @@ private slots:
         QCOMPARE(path, home.filePath(QStringLiteral("Dokumente/protokoll20240506070809.txt")));
         QVERIFY(read_file(path).startsWith("OUT "));
         QVERIFY(ui.messages.isEmpty());
+    }
+
+    // The status save leaves without a word when the chosen folder cannot be
+    // remembered; on an installed copy it must still write, and remember the
+    // folder in the user's settings.
+    void status_save_is_written_from_an_installed_copy() {
+        QTemporaryDir home;
+        const UserFolders folders{home.filePath(QStringLiteral(".config/veltrako2")),
+                                  home.filePath(QStringLiteral("Documents"))};
+        // A program folder that is not there cannot be written, even by root.
+        const QString program_dir = home.filePath(QStringLiteral("opt/veltrako2/"));
+        const ConfigLocation location = locate_config(program_dir, folders);
+        QVERIFY(location.in_user_folder);
+
+        testing::ManualClock clock;
+        testing::FakeUserInterface ui;
+        AppContext ctx(clock, ui, nullptr);
+        ctx.program_dir = program_dir;
+        ctx.config_path = location.config_path;
+        ctx.user_dir = location.user_dir;
+        set_config_defaults(ctx.config, location.user_dir);
+        ctx.device.SN = QStringLiteral("VO2-7E00042 ");
+        ctx.device.SW = QStringLiteral("52A");
+        ctx.link.device_handle = 1; // a device is connected
+        for (int n = 1; n <= 2; ++n)
+            ctx.status.records.push_back(QByteArray(22, char(n)));
+        const QString chosen = folders.documents_dir + QStringLiteral("/Status.txt");
+        ui.file_answers << chosen;
+
+        QVERIFY(status::save_status(ctx, status::SaveMode::manual));
+        QVERIFY(QFileInfo(chosen).size() > 0);
+        QCOMPARE(ui.dialogs.value(0).start_dir, folders.documents_dir + QLatin1Char('/'));
+        Config reread;
+        set_config_defaults(reread, location.user_dir);
+        QVERIFY(load_config(reread, location.config_path, location.user_dir, ui));
+        QCOMPARE(reread.INITDIR, folders.documents_dir + QLatin1Char('/'));
     }
 };
 
