@@ -98,12 +98,17 @@ int main(int argc, char** argv) {
                                       QStringLiteral("path"));
     parser.addOptions(
         {link_opt, log_opt, lang_opt, verbose_opt, yes_opt, no_opt, input_opt, file_opt});
+    // The same option may serve several commands (--out); it is added once.
+    QStringList known;
     for (const cli::CliCommand& c : cli::cli_commands()) {
         if (!c.options)
             continue;
-        // The same option may serve several commands (--out); it is added once.
-        for (const QCommandLineOption& o : c.options())
+        for (const QCommandLineOption& o : c.options()) {
+            if (known.contains(o.names().first()))
+                continue;
+            known << o.names();
             parser.addOption(o);
+        }
     }
     parser.addPositionalArgument(QStringLiteral("command"),
                                  command_names().join(QStringLiteral(", ")));
