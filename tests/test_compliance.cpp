@@ -209,6 +209,7 @@ private slots:
         QCOMPARE(h.ctx->protocol.queue_count, 0);
     }
 
+    // The month shown, its sums and the summary under the chart.
     void month_pass_data() {
         QTest::addColumn<QList<ComplianceRecord>>("records");
         QTest::addColumn<Stamp>("shown");
@@ -217,28 +218,47 @@ private slots:
         QTest::addColumn<bool>("prev");
         QTest::addColumn<bool>("next");
         QTest::addColumn<int>("days");
+        QTest::addColumn<int>("days_used");
+        QTest::addColumn<double>("mean");
+        QTest::addColumn<double>("gap"); // -1: none
         using L = QList<ComplianceRecord>;
+        const Stamp march = make_stamp(2021, 3, 1);
         QTest::newRow("22:00 on the 3rd to 06:00 on the 5th")
-            << L{period("2021-03-03T22:00:00", "2021-03-05T06:00:00")} << Stamp(0)
-            << make_stamp(2021, 3, 1) << 32.0 << false << false << 31;
+            << L{period("2021-03-03T22:00:00", "2021-03-05T06:00:00")} << Stamp(0) << march << 32.0
+            << false << false << 31 << 3 << 32.0 / 3 << -1.0;
         QTest::newRow("begun in the previous month: from the 1st")
             << L{period("2021-02-27T20:00:00", "2021-03-01T02:30:00")} << make_stamp(2021, 3, 15)
-            << make_stamp(2021, 3, 1) << 2.5 << true << false << 31;
+            << march << 2.5 << true << false << 31 << 1 << 2.5 << -1.0;
         QTest::newRow("running into the next month: up to its start")
             << L{period("2021-02-28T23:00:00", "2021-03-01T01:00:00")} << make_stamp(2021, 2, 10)
-            << make_stamp(2021, 2, 1) << 1.0 << false << true << 28;
+            << make_stamp(2021, 2, 1) << 1.0 << false << true << 28 << 1 << 1.0 << -1.0;
         QTest::newRow("latest end chooses the month; start after end ignored")
             << L{period("2021-06-02T08:00:00", "2021-06-02T09:00:00"),
                  period("2022-01-05T10:00:00", "2022-01-04T10:00:00"),
                  period("2021-05-30T08:00:00", "2021-05-30T10:00:00")}
-            << Stamp(0) << make_stamp(2021, 6, 1) << 1.0 << true << false << 30;
+            << Stamp(0) << make_stamp(2021, 6, 1) << 1.0 << true << false << 30 << 1 << 1.0 << -1.0;
         QTest::newRow("empty start or end draws nothing")
             << L{{0, make_stamp(2021, 4, 2, 10)},
                  {make_stamp(2021, 4, 3, 8), 0},
                  period("2021-04-04T10:00:00", "2021-04-04T10:30:00")}
-            << make_stamp(2021, 4, 1) << make_stamp(2021, 4, 1) << 0.5 << false << false << 30;
+            << make_stamp(2021, 4, 1) << make_stamp(2021, 4, 1) << 0.5 << false << false << 30 << 1
+            << 0.5 << -1.0;
         QTest::newRow("no records: the present month, nothing used")
-            << L{} << Stamp(0) << make_stamp(2026, 3, 1) << 0.0 << false << false << 31;
+            << L{} << Stamp(0) << make_stamp(2026, 3, 1) << 0.0 << false << false << 31 << 0 << 0.0
+            << -1.0;
+        QTest::newRow("pause between two sessions")
+            << L{period("2021-03-03T08:00:00", "2021-03-03T10:00:00"),
+                 period("2021-03-05T08:00:00", "2021-03-05T12:00:00")}
+            << Stamp(0) << march << 6.0 << false << false << 31 << 2 << 3.0 << 46.0;
+        QTest::newRow("overlaps are one use, not a negative pause")
+            << L{period("2021-03-10T08:00:00", "2021-03-10T12:00:00"),
+                 period("2021-03-10T09:00:00", "2021-03-10T10:00:00"),
+                 period("2021-03-10T13:00:00", "2021-03-10T14:00:00"),
+                 period("2021-03-01T06:00:00", "2021-03-01T07:00:00")}
+            << Stamp(0) << march << 7.0 << false << false << 31 << 2 << 3.5 << 217.0;
+        QTest::newRow("ending at midnight uses no time on the next day")
+            << L{period("2021-03-07T20:00:00", "2021-03-08T00:00:00")} << Stamp(0) << march << 4.0
+            << false << false << 31 << 1 << 4.0 << -1.0;
     }
     void month_pass() {
         QFETCH(QList<ComplianceRecord>, records);
@@ -248,6 +268,9 @@ private slots:
         QFETCH(bool, prev);
         QFETCH(bool, next);
         QFETCH(int, days);
+        QFETCH(int, days_used);
+        QFETCH(double, mean);
+        QFETCH(double, gap);
         ComplianceMemory m;
         fill(m, records);
         m.state.shown_month = shown;
@@ -258,42 +281,11 @@ private slots:
         QCOMPARE(m.state.has_prev_month, prev);
         QCOMPARE(m.state.has_next_month, next);
         QCOMPARE(result.days, days);
-    }
-
-    void summary_data() {
-        QTest::addColumn<QList<ComplianceRecord>>("records");
-        QTest::addColumn<int>("days_used");
-        QTest::addColumn<double>("mean");
-        QTest::addColumn<double>("gap"); // -1: none
-        using L = QList<ComplianceRecord>;
-        QTest::newRow("overnight counts two days")
-            << L{period("2021-03-03T22:00:00", "2021-03-04T06:00:00")} << 2 << 4.0 << -1.0;
-        QTest::newRow("pause between two sessions")
-            << L{period("2021-03-03T08:00:00", "2021-03-03T10:00:00"),
-                 period("2021-03-05T08:00:00", "2021-03-05T12:00:00")}
-            << 2 << 3.0 << 46.0;
-        QTest::newRow("overlaps are one use, not a negative pause")
-            << L{period("2021-03-10T08:00:00", "2021-03-10T12:00:00"),
-                 period("2021-03-10T09:00:00", "2021-03-10T10:00:00"),
-                 period("2021-03-10T13:00:00", "2021-03-10T14:00:00"),
-                 period("2021-03-01T06:00:00", "2021-03-01T07:00:00")}
-            << 2 << 3.5 << 217.0;
-        QTest::newRow("ending at midnight uses no time on the next day")
-            << L{period("2021-03-07T20:00:00", "2021-03-08T00:00:00")} << 1 << 4.0 << -1.0;
-    }
-    void summary() {
-        QFETCH(QList<ComplianceRecord>, records);
-        QFETCH(int, days_used);
-        QFETCH(double, mean);
-        QFETCH(double, gap);
-        ComplianceMemory m;
-        fill(m, records);
-        const MonthSummary s =
-            summarise(compliance_month_pass(m.state, m.records, make_stamp(2026, 1, 1)));
+        const MonthSummary s = summarise(result);
         QCOMPARE(s.days_used, days_used);
         QCOMPARE(s.mean_hours_per_day_used, mean);
         QCOMPARE(s.longest_gap_hours.value_or(-1.0), gap);
-        QCOMPARE(s.total_hours, m.state.total_hours);
+        QCOMPARE(s.total_hours, hours);
     }
 
     void months_with_use_lists_each_month_touched() {
