@@ -99,31 +99,26 @@ private slots:
         QTest::addColumn<TabStops>("tab_stops");
         QTest::addColumn<int>("page_left");
         QTest::addColumn<QString>("run");
-        QTest::addColumn<QString>("edge");
+        QTest::addColumn<int>("edge"); // in half widths: 0 left, 1 centre, 2 right
         QTest::addColumn<double>("expected");
 
         const TabStops middle{0, 5953};
         QTest::newRow("centred under the middle of the page")
-            << "\t'center'Title" << middle << 15 << "Title"
-            << "center" << 5968.0;
+            << "\t'center'Title" << middle << 15 << "Title" << 1 << 5968.0;
         QTest::newRow("title line: bold, larger, centred")
             << "\t'center''size 13''b'Compliance'/b''size 11''/center'" << middle << 15
-            << "Compliance"
-            << "center" << 5968.0;
-        QTest::newRow("right edge on the stop") << "'right'99,5" << TabStops{4000} << 0 << "99,5"
-                                                << "right" << 4000.0;
+            << "Compliance" << 1 << 5968.0;
+        QTest::newRow("right edge on the stop")
+            << "'right'99,5" << TabStops{4000} << 0 << "99,5" << 2 << 4000.0;
         QTest::newRow("left edge on the stop plus page_left")
-            << "a\tb" << TabStops{100, 3000} << 15 << "b"
-            << "left" << 3015.0;
+            << "a\tb" << TabStops{100, 3000} << 15 << "b" << 0 << 3015.0;
         QTest::newRow("alignment back to left in the next column")
-            << "'right'a\tb" << TabStops{2000, 3000} << 0 << "b"
-            << "left" << 3000.0;
+            << "'right'a\tb" << TabStops{2000, 3000} << 0 << "b" << 0 << 3000.0;
         QTest::newRow("normal run after a bold run")
-            << "'b'Bold'/b'Normal" << TabStops{1000} << 0 << "Normal"
-            << "left" << 1000 + RecordingSurface::width_in(bold_font(), QStringLiteral("Bold"));
+            << "'b'Bold'/b'Normal" << TabStops{1000} << 0 << "Normal" << 0
+            << 1000 + RecordingSurface::width_in(bold_font(), QStringLiteral("Bold"));
         QTest::newRow("column after an unclosed quote")
-            << "abc'b\tnext" << TabStops{0, 2000} << 0 << "next"
-            << "left" << 2000.0;
+            << "abc'b\tnext" << TabStops{0, 2000} << 0 << "next" << 0 << 2000.0;
     }
 
     void run_positions() {
@@ -131,18 +126,14 @@ private slots:
         QFETCH(TabStops, tab_stops);
         QFETCH(int, page_left);
         QFETCH(QString, run);
-        QFETCH(QString, edge);
+        QFETCH(int, edge);
         QFETCH(double, expected);
         RecordingSurface surface;
         surface.move_to(0, 500);
         QVERIFY(print_line(surface, line, tab_stops, page_left));
         const RecordedRun* found = surface.find_run(run);
         QVERIFY(found);
-        const double width = RecordingSurface::width_of(*found);
-        const double at = edge == QLatin1String("left")     ? found->x
-                          : edge == QLatin1String("center") ? found->x + width / 2
-                                                            : found->x + width;
-        QCOMPARE(at, expected);
+        QCOMPARE(found->x + RecordingSurface::width_of(*found) * edge / 2, expected);
     }
 
     void sizes_share_base_line_data() {
