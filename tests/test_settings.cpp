@@ -186,9 +186,7 @@ private slots:
     void clock_takes_the_pc_time() {
         Connected c;
         const QDateTime now = c.clock.now();
-        const QDateTime whole(now.date(),
-                              QTime(now.time().hour(), now.time().minute(), now.time().second()),
-                              Qt::UTC);
+        const QDateTime whole = QDateTime::fromSecsSinceEpoch(now.toSecsSinceEpoch(), Qt::UTC);
         device::cmd_setdatetime_Click(*c.ctx);
         QCOMPARE(c.ctx->device.geraetezeit, now);
         const quint32 s = device_seconds(whole.date(), whole.time());
