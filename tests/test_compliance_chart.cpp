@@ -56,6 +56,15 @@ struct Drawn {
     double hour_step() const { return (H - 2 * (y0() - 400)) / 24; }
 };
 
+config::LanguageTables print_texts(const char* days, const char* mean, const char* pause) {
+    config::LanguageTables language;
+    language.language_text[6003] = QStringLiteral("Compliance");
+    language.language_text[6012] = QString::fromLatin1(days);
+    language.language_text[6013] = QString::fromLatin1(mean);
+    language.language_text[6014] = QString::fromLatin1(pause);
+    return language;
+}
+
 bool near(double a, double b) {
     return std::abs(a - b) < 1e-6;
 }
@@ -66,24 +75,23 @@ class TestComplianceChart : public QObject {
     Q_OBJECT
 private slots:
     void bars_data() {
-        QTest::addColumn<QList<ComplianceRecord>>("records");
+        using Records = QList<ComplianceRecord>;
+        using Bars = QList<QList<double>>;
+        QTest::addColumn<Records>("records");
         // Per bar: day column, then the hours (from 00:00) of its lower and upper end.
-        QTest::addColumn<QList<QList<double>>>("bars");
+        QTest::addColumn<Bars>("bars");
         QTest::newRow("22:00 on the 3rd to 06:00 on the 5th")
-            << QList<ComplianceRecord>{period(t(2021, 3, 3, 22), t(2021, 3, 5, 6))}
-            << QList<QList<double>>{{3, 22, 24}, {4, 0, 24}, {5, 0, 6}};
-        QTest::newRow("one day") << QList<ComplianceRecord>{period(t(2021, 3, 10, 8, 30),
-                                                                   t(2021, 3, 10, 12))}
-                                 << QList<QList<double>>{{10, 8.5, 12}};
+            << Records{period(t(2021, 3, 3, 22), t(2021, 3, 5, 6))}
+            << Bars{{3, 22, 24}, {4, 0, 24}, {5, 0, 6}};
+        QTest::newRow("half hours")
+            << Records{period(t(2021, 3, 10, 8, 30), t(2021, 3, 10, 12))} << Bars{{10, 8.5, 12}};
         QTest::newRow("to midnight: nothing on the next day")
-            << QList<ComplianceRecord>{period(t(2021, 3, 30, 18), t(2021, 3, 31, 0))}
-            << QList<QList<double>>{{30, 18, 24}};
+            << Records{period(t(2021, 3, 30, 18), t(2021, 3, 31, 0))} << Bars{{30, 18, 24}};
         QTest::newRow("from the previous month, into the next")
-            << QList<ComplianceRecord>{period(t(2021, 3, 28, 12), t(2021, 3, 31, 23)),
-                                       period(t(2021, 2, 27, 12), t(2021, 3, 1, 3)),
-                                       period(t(2021, 3, 31, 23), t(2021, 4, 2, 3))}
-            << QList<QList<double>>{{28, 12, 24}, {29, 0, 24}, {30, 0, 24},
-                                    {31, 0, 23},  {1, 0, 3},   {31, 23, 24}};
+            << Records{period(t(2021, 3, 28, 12), t(2021, 3, 31, 23)),
+                       period(t(2021, 2, 27, 12), t(2021, 3, 1, 3)),
+                       period(t(2021, 3, 31, 23), t(2021, 4, 2, 3))}
+            << Bars{{28, 12, 24}, {29, 0, 24}, {30, 0, 24}, {31, 0, 23}, {1, 0, 3}, {31, 23, 24}};
     }
     void bars() {
         QFETCH(QList<ComplianceRecord>, records);
@@ -95,8 +103,7 @@ private slots:
             const RecordedBox& b = d.surface.boxes[std::size_t(i)];
             const double day = bars[i][0];
             QCOMPARE(b.colour, bar_colour);
-            QVERIFY2(near(b.left, d.x0() + (day - 1) * d.day_step()),
-                     qPrintable(QString::number(i)));
+            QVERIFY(near(b.left, d.x0() + (day - 1) * d.day_step()));
             QVERIFY(near(b.right, d.x0() + day * d.day_step()));
             QVERIFY(near(b.bottom, d.y0() + (24 - bars[i][1]) * d.hour_step()));
             QVERIFY(near(b.top, d.y0() + (24 - bars[i][2]) * d.hour_step()));
@@ -110,7 +117,6 @@ private slots:
         QTest::newRow("February 2021") << 2021 << 2 << 28;
         QTest::newRow("February 2024") << 2024 << 2 << 29;
         QTest::newRow("April") << 2021 << 4 << 30;
-        QTest::newRow("July") << 2021 << 7 << 31;
     }
     void short_month_leaves_the_rest_blank() {
         QFETCH(int, year);
@@ -172,18 +178,12 @@ private slots:
         memory.records[0] = period(t(2021, 3, 3, 22), t(2021, 3, 5, 6));
         memory.records[1] = period(t(2021, 3, 9, 8), t(2021, 3, 9, 12));
         memory.state.last_index = 1;
-        config::LanguageTables language;
-        language.language_text[6003] = QStringLiteral("Compliance");
-        language.language_text[6012] = QStringLiteral("Days");
-        language.language_text[6013] = QStringLiteral("Mean");
-        language.language_text[6014] = QStringLiteral("Pause");
         RecordingSurface page;
-        compliance_print_page(page, memory.state, memory.records, language, QLocale::c(), 0);
+        compliance_print_page(page, memory.state, memory.records,
+                              print_texts("Days", "Mean", "Pause"), QLocale::c(), 0);
         const RecordedRun* title = page.find_run(QStringLiteral("Compliance"));
-        QVERIFY(title);
-        QVERIFY(title->font.bold);
+        QVERIFY(title && title->font.bold);
         QCOMPARE(title->font.points, 13.0);
-        QCOMPARE(title->font.name, QStringLiteral("Arial"));
         QVERIFY(
             near(title->x + RecordingSurface::width_of(*title) / 2, page.scale_width() / 2 + 15));
         const RecordedRun* month = page.find_run(QStringLiteral("March 2021"));
@@ -206,11 +206,7 @@ private slots:
         ComplianceMemory memory;
         memory.records[0] = period(t(2021, 3, 3, 22), t(2021, 3, 5, 6));
         memory.state.last_index = 0;
-        config::LanguageTables language;
-        language.language_text[6003] = QStringLiteral("Compliance");
-        language.language_text[6012] = QStringLiteral("Days with use");
-        language.language_text[6013] = QStringLiteral("Mean per day");
-        language.language_text[6014] = QStringLiteral("Longest pause");
+        const auto language = print_texts("Days with use", "Mean per day", "Longest pause");
         const QString pdf = dir.filePath("c.pdf");
         QVERIFY(paint::print_to_pdf(pdf, [&](DrawingSurface& s) {
             compliance_print_page(s, memory.state, memory.records, language, QLocale::c(), 0);

@@ -1,7 +1,6 @@
-// The print markup on the recording surface: which runs a line prints, in
-// which font, where they sit against their tab stops and base line, how far a
-// line moves down, and the fixed-width text helpers. Also which printer the
-// print dialog opens on.
+// The print markup on the recording surface: runs and fonts, where they sit
+// against tab stops and base line, how far a line moves down, the fixed-width
+// text helpers, and which printer the print dialog opens on.
 
 #include "print/fixed_text.h"
 #include "print/markup.h"
@@ -49,298 +48,259 @@ TabStops stops(int count) {
 class TestPrintMarkup : public QObject {
     Q_OBJECT
 private slots:
-    void runs_and_fonts_data();
-    void runs_and_fonts();
-    void run_positions_data();
-    void run_positions();
-    void sizes_share_base_line_data();
-    void sizes_share_base_line();
-    void line_advance_data();
-    void line_advance();
-    void settings_outlast_the_line();
-    void rotated_text();
-    void pad_to_data();
-    void pad_to();
-    void wrap_fixed_data();
-    void wrap_fixed();
-    void printer_offered_data();
-    void printer_offered();
+    void runs_and_fonts_data() {
+        QTest::addColumn<QString>("column");
+        QTest::addColumn<QStringList>("runs");
+        QTest::addColumn<bool>("error"); // the column is answered with "ERROR"
+        QTest::newRow("bold run then normal run")
+            << "'b'Strong'/b' plain" << QStringList{"Strong|B|10|Arial", " plain||10|Arial"}
+            << false;
+        QTest::newRow("underline on and off")
+            << "'u'under'/u'over" << QStringList{"under|U|10|Arial", "over||10|Arial"} << false;
+        QTest::newRow("bold and underline together")
+            << "'b''u'both" << QStringList{"both|BU|10|Arial"} << false;
+        QTest::newRow("unknown tag bold") << "'bold'word" << QStringList{"word||10|Arial"} << false;
+        QTest::newRow("tags are case-sensitive")
+            << "'B'word'U'" << QStringList{"word||10|Arial"} << false;
+        QTest::newRow("empty tag ignored, no literal quote")
+            << "it''s" << QStringList{"it||10|Arial", "s||10|Arial"} << false;
+        QTest::newRow("font name trimmed")
+            << "'font  Courier New 'x" << QStringList{"x||10|Courier New"} << false;
+        QTest::newRow("font without blank")
+            << "'fontTimes'x" << QStringList{"x||10|Times"} << false;
+        QTest::newRow("font without a name keeps the font")
+            << "'font 'x" << QStringList{"x||10|Arial"} << false;
+        QTest::newRow("size with decimal comma")
+            << "'size 7,5'x" << QStringList{"x||7.5|Arial"} << false;
+        QTest::newRow("size that is no number")
+            << "'size abc'x" << QStringList{"x||10|Arial"} << false;
+        QTest::newRow("alignment tags print nothing")
+            << "'center''right''left'" << QStringList{} << false;
+        QTest::newRow("unclosed quote") << "abc'b" << QStringList{"abc||10|Arial"} << true;
+        QTest::newRow("unclosed after a tag")
+            << "x'b'y'/b" << QStringList{"x||10|Arial", "y|B|10|Arial"} << true;
+    }
+
+    void runs_and_fonts() {
+        QFETCH(QString, column);
+        QFETCH(QStringList, runs);
+        QFETCH(bool, error);
+        RecordingSurface surface;
+        surface.move_to(1000, 1000);
+        QCOMPARE(print_markup(surface, column), error ? QStringLiteral("ERROR") : QString());
+        QCOMPARE(describe_all(surface), runs);
+        for (const RecordedRun& run : surface.runs)
+            QCOMPARE(run.y,
+                     1000.0 - (run.font.points - 10) * 0.8 * 24); // top moves with the size only
+    }
+
+    void run_positions_data() {
+        QTest::addColumn<QString>("line");
+        QTest::addColumn<TabStops>("tab_stops");
+        QTest::addColumn<int>("page_left");
+        QTest::addColumn<QString>("run");
+        QTest::addColumn<int>("edge"); // in half widths: 0 left, 1 centre, 2 right
+        QTest::addColumn<double>("expected");
+
+        const TabStops middle{0, 5953};
+        QTest::newRow("centred under the middle of the page")
+            << "\t'center'Title" << middle << 15 << "Title" << 1 << 5968.0;
+        QTest::newRow("title line: bold, larger, centred")
+            << "\t'center''size 13''b'Compliance'/b''size 11''/center'" << middle << 15
+            << "Compliance" << 1 << 5968.0;
+        QTest::newRow("right edge on the stop")
+            << "'right'99,5" << TabStops{4000} << 0 << "99,5" << 2 << 4000.0;
+        QTest::newRow("left edge on the stop plus page_left")
+            << "a\tb" << TabStops{100, 3000} << 15 << "b" << 0 << 3015.0;
+        QTest::newRow("alignment back to left in the next column")
+            << "'right'a\tb" << TabStops{2000, 3000} << 0 << "b" << 0 << 3000.0;
+        QTest::newRow("normal run after a bold run")
+            << "'b'Bold'/b'Normal" << TabStops{1000} << 0 << "Normal" << 0
+            << 1000 + RecordingSurface::width_in(bold_font(), QStringLiteral("Bold"));
+        QTest::newRow("column after an unclosed quote")
+            << "abc'b\tnext" << TabStops{0, 2000} << 0 << "next" << 0 << 2000.0;
+    }
+
+    void run_positions() {
+        QFETCH(QString, line);
+        QFETCH(TabStops, tab_stops);
+        QFETCH(int, page_left);
+        QFETCH(QString, run);
+        QFETCH(int, edge);
+        QFETCH(double, expected);
+        RecordingSurface surface;
+        surface.move_to(0, 500);
+        QVERIFY(print_line(surface, line, tab_stops, page_left));
+        const RecordedRun* found = surface.find_run(run);
+        QVERIFY(found);
+        QCOMPARE(found->x + RecordingSurface::width_of(*found) * edge / 2, expected);
+    }
+
+    void sizes_share_base_line_data() {
+        QTest::addColumn<int>("first");
+        QTest::addColumn<int>("second");
+        QTest::newRow("14 then 10") << 14 << 10;
+        QTest::newRow("10 then 14") << 10 << 14;
+    }
+
+    void sizes_share_base_line() {
+        QFETCH(int, first);
+        QFETCH(int, second);
+        RecordingSurface surface;
+        surface.move_to(0, 3000);
+        print_line(surface, QStringLiteral("'size %1'Big'size %2'small").arg(first).arg(second),
+                   {1000}, 0);
+        QCOMPARE(surface.runs.size(), std::size_t(2));
+        const RecordedRun& big = surface.runs[0];
+        const RecordedRun& small = surface.runs[1];
+        QVERIFY(big.font.points == first && small.font.points == second);
+        QCOMPARE(RecordingSurface::base_line_of(small), RecordingSurface::base_line_of(big));
+        QCOMPARE(small.x, big.x + RecordingSurface::width_of(big));
+        // The base line is where a 10-point run started at 3000 would have it.
+        FontSpec ten;
+        QCOMPARE(RecordingSurface::base_line_of(big),
+                 3000 + 0.8 * RecordingSurface::height_in(ten, QStringLiteral("m")));
+    }
+
+    void line_advance_data() {
+        QTest::addColumn<QString>("line");
+        QTest::addColumn<int>("stop_count");
+        QTest::addColumn<bool>("result");
+        QTest::addColumn<double>("lines_down"); // in 10-point line heights
+        QTest::addColumn<QStringList>("printed");
+
+        QTest::newRow("empty line: half the height of X")
+            << "" << 1 << true << 0.5 << QStringList{};
+        QTest::newRow("text line") << "text" << 1 << true << 1.0 << QStringList{"text"};
+        QTest::newRow("columns") << "a\tb\tc" << 3 << true << 1.0 << QStringList{"a", "b", "c"};
+        QTest::newRow("only tags") << "'b''/b'" << 1 << true << 1.0 << QStringList{};
+        QTest::newRow("missing tab stop ends the line")
+            << "a\tb\tc" << 2 << false << 0.0 << QStringList{"a", "b"};
+        QTest::newRow("no tab stop at all") << "a" << 0 << false << 0.0 << QStringList{};
+    }
+
+    void line_advance() {
+        QFETCH(QString, line);
+        QFETCH(int, stop_count);
+        QFETCH(bool, result);
+        QFETCH(double, lines_down);
+        QFETCH(QStringList, printed);
+        RecordingSurface surface;
+        surface.move_to(777, 1000);
+        const double line_height = surface.text_height(QStringLiteral("X"));
+        QCOMPARE(print_line(surface, line, stops(stop_count), 0), result);
+        QCOMPARE(surface.current_y(), 1000 + lines_down * line_height);
+        QCOMPARE(surface.run_texts(), printed);
+        for (const RecordedRun& run : surface.runs)
+            QCOMPARE(run.y, 1000.0);
+    }
+
+    void settings_outlast_the_line() {
+        RecordingSurface surface;
+        MarkupPrinter printer(surface);
+        printer.page_left = 15;
+        QVERIFY(printer.print_line(QStringLiteral("'b''u''font Courier''size 12''right'first"),
+                                   {3000}));
+        QVERIFY(printer.print_line(QStringLiteral("second"), {3000}));
+        QCOMPARE(describe_all(surface),
+                 (QStringList{"first|BU|12|Courier", "second|BU|12|Courier"}));
+        // The alignment did not outlast its column.
+        QCOMPARE(surface.find_run(QStringLiteral("second"))->x, 3015.0);
+        QVERIFY(surface.runs[1].y > surface.runs[0].y);
+    }
+
+    void rotated_text() {
+        RecordingSurface surface;
+        surface.set_font_name(QStringLiteral("Times New Roman"));
+        surface.set_font_size(12);
+        surface.set_bold(true);
+        surface.move_to(100, 5000);
+        print_rotated(surface, 90, QStringLiteral("Stunden"));
+        QCOMPARE(surface.runs.size(), std::size_t(1));
+        const RecordedRun& run = surface.runs[0];
+        QCOMPARE(run.text, QStringLiteral("Stunden"));
+        QCOMPARE(run.font, create_font(12, QStringLiteral("TimesNewRoman"), 90));
+        // Placed where the pen is, and the pen does not move.
+        QVERIFY(run.x == 100.0 && run.y == 5000.0);
+        QVERIFY(surface.current_x() == 100.0 && surface.current_y() == 5000.0);
+    }
+
+    void pad_to_data() {
+        QTest::addColumn<QString>("text");
+        QTest::addColumn<int>("width");
+        QTest::addColumn<QString>("expected");
+        QTest::newRow("padded") << "abc" << 5 << "abc  ";
+        QTest::newRow("cut") << "abcdef" << 3 << "abc";
+        QTest::newRow("exact") << "abc" << 3 << "abc";
+        QTest::newRow("empty padded") << "" << 2 << "  ";
+        QTest::newRow("no width") << "abc" << 0 << "";
+    }
+
+    void pad_to() {
+        QFETCH(QString, text);
+        QFETCH(int, width);
+        QFETCH(QString, expected);
+        QCOMPARE(veltrako::print::pad_to(text, width), expected);
+    }
+
+    void wrap_fixed_data() {
+        QTest::addColumn<QString>("text");
+        QTest::addColumn<int>("width");
+        QTest::addColumn<int>("indent");
+        QTest::addColumn<QString>("expected");
+        QTest::newRow("last piece padded") << "abcdefgh" << 3 << 2 << "abc\r\n  def\r\n  gh ";
+        QTest::newRow("exact multiple: last piece as it is") << "abcdef" << 3 << 1 << "abc\r\n def";
+        QTest::newRow("short text padded") << "ab" << 4 << 0 << "ab  ";
+        QTest::newRow("exactly one piece") << "abcd" << 4 << 3 << "abcd";
+        QTest::newRow("empty text") << "" << 3 << 5 << "   ";
+        QTest::newRow("no width") << "abcd" << 0 << 2 << "abcd";
+    }
+
+    void wrap_fixed() {
+        QFETCH(QString, text);
+        QFETCH(int, width);
+        QFETCH(int, indent);
+        QFETCH(QString, expected);
+        QCOMPARE(veltrako::print::wrap_fixed(text, width, indent), expected);
+    }
+
+    void printer_offered_data() {
+        QTest::addColumn<QString>("first_default");
+        QTest::addColumn<QString>("chosen_printer");
+        QTest::addColumn<QString>("chosen_file");
+        QTest::addColumn<QString>("second_default");
+        QTest::addColumn<QString>("offered_first");
+        QTest::addColumn<QString>("offered_second");
+        QTest::addColumn<QString>("file_second");
+        const auto row = [](const char* name, std::initializer_list<QString> v) {
+            auto& r = QTest::newRow(name);
+            for (const QString& x : v)
+                r << x;
+        };
+        row("another printer chosen", {"Office", "Lab", "", "Office", "Office", "Lab", ""});
+        row("the default chosen, default changed since",
+            {"Office", "Office", "", "Lab", "Office", "Office", ""});
+        row("printed to a file",
+            {"Office", "", "/tmp/out.pdf", "Office", "Office", "", "/tmp/out.pdf"});
+        row("no printer installed", {"", "", "/tmp/out.pdf", "", "", "", "/tmp/out.pdf"});
+    }
+
+    void printer_offered() {
+        QFETCH(QString, first_default);
+        QFETCH(QString, chosen_printer);
+        QFETCH(QString, chosen_file);
+        QFETCH(QString, second_default);
+        QFETCH(QString, offered_first);
+        QFETCH(QString, offered_second);
+        QFETCH(QString, file_second);
+        PrinterChoice choice;
+        QCOMPARE(begin_printer_choice(choice, first_default), offered_first);
+        end_printer_choice(choice, chosen_printer, chosen_file);
+        QCOMPARE(begin_printer_choice(choice, second_default), offered_second);
+        QCOMPARE(choice.output_file, file_second);
+        QCOMPARE(choice.printer_default, second_default);
+    }
 };
-
-void TestPrintMarkup::runs_and_fonts_data() {
-    QTest::addColumn<QString>("column");
-    QTest::addColumn<QStringList>("runs");
-    QTest::addColumn<QString>("result");
-
-    QTest::newRow("bold run then normal run")
-        << "'b'Strong'/b' plain" << QStringList{"Strong|B|10|Arial", " plain||10|Arial"} << "";
-    QTest::newRow("underline on and off")
-        << "'u'under'/u'over" << QStringList{"under|U|10|Arial", "over||10|Arial"} << "";
-    QTest::newRow("bold and underline together")
-        << "'b''u'both" << QStringList{"both|BU|10|Arial"} << "";
-    QTest::newRow("unknown tag bold") << "'bold'word" << QStringList{"word||10|Arial"} << "";
-    QTest::newRow("tags are case-sensitive") << "'B'word'U'" << QStringList{"word||10|Arial"} << "";
-    QTest::newRow("empty tag ignored, no literal quote")
-        << "it''s" << QStringList{"it||10|Arial", "s||10|Arial"} << "";
-    QTest::newRow("font name trimmed")
-        << "'font  Courier New 'x" << QStringList{"x||10|Courier New"} << "";
-    QTest::newRow("font without blank") << "'fontTimes'x" << QStringList{"x||10|Times"} << "";
-    QTest::newRow("font without a name keeps the font")
-        << "'font 'x" << QStringList{"x||10|Arial"} << "";
-    QTest::newRow("size") << "'size 14'x" << QStringList{"x||14|Arial"} << "";
-    QTest::newRow("size with decimal comma") << "'size 7,5'x" << QStringList{"x||7.5|Arial"} << "";
-    QTest::newRow("size that is no number") << "'size abc'x" << QStringList{"x||10|Arial"} << "";
-    QTest::newRow("alignment tags print nothing") << "'center''right''left'" << QStringList{} << "";
-    QTest::newRow("unclosed quote") << "abc'b" << QStringList{"abc||10|Arial"} << "ERROR";
-    QTest::newRow("unclosed after a tag")
-        << "x'b'y'/b" << QStringList{"x||10|Arial", "y|B|10|Arial"} << "ERROR";
-}
-
-void TestPrintMarkup::runs_and_fonts() {
-    QFETCH(QString, column);
-    QFETCH(QStringList, runs);
-    QFETCH(QString, result);
-    RecordingSurface surface;
-    surface.move_to(1000, 1000);
-    QCOMPARE(print_markup(surface, column), result);
-    QCOMPARE(describe_all(surface), runs);
-    for (const RecordedRun& run : surface.runs)
-        QCOMPARE(run.y, 1000.0 - (run.font.points - 10) * 0.8 * 24); // top moves with the size only
-}
-
-void TestPrintMarkup::run_positions_data() {
-    QTest::addColumn<QString>("line");
-    QTest::addColumn<TabStops>("tab_stops");
-    QTest::addColumn<int>("page_left");
-    QTest::addColumn<QString>("run");
-    QTest::addColumn<QString>("edge");
-    QTest::addColumn<double>("expected");
-
-    const TabStops middle{0, 5953};
-    QTest::newRow("centred under the middle of the page")
-        << "\t'center'Title" << middle << 15 << "Title"
-        << "center" << 5968.0;
-    QTest::newRow("title line: bold, larger, centred")
-        << "\t'center''size 13''b'Compliance'/b''size 11''/center'" << middle << 15 << "Compliance"
-        << "center" << 5968.0;
-    QTest::newRow("right edge on the stop") << "'right'99,5" << TabStops{4000} << 0 << "99,5"
-                                            << "right" << 4000.0;
-    QTest::newRow("left edge on the stop plus page_left")
-        << "a\tb" << TabStops{100, 3000} << 15 << "b"
-        << "left" << 3015.0;
-    QTest::newRow("alignment back to left in the next column")
-        << "'right'a\tb" << TabStops{2000, 3000} << 0 << "b"
-        << "left" << 3000.0;
-    QTest::newRow("normal run after a bold run")
-        << "'b'Bold'/b'Normal" << TabStops{1000} << 0 << "Normal"
-        << "left" << 1000 + RecordingSurface::width_in(bold_font(), QStringLiteral("Bold"));
-    QTest::newRow("column after an unclosed quote")
-        << "abc'b\tnext" << TabStops{0, 2000} << 0 << "next"
-        << "left" << 2000.0;
-}
-
-void TestPrintMarkup::run_positions() {
-    QFETCH(QString, line);
-    QFETCH(TabStops, tab_stops);
-    QFETCH(int, page_left);
-    QFETCH(QString, run);
-    QFETCH(QString, edge);
-    QFETCH(double, expected);
-    RecordingSurface surface;
-    surface.move_to(0, 500);
-    QVERIFY(print_line(surface, line, tab_stops, page_left));
-    const RecordedRun* found = surface.find_run(run);
-    QVERIFY(found);
-    const double width = RecordingSurface::width_of(*found);
-    const double at = edge == QLatin1String("left")     ? found->x
-                      : edge == QLatin1String("center") ? found->x + width / 2
-                                                        : found->x + width;
-    QCOMPARE(at, expected);
-}
-
-void TestPrintMarkup::sizes_share_base_line_data() {
-    QTest::addColumn<int>("first");
-    QTest::addColumn<int>("second");
-    QTest::newRow("14 then 10") << 14 << 10;
-    QTest::newRow("10 then 14") << 10 << 14;
-    QTest::newRow("8 then 24") << 8 << 24;
-}
-
-void TestPrintMarkup::sizes_share_base_line() {
-    QFETCH(int, first);
-    QFETCH(int, second);
-    RecordingSurface surface;
-    surface.move_to(0, 3000);
-    print_line(surface, QStringLiteral("'size %1'Big'size %2'small").arg(first).arg(second), {1000},
-               0);
-    QCOMPARE(surface.runs.size(), std::size_t(2));
-    const RecordedRun& big = surface.runs[0];
-    const RecordedRun& small = surface.runs[1];
-    QCOMPARE(big.font.points, double(first));
-    QCOMPARE(small.font.points, double(second));
-    QCOMPARE(RecordingSurface::base_line_of(small), RecordingSurface::base_line_of(big));
-    QCOMPARE(small.x, big.x + RecordingSurface::width_of(big));
-    // The base line is where a 10-point run started at 3000 would have it.
-    FontSpec ten;
-    QCOMPARE(RecordingSurface::base_line_of(big),
-             3000 + 0.8 * RecordingSurface::height_in(ten, QStringLiteral("m")));
-}
-
-void TestPrintMarkup::line_advance_data() {
-    QTest::addColumn<QString>("line");
-    QTest::addColumn<int>("stop_count");
-    QTest::addColumn<bool>("result");
-    QTest::addColumn<double>("lines_down"); // in 10-point line heights
-    QTest::addColumn<QStringList>("printed");
-
-    QTest::newRow("empty line: half the height of X") << "" << 1 << true << 0.5 << QStringList{};
-    QTest::newRow("text line") << "text" << 1 << true << 1.0 << QStringList{"text"};
-    QTest::newRow("columns") << "a\tb\tc" << 3 << true << 1.0 << QStringList{"a", "b", "c"};
-    QTest::newRow("only tags") << "'b''/b'" << 1 << true << 1.0 << QStringList{};
-    QTest::newRow("missing tab stop ends the line")
-        << "a\tb\tc" << 2 << false << 0.0 << QStringList{"a", "b"};
-    QTest::newRow("no tab stop at all") << "a" << 0 << false << 0.0 << QStringList{};
-}
-
-void TestPrintMarkup::line_advance() {
-    QFETCH(QString, line);
-    QFETCH(int, stop_count);
-    QFETCH(bool, result);
-    QFETCH(double, lines_down);
-    QFETCH(QStringList, printed);
-    RecordingSurface surface;
-    surface.move_to(777, 1000);
-    const double line_height = surface.text_height(QStringLiteral("X"));
-    QCOMPARE(print_line(surface, line, stops(stop_count), 0), result);
-    QCOMPARE(surface.current_y(), 1000 + lines_down * line_height);
-    QCOMPARE(surface.run_texts(), printed);
-    for (const RecordedRun& run : surface.runs)
-        QCOMPARE(run.y, 1000.0);
-}
-
-void TestPrintMarkup::settings_outlast_the_line() {
-    RecordingSurface surface;
-    MarkupPrinter printer(surface);
-    printer.page_left = 15;
-    QVERIFY(
-        printer.print_line(QStringLiteral("'b''u''font Courier''size 12''right'first"), {3000}));
-    QVERIFY(printer.print_line(QStringLiteral("second"), {3000}));
-    QCOMPARE(describe_all(surface), (QStringList{"first|BU|12|Courier", "second|BU|12|Courier"}));
-    // The alignment did not outlast its column.
-    QCOMPARE(surface.find_run(QStringLiteral("second"))->x, 3015.0);
-    QVERIFY(surface.runs[1].y > surface.runs[0].y);
-}
-
-void TestPrintMarkup::rotated_text() {
-    RecordingSurface surface;
-    surface.set_font_name(QStringLiteral("Times New Roman"));
-    surface.set_font_size(12);
-    surface.set_bold(true);
-    surface.move_to(100, 5000);
-    print_rotated(surface, 90, QStringLiteral("Stunden"));
-    QCOMPARE(surface.runs.size(), std::size_t(1));
-    const RecordedRun& run = surface.runs[0];
-    QCOMPARE(run.text, QStringLiteral("Stunden"));
-    QCOMPARE(run.font, create_font(12, QStringLiteral("TimesNewRoman"), 90));
-    QCOMPARE(run.x, 100.0);
-    QCOMPARE(run.y, 5000.0);
-    QCOMPARE(surface.current_x(), 100.0);
-    QCOMPARE(surface.current_y(), 5000.0);
-}
-
-void TestPrintMarkup::pad_to_data() {
-    QTest::addColumn<QString>("text");
-    QTest::addColumn<int>("width");
-    QTest::addColumn<QString>("expected");
-    QTest::newRow("padded") << "abc" << 5 << "abc  ";
-    QTest::newRow("cut") << "abcdef" << 3 << "abc";
-    QTest::newRow("exact") << "abc" << 3 << "abc";
-    QTest::newRow("empty padded") << "" << 2 << "  ";
-    QTest::newRow("no width") << "abc" << 0 << "";
-}
-
-void TestPrintMarkup::pad_to() {
-    QFETCH(QString, text);
-    QFETCH(int, width);
-    QFETCH(QString, expected);
-    QCOMPARE(veltrako::print::pad_to(text, width), expected);
-}
-
-void TestPrintMarkup::wrap_fixed_data() {
-    QTest::addColumn<QString>("text");
-    QTest::addColumn<int>("width");
-    QTest::addColumn<int>("indent");
-    QTest::addColumn<QString>("expected");
-    QTest::newRow("last piece padded") << "abcdefgh" << 3 << 2 << "abc\r\n  def\r\n  gh ";
-    QTest::newRow("exact multiple: last piece as it is") << "abcdef" << 3 << 1 << "abc\r\n def";
-    QTest::newRow("short text padded") << "ab" << 4 << 0 << "ab  ";
-    QTest::newRow("exactly one piece") << "abcd" << 4 << 3 << "abcd";
-    QTest::newRow("empty text") << "" << 3 << 5 << "   ";
-    QTest::newRow("no width") << "abcd" << 0 << 2 << "abcd";
-}
-
-void TestPrintMarkup::wrap_fixed() {
-    QFETCH(QString, text);
-    QFETCH(int, width);
-    QFETCH(int, indent);
-    QFETCH(QString, expected);
-    QCOMPARE(veltrako::print::wrap_fixed(text, width, indent), expected);
-}
-
-void TestPrintMarkup::printer_offered_data() {
-    QTest::addColumn<QString>("first_default");
-    QTest::addColumn<QString>("chosen_printer");
-    QTest::addColumn<QString>("chosen_file");
-    QTest::addColumn<QString>("second_default");
-    QTest::addColumn<QString>("offered_first");
-    QTest::addColumn<QString>("offered_second");
-    QTest::addColumn<QString>("file_second");
-
-    QTest::newRow("another printer chosen") << "Office"
-                                            << "Lab"
-                                            << ""
-                                            << "Office"
-                                            << "Office"
-                                            << "Lab"
-                                            << "";
-    QTest::newRow("the default chosen, default changed since") << "Office"
-                                                               << "Office"
-                                                               << ""
-                                                               << "Lab"
-                                                               << "Office"
-                                                               << "Office"
-                                                               << "";
-    QTest::newRow("printed to a file") << "Office"
-                                       << ""
-                                       << "/tmp/out.pdf"
-                                       << "Office"
-                                       << "Office"
-                                       << ""
-                                       << "/tmp/out.pdf";
-    QTest::newRow("no printer installed") << ""
-                                          << ""
-                                          << "/tmp/out.pdf"
-                                          << ""
-                                          << ""
-                                          << ""
-                                          << "/tmp/out.pdf";
-}
-
-void TestPrintMarkup::printer_offered() {
-    QFETCH(QString, first_default);
-    QFETCH(QString, chosen_printer);
-    QFETCH(QString, chosen_file);
-    QFETCH(QString, second_default);
-    QFETCH(QString, offered_first);
-    QFETCH(QString, offered_second);
-    QFETCH(QString, file_second);
-    PrinterChoice choice;
-    QCOMPARE(begin_printer_choice(choice, first_default), offered_first);
-    end_printer_choice(choice, chosen_printer, chosen_file);
-    QCOMPARE(begin_printer_choice(choice, second_default), offered_second);
-    QCOMPARE(choice.output_file, file_second);
-    QCOMPARE(choice.printer_default, second_default);
-}
 
 QTEST_GUILESS_MAIN(TestPrintMarkup)
 #include "test_print_markup.moc"
