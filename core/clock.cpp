@@ -1,7 +1,11 @@
 #include "clock.h"
 
+#include <QCoreApplication>
 #include <QEventLoop>
+#include <QThread>
 #include <QTimer>
+
+#include <algorithm>
 
 namespace veltrako {
 
@@ -31,12 +35,27 @@ qint64 SystemClock::elapsed_ms() const {
 
 void SystemClock::wait_ms(int ms) {
     // A nested event loop rather than a spin: the timer and the user's clicks
-    // keep being served while we wait, and the core stays idle.
-    const qint64 deadline = steady_.elapsed() + ms;
-    for (qint64 left = ms; left > 0; left = deadline - steady_.elapsed()) {
+    // keep being served while we wait, and the core stays idle. Timers only
+    // know whole milliseconds and wake a little late, which adds up over the
+    // thousands of waits of a readout or a firmware update; so the timer
+    // covers all but the last millisecond, and that one is slept in short
+    // steps, still serving events, to end the wait on time.
+    constexpr qint64 ns_per_ms = 1000000;
+    constexpr qint64 fine_ns = ns_per_ms;
+    constexpr unsigned long step_us = 100;
+    const qint64 deadline = steady_.nsecsElapsed() + ms * ns_per_ms;
+    for (qint64 left = deadline - steady_.nsecsElapsed(); left > fine_ns;
+         left = deadline - steady_.nsecsElapsed()) {
         QEventLoop loop;
-        QTimer::singleShot(static_cast<int>(left), Qt::PreciseTimer, &loop, &QEventLoop::quit);
+        QTimer::singleShot(static_cast<int>((left - fine_ns) / ns_per_ms), Qt::PreciseTimer, &loop,
+                           &QEventLoop::quit);
         loop.exec();
+    }
+    for (qint64 left = deadline - steady_.nsecsElapsed(); left > 0;
+         left = deadline - steady_.nsecsElapsed()) {
+        QCoreApplication::processEvents(QEventLoop::AllEvents);
+        QThread::usleep(
+            std::min<unsigned long>(step_us, static_cast<unsigned long>(left / 1000) + 1));
     }
 }
 
