@@ -68,6 +68,14 @@ int CliSession::connect_and_read_record() {
     return exit_ok;
 }
 
+void CliSession::serve_during(const std::function<void()>& action) {
+    ctx_.timer1.on_tick = [this] { protocol::timer1_tick(ctx_); };
+    ctx_.timer1.set_enabled(true);
+    action();
+    ctx_.timer1.set_enabled(false);
+    ctx_.timer1.on_tick = nullptr;
+}
+
 int CliSession::drain_queue() {
     const protocol::ProtocolState& p = ctx_.protocol;
     return run_until([&] { return p.queue_count == 0 && !p.waiting_reply; });

@@ -31,6 +31,9 @@ public:
     int connect_and_read_record();
     // Runs the poll timer until every queued command is answered.
     int drain_queue();
+    // Runs `action` with the poll timer serving the device meanwhile, as in
+    // the window: the waits inside the action let the ticks through.
+    void serve_during(const std::function<void()>& action);
     // True once SIGINT or SIGTERM arrived.
     static bool interrupted();
 

@@ -53,9 +53,13 @@ int run_firmware(CommandEnv& env) {
     env.ui.preset_file = path;
     env.ctx.config.INITDIR = QFileInfo(path).absolutePath() + QLatin1Char('/');
     StderrProgress progress;
-    return firmware::firmware_update(env.ctx, progress) == firmware::UpdateResult::done
-               ? exit_ok
-               : exit_device;
+    firmware::UpdateResult result = firmware::UpdateResult::left;
+    // Served as in the window: after the update the program connects again
+    // and waits for the device to say which software it now runs.
+    env.session.serve_during([&] { result = firmware::firmware_update(env.ctx, progress); });
+    if (env.ui.unanswered_question())
+        return exit_usage;
+    return result == firmware::UpdateResult::done ? exit_ok : exit_device;
 }
 
 } // namespace

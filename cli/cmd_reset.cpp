@@ -18,10 +18,9 @@ int run_reset(CommandEnv& env) {
         return exit_usage;
     }
     SettingPlan plan;
-    plan.change = [](AppContext& ctx) { device::cmd_resetbstd_Click(ctx); };
+    plan.change = [](AppContext& ctx) { return device::cmd_resetbstd_Click(ctx); };
     plan.result = [](const AppContext& ctx) {
-        return std::pair{Lines{{QStringLiteral("BSTD"), ctx.device.BSTD}},
-                         ctx.device.BSTD == QLatin1String("000000:00")};
+        return Lines{{QStringLiteral("BSTD"), ctx.device.BSTD}};
     };
     return run_setting_plan(env, plan);
 }
@@ -31,7 +30,7 @@ int run_reset(CommandEnv& env) {
 CliCommand reset_command() {
     CliCommand c;
     c.name = QStringLiteral("reset");
-    c.help = QStringLiteral("reset hours          set the operating hours to 000000:00");
+    c.help = QStringLiteral("reset hours          set the operating hours to 000000:00 (--yes)");
     c.run = run_reset;
     return c;
 }

@@ -4,10 +4,13 @@
 // Values are checked before anything is sent: an invalid one ends the
 // command with exit code 2 and a message, and the device is not touched.
 // Settings that the window does not offer for the connected model are
-// refused the same way once the device has said who it is. After the
-// read-back each value is printed as KEY|VALUE under the key `info` uses; a
-// value the device did not take is printed as the device has it, with a
-// message on stderr and exit code 1.
+// refused the same way once the device has said who it is. A change that
+// cannot be undone (serial number, operating hours, factory timings, a
+// preset) is asked for as in the window: --yes writes, --no or no answer
+// writes nothing. After the read-back each value is printed as KEY|VALUE
+// under the key `info` uses; a value the device did not take is printed as
+// the device has it, with a message on stderr naming both values and exit
+// code 1.
 
 #include "app_context.h"
 #include "cli_session.h"
@@ -70,12 +73,8 @@ std::optional<Plan> plan_sn(const QStringList& a, QString& error) {
         return std::nullopt;
     }
     Plan p;
-    p.change = [text](AppContext& ctx) { device::cmd_setsn_Click(ctx, text); };
-    p.result = [text](const AppContext& ctx) {
-        const QString stored = (text + QString(protocol::cmd::serial_length, QLatin1Char(' ')))
-                                   .left(protocol::cmd::serial_length);
-        return std::pair{Lines{{QStringLiteral("SN"), ctx.device.SN}}, ctx.device.SN == stored};
-    };
+    p.change = [text](AppContext& ctx) { return device::cmd_setsn_Click(ctx, text); };
+    p.result = [](const AppContext& ctx) { return Lines{{QStringLiteral("SN"), ctx.device.SN}}; };
     return p;
 }
 
@@ -83,21 +82,17 @@ std::optional<Plan> plan_hours(const QStringList& a, QString& error) {
     const auto entry = a.size() == 1 ? device::parse_hours_entry(a[0]) : std::nullopt;
     if (!entry) {
         error = QStringLiteral("usage: set hours HHHHHH:M (six hour digits, a colon and the tens "
-                               "of minutes 0 to 5, e.g. 001234:5)");
+                               "of minutes 0 to 5, e.g. 001234:5, or as shown, 001234:50)");
         return std::nullopt;
     }
     const QString typed = a[0];
     Plan p;
     p.change = [typed](AppContext& ctx) {
-        auto& ui = static_cast<ConsoleUi&>(ctx.ui);
-        ui.preset_input = typed; // the answer to the input box
-        device::cmd_setbstd_Click(ctx);
-        // The window waits for the periodic read; a script asks at once.
-        protocol::queue_command(ctx, protocol::cmd::read_hours());
+        static_cast<ConsoleUi&>(ctx.ui).preset_input = typed; // the answer to the input box
+        return device::cmd_setbstd_Click(ctx);
     };
-    p.result = [typed](const AppContext& ctx) {
-        return std::pair{Lines{{QStringLiteral("BSTD"), ctx.device.BSTD}},
-                         ctx.device.BSTD == typed + QLatin1Char('0')};
+    p.result = [](const AppContext& ctx) {
+        return Lines{{QStringLiteral("BSTD"), ctx.device.BSTD}};
     };
     return p;
 }
@@ -108,11 +103,10 @@ std::optional<Plan> plan_clock(const QStringList& a, QString& error) {
         return std::nullopt;
     }
     Plan p;
-    p.change = [](AppContext& ctx) { device::cmd_setdatetime_Click(ctx); };
+    p.change = [](AppContext& ctx) { return device::cmd_setdatetime_Click(ctx); };
     p.result = [](const AppContext& ctx) {
         const QString key = QStringLiteral("geraetezeit");
-        return std::pair{Lines{{key, live_field(ctx.device, key)}},
-                         !ctx.device.geraetezeit.isNull()};
+        return Lines{{key, live_field(ctx.device, key)}};
     };
     return p;
 }
@@ -122,21 +116,14 @@ std::optional<Plan> plan_lp(const QStringList& a, QString& error) {
         error = QStringLiteral("usage: set lp (switches the low-power mode)");
         return std::nullopt;
     }
-    auto expected = std::make_shared<char>(0);
     Plan p;
-    p.refuse = [expected](const device::DeviceRecord& r) {
-        const auto value = device::toggled_low_power(r);
-        if (!value)
-            return QStringLiteral("the board %1 has no low-power mode").arg(r.LP.trimmed());
-        *expected = *value;
-        return QString();
+    p.refuse = [](const device::DeviceRecord& r) {
+        return device::toggled_low_power(r)
+                   ? QString()
+                   : QStringLiteral("the board %1 has no low-power mode").arg(r.LP.trimmed());
     };
-    p.change = [](AppContext& ctx) { device::cmd_togglelp_Click(ctx); };
-    p.result = [expected](const AppContext& ctx) {
-        const QString& lp = ctx.device.LP;
-        return std::pair{Lines{{QStringLiteral("LP"), lp}},
-                         lp.size() >= 5 && lp.at(4) == QLatin1Char(*expected)};
-    };
+    p.change = [](AppContext& ctx) { return device::cmd_togglelp_Click(ctx); };
+    p.result = [](const AppContext& ctx) { return Lines{{QStringLiteral("LP"), ctx.device.LP}}; };
     return p;
 }
 
@@ -148,15 +135,13 @@ std::optional<Plan> plan_rest(const QStringList& a, QString& error) {
         return std::nullopt;
     }
     const QString typed = a[0];
-    const int n = *value;
     Plan p;
     p.change = [typed](AppContext& ctx) {
         static_cast<ConsoleUi&>(ctx.ui).preset_input = typed;
-        device::cmd_Restzeit_Click(ctx);
+        return device::cmd_Restzeit_Click(ctx);
     };
-    p.result = [n](const AppContext& ctx) {
-        return std::pair{Lines{{QStringLiteral("rest_text"), ctx.device.rest_text}},
-                         ctx.device.rest_text == QString::number(n)};
+    p.result = [](const AppContext& ctx) {
+        return Lines{{QStringLiteral("rest_text"), ctx.device.rest_text}};
     };
     return p;
 }
@@ -177,43 +162,36 @@ std::optional<Plan> plan_flow(const QStringList& a, QString& error) {
                    ? QString()
                    : QStringLiteral("this device has no flow selectors") + family_text(r);
     };
-    p.change = [selector, v](AppContext& ctx) { device::cb_vs_Click(ctx, selector, v, false); };
-    p.result = [selector, v](const AppContext& ctx) {
+    p.change = [selector, v](AppContext& ctx) {
+        return device::cb_vs_Click(ctx, selector, v, false);
+    };
+    p.result = [selector](const AppContext& ctx) {
         const int got = selector == 0 ? ctx.device.wert_u : ctx.device.wert_o;
         const QString key = selector == 0 ? QStringLiteral("wert_u") : QStringLiteral("wert_o");
-        return std::pair{Lines{{key, QString::number(got)}}, got == v};
+        return Lines{{key, QString::number(got)}};
     };
     return p;
 }
 
-// The timings of indexes `indexes` the record keeps, and whether they hold `expected`.
-std::pair<Lines, bool> timing_lines(const AppContext& ctx, const QList<int>& indexes,
-                                    const QList<int>& expected) {
+// The timings of indexes `indexes` the record keeps.
+Lines timing_lines(const AppContext& ctx, const QList<int>& indexes) {
     Lines lines;
-    bool taken = true;
-    for (qsizetype k = 0; k < indexes.size(); ++k) {
-        const int i = indexes[k];
-        if (!timing_kept(ctx.device, i))
-            continue;
-        const int got = ctx.device.zeiten[static_cast<std::size_t>(i)];
-        lines.append({timing_key(i), QString::number(got)});
-        taken = taken && got == expected[k];
+    for (const int i : indexes) {
+        if (timing_kept(ctx.device, i))
+            lines.append(
+                {timing_key(i), QString::number(ctx.device.zeiten[static_cast<std::size_t>(i)])});
     }
-    return {lines, taken};
+    return lines;
 }
 
 std::optional<Plan> plan_timing(const QStringList& a, QString& error) {
     if (a.size() == 1 && a[0] == QLatin1String("reset")) {
-        QList<int> indexes, values;
-        for (std::size_t i = 0; i < device::factory_timings.size(); ++i) {
+        QList<int> indexes;
+        for (std::size_t i = 0; i < device::factory_timings.size(); ++i)
             indexes << static_cast<int>(i);
-            values << device::factory_timings[i];
-        }
         Plan p;
-        p.change = [](AppContext& ctx) { device::cmd_t_reset_Click(ctx); };
-        p.result = [indexes, values](const AppContext& ctx) {
-            return timing_lines(ctx, indexes, values);
-        };
+        p.change = [](AppContext& ctx) { return device::cmd_t_reset_Click(ctx); };
+        p.result = [indexes](const AppContext& ctx) { return timing_lines(ctx, indexes); };
         return p;
     }
     const auto index =
@@ -231,8 +209,8 @@ std::optional<Plan> plan_timing(const QStringList& a, QString& error) {
                    ? QString()
                    : QStringLiteral("timing %1 is not used by this device").arg(i) + family_text(r);
     };
-    p.change = [i, v](AppContext& ctx) { device::cb_t_Click(ctx, i, v, false); };
-    p.result = [i, v](const AppContext& ctx) { return timing_lines(ctx, {i}, {v}); };
+    p.change = [i, v](AppContext& ctx) { return device::cb_t_Click(ctx, i, v, false); };
+    p.result = [i](const AppContext& ctx) { return timing_lines(ctx, {i}); };
     return p;
 }
 
@@ -247,12 +225,10 @@ std::optional<Plan> plan_preset(const QStringList& a, QString& error, AppContext
                     .arg(ctx.program_dir + device::preset_file_name(*n));
         return std::nullopt;
     }
-    QList<int> indexes, values;
+    QList<int> indexes;
     for (int i = 0; i < device::preset_timing_count; ++i) {
-        if (i == device::preset_skipped_index)
-            continue;
-        indexes << i;
-        values << ctx.presets.preset(*n).preset_zeiten[static_cast<std::size_t>(i)];
+        if (i != device::preset_skipped_index)
+            indexes << i;
     }
     const int preset = *n;
     Plan p;
@@ -262,8 +238,8 @@ std::optional<Plan> plan_preset(const QStringList& a, QString& error, AppContext
                    : QStringLiteral("presets are offered only for models with a rinse valve") +
                          family_text(r);
     };
-    p.change = [preset](AppContext& c) { device::cmdPresetZeiten_Click(c, preset); };
-    p.result = [indexes, values](const AppContext& c) { return timing_lines(c, indexes, values); };
+    p.change = [preset](AppContext& c) { return device::cmdPresetZeiten_Click(c, preset); };
+    p.result = [indexes](const AppContext& c) { return timing_lines(c, indexes); };
     return p;
 }
 
@@ -274,20 +250,17 @@ std::optional<Plan> plan_alarm(const QStringList& a, QString& error) {
         return std::nullopt;
     }
     const device::AcousticAlarm which = *alarm;
-    auto expected = std::make_shared<int>(0);
     Plan p;
-    p.refuse = [which, expected](const device::DeviceRecord& r) {
+    p.refuse = [which](const device::DeviceRecord& r) {
         const device::ModelControls m = device::model_controls(r);
         if (!m.acoustic || (which == device::AcousticAlarm::o22 && !m.acoustic_o22))
             return QStringLiteral("this device has no acoustic switch for that alarm") +
                    family_text(r);
-        *expected = r.wert_x ^ device::acoustic_bit(which);
         return QString();
     };
-    p.change = [which](AppContext& ctx) { device::pic_akust_Click(ctx, which); };
-    p.result = [expected](const AppContext& ctx) {
-        return std::pair{Lines{{QStringLiteral("wert_x"), QString::number(ctx.device.wert_x)}},
-                         ctx.device.wert_x == *expected};
+    p.change = [which](AppContext& ctx) { return device::pic_akust_Click(ctx, which); };
+    p.result = [](const AppContext& ctx) {
+        return Lines{{QStringLiteral("wert_x"), QString::number(ctx.device.wert_x)}};
     };
     return p;
 }
@@ -330,17 +303,19 @@ CliCommand set_command() {
     CliCommand c;
     c.name = QStringLiteral("set");
     c.help = QStringLiteral(
-        "set sn TEXT          write the serial number\n"
-        "set hours HHHHHH:M   write the operating hours (tens of minutes 0 to 5)\n"
+        "set sn TEXT          write the serial number (--yes)\n"
+        "set hours HHHHHH:M   write the operating hours (tens of minutes 0 to 5; --yes)\n"
         "set clock            set the device clock to the PC's present time\n"
         "set lp               switch the low-power mode\n"
         "set rest N           write the remaining time (0 to 999)\n"
         "set flow u|o VALUE   write a flow selector (0 to 255)\n"
         "set timing INDEX VALUE | set timing reset\n"
         "                     write one valve timing (ticks of 0.04 s) or the factory values\n"
-        "set preset N         write the valve timings of Zeiten_N.txt (N 1 to 3)\n"
+        "                     (reset: --yes)\n"
+        "set preset N         write the valve timings of Zeiten_N.txt (N 1 to 3; --yes)\n"
         "set alarm o21|o22|vollo  switch whether that alarm sounds\n"
-        "                     each prints the device's value after the read-back as KEY|VALUE");
+        "                     each prints the device's value after the read-back as KEY|VALUE;\n"
+        "                     --yes answers the question before a change that cannot be undone");
     c.run = run_set;
     return c;
 }

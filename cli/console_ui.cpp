@@ -38,6 +38,19 @@ bool ConsoleUi::ask_yes_no(const QString& text, const QString&) {
 bool ConsoleUi::ask_ok_cancel(const QString& text, const QString&) {
     return answer(text);
 }
+bool ConsoleUi::confirm_change(const QString& text) {
+    return answer(text);
+}
+
+void ConsoleUi::connection_changed(ConnectionState, const QString& text) {
+    if (verbose)
+        print_error(text);
+}
+
+void ConsoleUi::show_note(const QString& text, MsgIcon icon) {
+    if (verbose || icon == MsgIcon::exclamation || icon == MsgIcon::critical)
+        print_error(text);
+}
 
 std::optional<QString> ConsoleUi::input_box(const QString& prompt, const QString&, const QString&) {
     if (preset_input) {

@@ -30,6 +30,9 @@ public:
     void show_msg(const QString& text, MsgIcon icon, const QString& title) override;
     bool ask_yes_no(const QString& text, const QString& title) override;
     bool ask_ok_cancel(const QString& text, const QString& title) override;
+    bool confirm_change(const QString& text) override;
+    // A script does not end a program with a report open.
+    SaveAnswer ask_save_discard_cancel(const QString&) override { return SaveAnswer::discard; }
     std::optional<QString> input_box(const QString& prompt, const QString& title,
                                      const QString& initial) override;
     QString choose_open_file(const FileDialogRequest& request) override;
@@ -40,6 +43,11 @@ public:
     void append_out(const QString& text) override;
     void clear_out() override {}
     void set_info_caption(const QString&) override {}
+    // The state goes to stderr with --verbose only.
+    void connection_changed(ConnectionState state, const QString& text) override;
+    // A note about a problem goes to stderr like a message; a confirmation
+    // only with --verbose (the result lines say it on stdout).
+    void show_note(const QString& text, MsgIcon icon) override;
     void device_record_changed() override;
     // The status table is kept for the command that asked for it.
     void show_status_table(const QString& text) override {

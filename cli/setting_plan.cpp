@@ -7,7 +7,7 @@
 namespace veltrako::cli {
 
 int run_setting_plan(CommandEnv& env, const SettingPlan& plan) {
-    int code = env.session.connect_and_read_record();
+    const int code = env.session.connect_and_read_record();
     if (code != exit_ok)
         return code;
     if (plan.refuse) {
@@ -16,18 +16,19 @@ int run_setting_plan(CommandEnv& env, const SettingPlan& plan) {
             return exit_usage;
         }
     }
-    plan.change(env.ctx);
-    code = env.session.drain_queue();
-    if (code != exit_ok)
-        return code;
-    const auto [lines, taken] = plan.result(env.ctx);
-    for (const auto& [key, value] : lines)
-        print_line(key + QLatin1Char('|') + value);
-    if (!taken) {
-        print_error(QStringLiteral("the device did not take the new value"));
-        return exit_device;
+    device::WriteOutcome outcome = device::WriteOutcome::not_written;
+    env.session.serve_during([&] { outcome = plan.change(env.ctx); });
+    if (env.ui.unanswered_question())
+        return exit_usage;
+    if (outcome == device::WriteOutcome::not_written) {
+        print_error(QStringLiteral("nothing written"));
+        return exit_ok;
     }
-    return exit_ok;
+    if (env.ctx.link.device_handle == 0)
+        return exit_device;
+    for (const auto& [key, value] : plan.result(env.ctx))
+        print_line(key + QLatin1Char('|') + value);
+    return outcome == device::WriteOutcome::confirmed ? exit_ok : exit_device;
 }
 
 } // namespace veltrako::cli

@@ -24,6 +24,12 @@ struct FileDialogRequest {
 // Pages of the tab strip tab1, in their designed order.
 enum class Page { geraet = 0, protokoll = 1, compliance = 2, system_status = 3, entwickler = 4 };
 
+// What the technician is told about the link (core/link/connection_state.h).
+enum class ConnectionState { no_device, connecting, connected, not_answering, boot_loader };
+
+// The answers to the question before the program ends with an unsaved report.
+enum class SaveAnswer { save, discard, cancel };
+
 class UserInterface {
 public:
     virtual ~UserInterface() = default;
@@ -33,6 +39,11 @@ public:
                           const QString& title = {}) = 0;
     virtual bool ask_yes_no(const QString& text, const QString& title = {}) = 0;
     virtual bool ask_ok_cancel(const QString& text, const QString& title = {}) = 0;
+    // A Yes/No question before a change that cannot be undone. No is the
+    // default, so that a hurried Enter changes nothing.
+    virtual bool confirm_change(const QString& text) = 0;
+    // Save / Discard / Cancel; Cancel is the default.
+    virtual SaveAnswer ask_save_discard_cancel(const QString& text) = 0;
     // Input box; std::nullopt when the user cancels.
     virtual std::optional<QString> input_box(const QString& prompt, const QString& title,
                                              const QString& initial = {}) = 0;
@@ -50,6 +61,14 @@ public:
     virtual void append_out(const QString& text) = 0;
     virtual void clear_out() = 0;
     virtual void set_info_caption(const QString& text) = 0;
+
+    // The connection state or its wording changed (the serial number came
+    // in, say). The window's status bar and every control that needs a device
+    // follow it.
+    virtual void connection_changed(ConnectionState state, const QString& text) = 0;
+    // A note beside the connection state, such as the outcome of the last
+    // write; `icon` tells a confirmation (information) from a problem.
+    virtual void show_note(const QString& text, MsgIcon icon) = 0;
 
     // The device record changed: the "Gerät" page redraws from it.
     virtual void device_record_changed() = 0;

@@ -8,6 +8,15 @@
 
 namespace veltrako::sim {
 
+namespace {
+
+// The commands that change what the device stores.
+bool is_write(const QByteArray& payload) {
+    return !payload.isEmpty() && QByteArrayView("tsECwuoxZ").contains(payload.at(0));
+}
+
+} // namespace
+
 Concentrator::Concentrator(const Scenario& scenario)
     : device_(scenario), loader_(scenario.boot_loader_greeting), faults_(scenario.faults) {}
 
@@ -50,7 +59,14 @@ void Concentrator::take_frames(qint64 now_ms) {
         }
         const QByteArray payload = protocol::frame_payload(received_, step);
         received_.remove(0, step.frame_size);
-        const Reply reply = answer_command(device_, payload, now_ms);
+        Reply reply;
+        if (faults_.ignore_writes && is_write(payload)) {
+            const DeviceState kept = device_;
+            reply = answer_command(device_, payload, now_ms);
+            device_ = kept;
+        } else {
+            reply = answer_command(device_, payload, now_ms);
+        }
         switch (reply.kind) {
         case Reply::none:
             report(now_ms, false, payload, {});

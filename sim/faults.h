@@ -36,6 +36,9 @@ struct Faults {
     bool split_answers = false;
     // Added to the device's processing time of every answer.
     int answer_delay_ms = 0;
+    // Every write is acknowledged as usual, but the device keeps the values
+    // it had (a setting it refuses, a memory that no longer takes writes).
+    bool ignore_writes = false;
     // Boot loader: data line k (counted from 1 in the order the lines are
     // acknowledged) is answered with "E" instead of ">" (0: none).
     int nak_line = 0;

@@ -281,6 +281,7 @@ const std::map<QByteArray, Key>& keys() {
         k["CORRUPT_CRC_EVERY"] = {set_fault_count(&Faults::corrupt_crc_every, 1000000)};
         k["GARBAGE_BETWEEN_FRAMES"] = {parse_garbage};
         k["SPLIT_ANSWERS"] = {set_fault_flag(&Faults::split_answers)};
+        k["IGNORE_WRITES"] = {set_fault_flag(&Faults::ignore_writes)};
         k["ANSWER_DELAY_MS"] = {set_fault_count(&Faults::answer_delay_ms, 60000)};
         k["NAK_LINE"] = {set_fault_count(&Faults::nak_line, 1000000)};
         k["NAK_ATTEMPTS"] = {[](ParseState& p, const QByteArray& v, QString& why) {

@@ -41,7 +41,7 @@ void paint(QWidget* w, const QColor& colour) {
 
 void set_position(QWidget* w, int position) {
     if (auto* box = qobject_cast<QComboBox*>(w))
-        box->setCurrentIndex(position < box->count() ? position : -1);
+        box->setCurrentIndex(position >= 0 && position < box->count() ? position : -1);
 }
 
 void show_if(QWidget* w, bool shown) {
@@ -50,11 +50,13 @@ void show_if(QWidget* w, bool shown) {
 }
 
 void blank(FrmMain& form) {
-    // Lock first: a selector moved while locked sends nothing.
+    // Lock first: a selector moved while locked sends nothing. Deliberately
+    // empty rather than at the first entry: without a device there is no
+    // value, and "0" or "0.00" would read as one.
     for (const QString& name : {QStringLiteral("cb_t"), QStringLiteral("cb_vs")}) {
         for (QWidget* w : form.controls_named(name)) {
             set_locked(w, true);
-            set_position(w, 0);
+            set_position(w, -1);
         }
     }
     // The inspection report's boxes share the "t_" prefix but not the device

@@ -68,14 +68,27 @@ void message_box(QWidget* parent, const QString& text, MsgIcon icon, const QStri
     box.exec();
 }
 
-bool question_yes_no(QWidget* parent, const QString& text, const QString& title) {
-    return ask(parent, text, title, QMessageBox::Yes | QMessageBox::No, QMessageBox::Yes) ==
-           QMessageBox::Yes;
+bool question_yes_no(QWidget* parent, const QString& text, const QString& title, bool default_no) {
+    return ask(parent, text, title, QMessageBox::Yes | QMessageBox::No,
+               default_no ? QMessageBox::No : QMessageBox::Yes) == QMessageBox::Yes;
 }
 
 bool question_ok_cancel(QWidget* parent, const QString& text, const QString& title) {
     return ask(parent, text, title, QMessageBox::Ok | QMessageBox::Cancel, QMessageBox::Ok) ==
            QMessageBox::Ok;
+}
+
+SaveAnswer question_save_discard_cancel(QWidget* parent, const QString& text) {
+    switch (ask(parent, text, QString(),
+                QMessageBox::Save | QMessageBox::Discard | QMessageBox::Cancel,
+                QMessageBox::Cancel)) {
+    case QMessageBox::Save:
+        return SaveAnswer::save;
+    case QMessageBox::Discard:
+        return SaveAnswer::discard;
+    default:
+        return SaveAnswer::cancel;
+    }
 }
 
 std::optional<QString> input_text(QWidget* parent, const QString& prompt, const QString& title,

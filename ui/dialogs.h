@@ -17,8 +17,12 @@ namespace veltrako::ui {
 QStringList qt_name_filters(const QString& filter);
 
 void message_box(QWidget* parent, const QString& text, MsgIcon icon, const QString& title);
-bool question_yes_no(QWidget* parent, const QString& text, const QString& title);
+// `default_no`: No is the default button (a change that cannot be undone).
+bool question_yes_no(QWidget* parent, const QString& text, const QString& title,
+                     bool default_no = false);
 bool question_ok_cancel(QWidget* parent, const QString& text, const QString& title);
+// Save / Discard / Cancel; Cancel is the default and the answer to Escape.
+SaveAnswer question_save_discard_cancel(QWidget* parent, const QString& text);
 std::optional<QString> input_text(QWidget* parent, const QString& prompt, const QString& title,
                                   const QString& initial);
 // An empty result means cancelled.

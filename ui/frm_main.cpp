@@ -4,19 +4,22 @@
 #include "compliance/compliance_readout.h"
 #include "controls.h"
 #include "device/device_view.h"
+#include "device/settings.h"
+#include "device/timing_presets.h"
 #include "device_tab.h"
 #include "dialogs.h"
 #include "firmware/firmware_update.h"
 #include "frm_firmware_progress.h"
 #include "frm_wait.h"
 #include "geraet_handlers.h"
+#include "link/connection_state.h"
 #include "link/device_connection.h"
 #include "live_chart.h"
 #include "pages.h"
 #include "protocol/poll_cycle.h"
-#include "status/status_readout.h"
 #include "report/report_file.h"
 #include "report_page.h"
+#include "status/status_readout.h"
 
 #include <QAction>
 #include <QCloseEvent>
@@ -27,6 +30,7 @@
 #include <QMenuBar>
 #include <QPlainTextEdit>
 #include <QPushButton>
+#include <QStatusBar>
 #include <QTabWidget>
 
 namespace veltrako::ui {
@@ -47,6 +51,13 @@ FrmMain::FrmMain(QWidget* parent) : QMainWindow(parent) {
     setCentralWidget(tab1_);
 
     build_menu();
+    // The state on the left; the note takes the room that is left.
+    connection_label_ = new QLabel;
+    connection_label_->setObjectName(QStringLiteral("lbl_connection"));
+    note_label_ = new QLabel;
+    note_label_->setObjectName(QStringLiteral("lbl_note"));
+    statusBar()->addWidget(connection_label_);
+    statusBar()->addWidget(note_label_, 1);
     index_controls();
     chart_ = findChild<LiveChart*>(QStringLiteral("Chart"));
     resize(1280, 860);
@@ -147,6 +158,7 @@ void FrmMain::bind(AppContext& ctx) {
     bind_page_compliance(*this, ctx);
     bind_protokoll_page(*this, ctx);
 
+    connection_changed(ctx.link.connection, ctx.link.connection_text);
     device_record_changed();
 }
 
@@ -180,8 +192,11 @@ void FrmMain::show_wait(const QString& command, const QString& text) {
 void FrmMain::closeEvent(QCloseEvent* event) {
     if (ctx_) {
         // An unsaved report is offered for saving while the device data it
-        // holds is still there.
-        report::checksaved(*ctx_, [this] { cmd_save_click(*this, *ctx_); });
+        // holds is still there; Cancel keeps the program running.
+        if (!report::checksaved(*ctx_, [this] { return cmd_save_click(*this, *ctx_); })) {
+            event->ignore();
+            return;
+        }
         // No reconnection while the program ends.
         ctx_->timer1.set_enabled(false);
         link::close_device(*ctx_);
@@ -199,6 +214,14 @@ bool FrmMain::ask_yes_no(const QString& text, const QString& title) {
 
 bool FrmMain::ask_ok_cancel(const QString& text, const QString& title) {
     return question_ok_cancel(this, text, title);
+}
+
+bool FrmMain::confirm_change(const QString& text) {
+    return question_yes_no(this, text, QString(), true);
+}
+
+SaveAnswer FrmMain::ask_save_discard_cancel(const QString& text) {
+    return question_save_discard_cancel(this, text);
 }
 
 std::optional<QString> FrmMain::input_box(const QString& prompt, const QString& title,
@@ -251,12 +274,46 @@ void FrmMain::set_info_caption(const QString& text) {
     control_as<QLabel>(QStringLiteral("lbl_info"))->setText(text);
 }
 
+void FrmMain::connection_changed(ConnectionState, const QString& text) {
+    connection_label_->setText(text);
+    follow_device_controls();
+}
+
+void FrmMain::show_note(const QString& text, MsgIcon icon) {
+    const bool problem = icon == MsgIcon::exclamation || icon == MsgIcon::critical;
+    note_label_->setStyleSheet(problem ? QStringLiteral("color: #b00000; font-weight: bold;")
+                                       : QString());
+    note_label_->setText(text);
+}
+
 void FrmMain::device_record_changed() {
     if (!ctx_)
         return;
     refresh_device_tab(*this, device::make_device_tab_view(ctx_->device, QLocale()));
     apply_preset_buttons(*this, ctx_->presets);
     chart_->set_data_valid(ctx_->device.live_valid);
+    follow_device_controls();
+}
+
+void FrmMain::follow_device_controls() {
+    if (!ctx_)
+        return;
+    const bool on = link::device_controls_enabled(*ctx_);
+    for (const char* name :
+         {"cmd_setsn", "cmd_resetbstd", "cmd_setbstd", "cmd_setdatetime", "cmd_Restzeit",
+          "cmd_t_reset", "pic_akustO21", "pic_akustO22", "pic_akustvollo", "cmd_sysstatread"})
+        control(QLatin1String(name))->setEnabled(on);
+    for (QWidget* w :
+         controls_named(QStringLiteral("cb_vs")) + controls_named(QStringLiteral("cb_t")))
+        w->setEnabled(on);
+    // Those with a condition of their own keep it.
+    control(QStringLiteral("cmd_togglelp"))
+        ->setEnabled(on && device::toggled_low_power(ctx_->device).has_value());
+    for (int n = 1; n <= device::preset_count; ++n)
+        control(QStringLiteral("cmdPresetZeiten"), n)
+            ->setEnabled(on && ctx_->presets.buttons[static_cast<std::size_t>(n - 1)].enabled);
+    // A device left in its boot loader can be programmed again at once.
+    menu_action(QStringLiteral("men_Softwareupdate"))->setEnabled(on || ctx_->link.boot_loader);
     compliance::follow_link_state(*ctx_);
 }
 

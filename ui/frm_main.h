@@ -7,6 +7,9 @@
 // Form_Resize / tab_resize: the pages use layouts, so tab1 fills the window
 // and the growing controls (sysstatout with its buttons, Chart,
 // p_compliance) stretch with it without code of their own.
+//
+// The status bar at the bottom says how the link stands (lbl_connection) and
+// holds one note beside it (lbl_note), such as the outcome of the last write.
 
 #include "user_interface.h"
 
@@ -17,6 +20,7 @@
 #include <functional>
 
 class QAction;
+class QLabel;
 class QTabWidget;
 
 namespace veltrako {
@@ -63,6 +67,8 @@ public:
                   const QString& title = {}) override;
     bool ask_yes_no(const QString& text, const QString& title = {}) override;
     bool ask_ok_cancel(const QString& text, const QString& title = {}) override;
+    bool confirm_change(const QString& text) override;
+    SaveAnswer ask_save_discard_cancel(const QString& text) override;
     std::optional<QString> input_box(const QString& prompt, const QString& title,
                                      const QString& initial = {}) override;
     QString choose_open_file(const FileDialogRequest& request) override;
@@ -73,6 +79,8 @@ public:
     void append_out(const QString& text) override;
     void clear_out() override;
     void set_info_caption(const QString& text) override;
+    void connection_changed(ConnectionState state, const QString& text) override;
+    void show_note(const QString& text, MsgIcon icon) override;
     void device_record_changed() override;
     void show_status_table(const QString& text) override;
 
@@ -85,10 +93,14 @@ private:
     void index_controls();
     void bind_entwickler_page(AppContext& ctx);
     void men_Softwareupdate_Click(AppContext& ctx);
+    // Every control that sends to the device follows the connection.
+    void follow_device_controls();
 
     AppContext* ctx_ = nullptr;
     QTabWidget* tab1_ = nullptr;
     LiveChart* chart_ = nullptr;
+    QLabel* connection_label_ = nullptr;
+    QLabel* note_label_ = nullptr;
     QMultiHash<QString, QWidget*> controls_;
     QHash<QString, QAction*> actions_;
     bool busy_ = false;

@@ -43,6 +43,8 @@ void FrmWait::prepare(const QString& command, const QString& text) {
     if (command == QLatin1String("info")) {
         lbl_text_->setText(language_.text(1100) + QLatin1Char('\n') + program_version() +
                            QLatin1Char('\n') + language_.text(1000));
+        // The version window only closes: its button says so.
+        cm_cancel_->setText(language_.text(8040));
     } else if (command == QLatin1String("readcompliance")) {
         lbl_text_->setText(text);
     }

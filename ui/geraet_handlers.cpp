@@ -133,13 +133,9 @@ void bind_identity(FrmMain& form, AppContext& ctx, GeraetEvents* events) {
 }
 
 void bind_timings(FrmMain& form, AppContext& ctx) {
-    on_click(form, QStringLiteral("cmd_t_reset"), -1, [&form, &ctx] {
-        for (std::size_t i = 0; i < device::factory_timings.size(); ++i) {
-            if (auto* box = form.control_as<QComboBox>(QStringLiteral("cb_t"), static_cast<int>(i)))
-                box->setCurrentIndex(device::factory_timings[i]);
-        }
-        device::cmd_t_reset_Click(ctx);
-    });
+    // The selectors take the factory values from the record once the
+    // question is answered Yes.
+    on_click(form, QStringLiteral("cmd_t_reset"), -1, [&ctx] { device::cmd_t_reset_Click(ctx); });
     for (int n = 1; n <= device::preset_count; ++n)
         on_click(form, QStringLiteral("cmdPresetZeiten"), n,
                  [&ctx, n] { device::cmdPresetZeiten_Click(ctx, n); });

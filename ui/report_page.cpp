@@ -97,9 +97,9 @@ void refresh_report(FrmMain& form, AppContext& ctx) {
     show_device_data(form, ctx);
 }
 
-void cmd_save_click(FrmMain& form, AppContext& ctx) {
+bool cmd_save_click(FrmMain& form, AppContext& ctx) {
     collect_report(form, ctx);
-    report::save_report(ctx);
+    return report::save_report(ctx);
 }
 
 void cmd_print_click(FrmMain& form, AppContext& ctx) {

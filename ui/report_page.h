@@ -48,8 +48,8 @@ void collect_report(FrmMain& form, AppContext& ctx);
 // a device found again).
 void refresh_report(FrmMain& form, AppContext& ctx);
 
-// cmd_save_Click: collect, then save.
-void cmd_save_click(FrmMain& form, AppContext& ctx);
+// cmd_save_Click: collect, then save; true when a file was written.
+bool cmd_save_click(FrmMain& form, AppContext& ctx);
 // cmd_print_Click: collect, choose the printer, print the report.
 void cmd_print_click(FrmMain& form, AppContext& ctx);
 

@@ -3,6 +3,7 @@
 #include "app_context.h"
 #include "compliance/compliance_month.h"
 #include "device/device_view.h"
+#include "link/connection_state.h"
 #include "protocol/commands.h"
 #include "protocol/payload_reader.h"
 #include "protocol/poll_cycle.h"
@@ -51,12 +52,9 @@ void finish_readout(AppContext& ctx) {
 } // namespace
 
 bool link_enabled(const AppContext& ctx) {
-    // The buttons follow two flags: a device is open, and the link carries
-    // answers. For the second the record's live_valid serves: it is set by
-    // the first live status after a reset and cleared by every reset, so a
-    // device that was opened but has not answered yet, or whose link was
-    // given up, leaves the buttons off.
-    return ctx.link.device_handle != 0 && ctx.device.live_valid;
+    // Like every control that sends to the device: a device is open, its
+    // identity has been read, and it is not waiting in its boot loader.
+    return link::device_controls_enabled(ctx);
 }
 
 void follow_link_state(AppContext& ctx) {

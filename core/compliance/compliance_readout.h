@@ -19,8 +19,8 @@ namespace veltrako::compliance {
 // general reset.
 void install_compliance(AppContext& ctx);
 
-// The flag the page's buttons follow: a device is open and it has answered a
-// live status since the link was last reset.
+// The flag the page's readout and delete buttons follow: the device
+// controls are enabled (link/connection_state.h).
 bool link_enabled(const AppContext& ctx);
 
 // Updates the buttons when the link flag they follow has changed since they

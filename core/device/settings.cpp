@@ -2,6 +2,8 @@
 
 #include "app_context.h"
 #include "config/wait.h"
+#include "device/device_view.h"
+#include "device/read_back.h"
 #include "protocol/commands.h"
 #include "protocol/crc.h"
 #include "protocol/poll_cycle.h"
@@ -21,6 +23,16 @@ constexpr int clock_wait_ms = 400;
 constexpr int low_power_wait_ms = 800;
 constexpr int remaining_wait_ms = 400;
 constexpr int selector_wait_ms = 200;
+// The device clock runs on between the write and the answer to its read-back.
+constexpr qint64 clock_tolerance_s = 5;
+
+// Names of the settings in outcome notes and messages.
+QString name_serial(const AppContext& ctx) {
+    return ctx.language.text(8020);
+}
+QString name_hours(const AppContext& ctx) {
+    return ctx.language.text(8021);
+}
 
 void queue(AppContext& ctx, const QByteArray& payload) {
     protocol::queue_command(ctx, payload);
@@ -65,17 +77,34 @@ bool serial_text_storable(const QString& text) {
     return true;
 }
 
-void cmd_setsn_Click(AppContext& ctx, const QString& text) {
+QString stored_serial(const QString& text) {
+    return (text + QString(cmd::serial_length, QLatin1Char(' '))).left(cmd::serial_length);
+}
+
+WriteOutcome cmd_setsn_Click(AppContext& ctx, const QString& text) {
+    const QString stored = stored_serial(text);
+    if (!confirm_change(ctx, ctx.language.text(8032), ctx.device.SN.trimmed(), stored.trimmed()))
+        return WriteOutcome::not_written;
     ctx.device.SN = text;
-    queue(ctx, cmd::write_serial(text.toLatin1()));
+    ReadBackWatch watch(ctx);
+    const QByteArray write = cmd::write_serial(text.toLatin1());
+    queue(ctx, write);
     wait_ms(ctx, serial_wait_ms);
     queue(ctx, cmd::read_serial());
+    const bool answered = watch.await(write, cmd::read_serial());
+    return tell_outcome(ctx,
+                        {name_serial(ctx), stored.trimmed(), ctx.device.SN.trimmed(), answered,
+                         ctx.device.SN == stored},
+                        Telling::note);
 }
 
 // --- Operating hours -----------------------------------------------------
 
 std::optional<HoursEntry> parse_hours_entry(const QString& text) {
-    if (text.size() != 8 || text.at(6) != QLatin1Char(':'))
+    // As typed ("001234:5") or as the page shows it ("001234:50"): the
+    // device keeps tens of minutes, so a shown value ends in 0.
+    const bool shown_form = text.size() == 9 && text.at(8) == QLatin1Char('0');
+    if ((text.size() != 8 && !shown_form) || text.at(6) != QLatin1Char(':'))
         return std::nullopt;
     HoursEntry e;
     for (int i = 0; i < 6; ++i) {
@@ -102,39 +131,76 @@ QByteArray hours_block(const HoursEntry& e) {
     return block;
 }
 
-void cmd_resetbstd_Click(AppContext& ctx) {
-    ctx.device.BSTD = QStringLiteral("000000:00");
+QString hours_text(const HoursEntry& e) {
+    QString text;
+    for (const std::uint8_t d : e.hour_digits)
+        text += QChar('0' + d);
+    return text + QLatin1Char(':') + QChar('0' + e.tens_of_minutes) + QLatin1Char('0');
+}
+
+WriteOutcome cmd_resetbstd_Click(AppContext& ctx) {
+    const QString zero = QStringLiteral("000000:00");
+    if (!confirm_change(ctx, ctx.language.text(8034), ctx.device.BSTD, zero))
+        return WriteOutcome::not_written;
+    ctx.device.BSTD = zero;
+    ReadBackWatch watch(ctx);
     queue(ctx, cmd::reset_hours());
     wait_ms(ctx, hours_reset_wait_ms);
     queue(ctx, cmd::read_hours());
+    const bool answered = watch.await(cmd::reset_hours(), cmd::read_hours());
+    return tell_outcome(ctx,
+                        {name_hours(ctx), zero, ctx.device.BSTD, answered, ctx.device.BSTD == zero},
+                        Telling::note);
 }
 
-bool cmd_setbstd_Click(AppContext& ctx) {
+WriteOutcome cmd_setbstd_Click(AppContext& ctx) {
     if (!ctx.device.live_valid)
-        return false;
+        return WriteOutcome::not_written;
     const std::optional<HoursEntry> entry =
         ask_until_valid(ctx, ctx.language.text(110), ctx.language.text(115), ctx.language.text(111),
                         parse_hours_entry);
     if (!entry)
-        return false;
+        return WriteOutcome::not_written;
+    const QString wanted = hours_text(*entry);
+    if (!confirm_change(ctx, ctx.language.text(8033), ctx.device.BSTD, wanted))
+        return WriteOutcome::not_written;
     ctx.device.BSTD.clear();
     const QByteArray block = hours_block(*entry);
+    ReadBackWatch watch(ctx);
     // The device keeps a copy of the block; both must agree.
+    const QByteArray copy = cmd::write_hours_block(cmd::addr_hours_copy, block);
     queue(ctx, cmd::write_hours_block(cmd::addr_hours, block));
-    queue(ctx, cmd::write_hours_block(cmd::addr_hours_copy, block));
+    queue(ctx, copy);
     wait_ms(ctx, hours_write_wait_ms);
-    ctx.ui.show_msg(ctx.language.text(112), MsgIcon::information);
-    return true;
+    // Deliberately read back at once instead of leaving it to the poll's
+    // next read of the block, up to 20 s later: the field shows the device's
+    // value as soon as it answers, and the message says what it took.
+    queue(ctx, cmd::read_hours());
+    const bool answered = watch.await(copy, cmd::read_hours());
+    return tell_outcome(
+        ctx, {name_hours(ctx), wanted, ctx.device.BSTD, answered, ctx.device.BSTD == wanted},
+        Telling::message, ctx.language.text(112));
 }
 
 // --- Device clock --------------------------------------------------------
 
-void cmd_setdatetime_Click(AppContext& ctx) {
+WriteOutcome cmd_setdatetime_Click(AppContext& ctx) {
     const QDateTime now = ctx.clock.now();
     ctx.device.geraetezeit = now;
-    queue(ctx, cmd::set_clock(now));
+    ReadBackWatch watch(ctx);
+    const QByteArray write = cmd::set_clock(now);
+    queue(ctx, write);
     wait_ms(ctx, clock_wait_ms);
     queue(ctx, cmd::read_clock());
+    const bool answered = watch.await(write, cmd::read_clock());
+    const QDateTime whole = QDateTime::fromSecsSinceEpoch(now.toSecsSinceEpoch(), Qt::UTC);
+    const qint64 ahead = whole.secsTo(ctx.device.geraetezeit);
+    const QLocale locale;
+    return tell_outcome(ctx,
+                        {ctx.language.text(8023), format_device_time(whole, locale),
+                         format_device_time(ctx.device.geraetezeit, locale), answered,
+                         ahead >= 0 && ahead <= clock_tolerance_s},
+                        Telling::note);
 }
 
 // --- Low-power mode ------------------------------------------------------
@@ -150,16 +216,25 @@ std::optional<char> toggled_low_power(const DeviceRecord& r) {
     return std::nullopt;
 }
 
-bool cmd_togglelp_Click(AppContext& ctx) {
+WriteOutcome cmd_togglelp_Click(AppContext& ctx) {
     if (!ctx.device.live_valid)
-        return false;
+        return WriteOutcome::not_written;
     const std::optional<char> value = toggled_low_power(ctx.device);
     if (!value)
-        return false;
-    queue(ctx, cmd::write_low_power(*value));
+        return WriteOutcome::not_written;
+    QString expected = ctx.device.LP;
+    expected[4] = QLatin1Char(*value);
+    ReadBackWatch watch(ctx);
+    const QByteArray write = cmd::write_low_power(*value);
+    queue(ctx, write);
     wait_ms(ctx, low_power_wait_ms);
     queue(ctx, cmd::read_board());
-    return true;
+    const bool answered = watch.await(write, cmd::read_board());
+    const QString& lp = ctx.device.LP;
+    return tell_outcome(ctx,
+                        {ctx.language.text(8024), expected, lp, answered,
+                         lp.size() >= 5 && lp.at(4) == QLatin1Char(*value)},
+                        Telling::note);
 }
 
 // --- Remaining time ------------------------------------------------------
@@ -175,18 +250,26 @@ std::optional<std::uint16_t> parse_remaining_entry(const QString& text) {
     return static_cast<std::uint16_t>(t.toInt()); // at most 999
 }
 
-bool cmd_Restzeit_Click(AppContext& ctx) {
+WriteOutcome cmd_Restzeit_Click(AppContext& ctx) {
     // No message of its own for a bad entry: the question simply comes again.
     const std::optional<std::uint16_t> value = ask_until_valid(
         ctx, ctx.language.text(113), ctx.language.text(117), QString(), parse_remaining_entry);
     if (!value)
-        return false;
+        return WriteOutcome::not_written;
     ctx.device.rest_text.clear();
-    queue(ctx, cmd::set_remaining(*value));
+    ReadBackWatch watch(ctx);
+    const QByteArray write = cmd::set_remaining(*value);
+    queue(ctx, write);
     wait_ms(ctx, remaining_wait_ms);
     queue(ctx, cmd::read_remaining());
-    ctx.ui.show_msg(ctx.language.text(114), MsgIcon::information);
-    return true;
+    // Deliberately not the fixed message after the wait: "written" is said
+    // only when the device reports the value written.
+    const bool answered = watch.await(write, cmd::read_remaining());
+    const QString written = QString::number(*value);
+    return tell_outcome(ctx,
+                        {ctx.language.text(8022), written, ctx.device.rest_text, answered,
+                         ctx.device.rest_text == written},
+                        Telling::message, ctx.language.text(114));
 }
 
 // --- Flow selectors ------------------------------------------------------
@@ -198,13 +281,21 @@ QStringList flow_selector_entries() {
     return entries;
 }
 
-bool cb_vs_Click(AppContext& ctx, int selector, int position, bool locked) {
+WriteOutcome cb_vs_Click(AppContext& ctx, int selector, int position, bool locked) {
     if (locked || selector < 0 || selector > 1 || position < 0 || position > 255)
-        return false;
-    queue(ctx, cmd::write_flow_selector(selector, static_cast<std::uint8_t>(position)));
+        return WriteOutcome::not_written;
+    ReadBackWatch watch(ctx);
+    const QByteArray write =
+        cmd::write_flow_selector(selector, static_cast<std::uint8_t>(position));
+    queue(ctx, write);
     wait_ms(ctx, selector_wait_ms);
     queue(ctx, cmd::read_flow_selector(selector));
-    return true;
+    const bool answered = watch.await(write, cmd::read_flow_selector(selector));
+    const int got = selector == 0 ? ctx.device.wert_u : ctx.device.wert_o;
+    return tell_outcome(ctx,
+                        {ctx.language.text(selector == 0 ? 8025 : 8026), QString::number(position),
+                         QString::number(got), answered, got == position},
+                        Telling::note);
 }
 
 // --- Acoustic alarms -----------------------------------------------------
@@ -231,14 +322,20 @@ std::optional<AcousticAlarm> acoustic_alarm_named(const QString& name) {
     return std::nullopt;
 }
 
-bool pic_akust_Click(AppContext& ctx, AcousticAlarm alarm) {
+WriteOutcome pic_akust_Click(AppContext& ctx, AcousticAlarm alarm) {
     if (!ctx.device.live_valid)
-        return false;
+        return WriteOutcome::not_written;
     const auto value = static_cast<std::uint8_t>(ctx.device.wert_x ^ acoustic_bit(alarm));
-    queue(ctx, cmd::write_acoustic_alarm(value));
+    ReadBackWatch watch(ctx);
+    const QByteArray write = cmd::write_acoustic_alarm(value);
+    queue(ctx, write);
     wait_ms(ctx, selector_wait_ms);
     queue(ctx, cmd::read_acoustic_alarm());
-    return true;
+    const bool answered = watch.await(write, cmd::read_acoustic_alarm());
+    return tell_outcome(ctx,
+                        {ctx.language.text(8029), QString::number(value),
+                         QString::number(ctx.device.wert_x), answered, ctx.device.wert_x == value},
+                        Telling::note);
 }
 
 } // namespace veltrako::device

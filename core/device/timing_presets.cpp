@@ -46,6 +46,67 @@ std::optional<std::uint8_t> timing_value(const QString& text) {
     return static_cast<std::uint8_t>(v);
 }
 
+// Timings by index as people read them: "0: 4,00  1: 5,76".
+using Timings = QList<std::pair<int, int>>;
+QString timings_text(const Timings& timings) {
+    QStringList parts;
+    for (const auto& [index, value] : timings)
+        parts << QString::number(index) + QStringLiteral(": ") + timing_text(value, QLocale());
+    return parts.join(QStringLiteral("  "));
+}
+
+// The record keeps index `i` (the device reports it) on this model.
+bool kept(const DeviceRecord& r, int i) {
+    return i <= 6 || model_controls(r).extra_timings;
+}
+
+// Writes `wanted` (index, value), waits, reads each back and tells the
+// outcome; `ask` is the question before it, empty for none.
+WriteOutcome write_timings(AppContext& ctx, const Timings& wanted, int wait, const QString& ask,
+                           Telling telling, const QString& confirmed_message) {
+    Timings old_values, kept_wanted;
+    for (const auto& [i, value] : wanted) {
+        if (kept(ctx.device, i)) {
+            old_values.append({i, ctx.device.zeiten[static_cast<std::size_t>(i)]});
+            kept_wanted.append({i, value});
+        }
+    }
+    if (!ask.isEmpty() && !confirm_change(ctx, ask, timings_text(old_values), timings_text(wanted)))
+        return WriteOutcome::not_written;
+    // The selectors show the values being written until the device's own
+    // answers replace them.
+    for (const auto& [i, value] : kept_wanted)
+        ctx.device.zeiten[static_cast<std::size_t>(i)] = static_cast<std::uint8_t>(value);
+    ctx.ui.device_record_changed();
+    ReadBackWatch watch(ctx);
+    for (const auto& [i, value] : wanted)
+        protocol::queue_command(ctx, cmd::write_timing(i, static_cast<std::uint8_t>(value)));
+    wait_ms(ctx, wait);
+    for (const auto& [i, value] : wanted)
+        protocol::queue_command(ctx, cmd::read_timing(i));
+    const auto& [last, last_value] = wanted.constLast();
+    const bool answered = watch.await(
+        cmd::write_timing(last, static_cast<std::uint8_t>(last_value)), cmd::read_timing(last));
+    // Only what the record keeps can be compared; a failure names the
+    // timings that differ.
+    Timings written, reported;
+    for (const auto& [i, value] : kept_wanted) {
+        const int got = ctx.device.zeiten[static_cast<std::size_t>(i)];
+        if (got != value) {
+            written.append({i, value});
+            reported.append({i, got});
+        }
+    }
+    const QString what = wanted.size() == 1
+                             ? ctx.language.text(8027) + QLatin1Char(' ') + QString::number(last)
+                             : ctx.language.text(8028);
+    const bool equal = written.isEmpty();
+    return tell_outcome(ctx,
+                        {what, timings_text(equal ? kept_wanted : written),
+                         timings_text(equal ? kept_wanted : reported), answered, equal},
+                        telling, confirmed_message);
+}
+
 } // namespace
 
 QString timing_text(int byte_value, const QLocale& locale) {
@@ -130,45 +191,36 @@ void setup_presets(PresetTable& table, const QString& folder, bool show) {
     }
 }
 
-bool cb_t_Click(AppContext& ctx, int index, int position, bool locked) {
+WriteOutcome cb_t_Click(AppContext& ctx, int index, int position, bool locked) {
     if (locked || !ctx.device.live_valid || index < 0 || index >= timing_count || position < 0 ||
         position > 255)
-        return false;
-    protocol::queue_command(ctx, cmd::write_timing(index, static_cast<std::uint8_t>(position)));
-    wait_ms(ctx, timing_wait_ms);
-    protocol::queue_command(ctx, cmd::read_timing(index));
-    return true;
+        return WriteOutcome::not_written;
+    return write_timings(ctx, {{index, position}}, timing_wait_ms, QString(), Telling::note, {});
 }
 
-void cmd_t_reset_Click(AppContext& ctx) {
-    for (int i = 0; i < static_cast<int>(factory_timings.size()); ++i)
-        protocol::queue_command(ctx,
-                                cmd::write_timing(i, factory_timings[static_cast<std::size_t>(i)]));
-    wait_ms(ctx, timing_wait_ms);
-    for (int i = 0; i < static_cast<int>(factory_timings.size()); ++i)
-        protocol::queue_command(ctx, cmd::read_timing(i));
+WriteOutcome cmd_t_reset_Click(AppContext& ctx) {
+    Timings factory;
+    for (std::size_t i = 0; i < factory_timings.size(); ++i)
+        factory.append({static_cast<int>(i), factory_timings[i]});
+    return write_timings(ctx, factory, timing_wait_ms, ctx.language.text(8035), Telling::note, {});
 }
 
-bool cmdPresetZeiten_Click(AppContext& ctx, int n) {
+WriteOutcome cmdPresetZeiten_Click(AppContext& ctx, int n) {
     if (!ctx.device.live_valid || n < 1 || n > preset_count)
-        return false;
+        return WriteOutcome::not_written;
     const PresetRecord& p = ctx.presets.preset(n);
     // A preset that did not load holds no timings worth writing.
     if (!p.loaded)
-        return false;
+        return WriteOutcome::not_written;
+    Timings wanted;
     for (int i = 0; i < preset_timing_count; ++i) {
         if (i != preset_skipped_index)
-            protocol::queue_command(
-                ctx, cmd::write_timing(i, p.preset_zeiten[static_cast<std::size_t>(i)]));
+            wanted.append({i, p.preset_zeiten[static_cast<std::size_t>(i)]});
     }
-    wait_ms(ctx, preset_wait_ms);
-    for (int i = 0; i < preset_timing_count; ++i) {
-        if (i != preset_skipped_index)
-            protocol::queue_command(ctx, cmd::read_timing(i));
-    }
-    wait_ms(ctx, preset_wait_ms);
-    ctx.ui.show_msg(ctx.language.text(116), MsgIcon::information);
-    return true;
+    // The wait after the reads is the wait for their answers; text 116 only
+    // when the device reports every value written.
+    return write_timings(ctx, wanted, preset_wait_ms, ctx.language.text(8036), Telling::message,
+                         ctx.language.text(116));
 }
 
 } // namespace veltrako::device

@@ -6,6 +6,7 @@
 // "Zeiten_3.txt" beside the program.
 
 #include "device/device_record.h"
+#include "device/read_back.h"
 
 #include <QLocale>
 #include <QString>
@@ -87,16 +88,16 @@ bool presets_wanted(const DeviceRecord& record);
 void setup_presets(PresetTable& table, const QString& folder, bool show);
 
 // cb_t_Click: a choice the user makes, with live data coming in, writes the
-// timing, waits 200 ms and reads it back. Returns whether anything was sent.
-bool cb_t_Click(AppContext& ctx, int index, int position, bool locked);
+// timing, waits 200 ms and reads it back; a note tells the outcome.
+WriteOutcome cb_t_Click(AppContext& ctx, int index, int position, bool locked);
 
-// cmd_t_reset: "w" with the factory value for indexes 0..6, 200 ms, "r" for
-// each. The window sets the selectors' positions to the same values first.
-void cmd_t_reset_Click(AppContext& ctx);
+// cmd_t_reset: asks (old and factory values), then "w" with the factory
+// value for indexes 0..6, 200 ms, "r" for each; a note tells the outcome.
+WriteOutcome cmd_t_reset_Click(AppContext& ctx);
 
-// cmdPresetZeiten(n): with live data and a loaded preset n, "w" for indexes
-// 0..11 except 7, 500 ms, "r" for the same, 500 ms, then text 116. Returns
-// whether anything was sent.
-bool cmdPresetZeiten_Click(AppContext& ctx, int n);
+// cmdPresetZeiten(n): with live data and a loaded preset n, asks (old and
+// new values), then "w" for indexes 0..11 except 7, 500 ms, "r" for the
+// same; text 116 once the device reports every value written.
+WriteOutcome cmdPresetZeiten_Click(AppContext& ctx, int n);
 
 } // namespace veltrako::device

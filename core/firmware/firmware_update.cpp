@@ -4,8 +4,11 @@
 #include "config/config.h"
 #include "config/wait.h"
 #include "device/device_view.h"
+#include "device/read_back.h"
+#include "link/connection_state.h"
 #include "link/device_connection.h"
 #include "protocol/frames.h"
+#include "protocol/poll_cycle.h"
 
 #include <QFileInfo>
 #include <QLocale>
@@ -68,6 +71,20 @@ QByteArray await_acknowledgement(AppContext& ctx) {
     return {};
 }
 
+// After the restart: waits, serving events, until the device has said who
+// it is, the link was given up, or the repetitions' time has run out.
+bool await_identity(AppContext& ctx) {
+    const qint64 start = ctx.clock.elapsed_ms();
+    const auto limit = static_cast<qint64>(4 * ctx.config.TIMEOUT * 1000) + loader::restart_ms;
+    while (ctx.device.SW.isEmpty()) {
+        if (ctx.link.device_handle == 0 || !ctx.timer1.enabled() ||
+            ctx.clock.elapsed_ms() - start > limit)
+            return false;
+        wait_ms(ctx, loader::quick_poll_ms);
+    }
+    return true;
+}
+
 } // namespace
 
 bool hardware_fits(const FirmwareImage& image, const QString& device_hardware) {
@@ -105,10 +122,18 @@ UpdateResult firmware_update(AppContext& ctx, UpdateProgress& progress) {
                           QLatin1Char(' ') + image.version);
         return UpdateResult::left;
     }
-    if (!ctx.ui.ask_yes_no(QStringLiteral("Neue Software Version ") + image.version +
-                           QStringLiteral(" programmieren?")))
+    if (!device::confirm_change(ctx, ctx.language.text(8037), ctx.device.SW, image.version))
         return UpdateResult::left;
-    return program_firmware(ctx, image, progress);
+    const UpdateResult result = program_firmware(ctx, image, progress);
+    if (result != UpdateResult::done)
+        return result;
+    // The device restarts into its new software: connect again as the menu
+    // entry would, and show what the device now says it runs.
+    protocol::connect_routine(ctx);
+    if (await_identity(ctx))
+        ctx.ui.show_note(ctx.language.text(8038) + QLatin1Char(' ') + ctx.device.SW,
+                         MsgIcon::information);
+    return result;
 }
 
 UpdateResult program_firmware(AppContext& ctx, const FirmwareImage& image,
@@ -119,6 +144,9 @@ UpdateResult program_firmware(AppContext& ctx, const FirmwareImage& image,
     // interrupt the dialogue with its loader.
     progress.begin(blocks);
     protocol::send_frame(ctx, QByteArrayLiteral("b"));
+    // Until it is told to restart, the device listens to its loader only.
+    ctx.link.boot_loader = true;
+    link::follow_connection(ctx);
     wait_ms(ctx, loader::enter_ms);
     // An answer to the last poll may still have come in; the loader's
     // greeting must be the first thing read after the sync request.

@@ -38,8 +38,11 @@ enum class UpdateResult {
 // The device's hardware identifier (memory 0x00D0, trimmed) is one the file lists.
 bool hardware_fits(const FirmwareImage& image, const QString& device_hardware);
 
-// men_Softwareupdate_Click: asks for the file and the confirmation, then
-// programs the device. Every outcome has been shown to the user on return.
+// men_Softwareupdate_Click: asks for the file and the confirmation (current
+// and new version, No the default), then programs the device. After success
+// it connects again and notes the software the device now reports; after a
+// failure the device waits in its boot loader and the update can be run
+// again. Every outcome has been shown to the user on return.
 UpdateResult firmware_update(AppContext& ctx, UpdateProgress& progress);
 
 // The part after the confirmation: "b", synchronisation, the data lines and

@@ -1,6 +1,7 @@
 #include "link/device_connection.h"
 
 #include "app_context.h"
+#include "link/connection_state.h"
 
 namespace veltrako::link {
 
@@ -74,6 +75,7 @@ bool open_device(AppContext& ctx, bool silent) {
     }
     ctx.link.device_handle = handle;
     show_info(ctx, QStringLiteral("Handle:") + QString::number(handle) + crlf);
+    follow_connection(ctx);
     return true;
 }
 
@@ -88,6 +90,7 @@ FtStatus close_device(AppContext& ctx) {
                       QStringLiteral("Error Device Closed: ") + QString::number(status) + crlf);
     }
     ctx.link.device_handle = 0;
+    follow_connection(ctx);
     return status;
 }
 

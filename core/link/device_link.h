@@ -39,6 +39,9 @@ public:
     // A sentence on the last failure in the backend's own words (for the
     // developer page), empty when there is nothing to add to the status.
     virtual QString last_error_text() const { return {}; }
+    // Which way the device is reached, as the status bar names it ("sim",
+    // "/dev/ttyUSB0"); empty when there is nothing to add.
+    virtual QString route_name() const { return {}; }
 };
 
 } // namespace veltrako::link

@@ -1,7 +1,9 @@
 #pragma once
-// The one device link of the program and its open handle.
+// The one device link of the program, its open handle, and what the
+// technician is told about it.
 
 #include "link/device_link.h"
+#include "user_interface.h"
 
 #include <memory>
 
@@ -10,6 +12,18 @@ namespace veltrako::link {
 struct LinkState {
     std::unique_ptr<DeviceLink> backend;
     FtHandle device_handle = 0; // 0: no device open
+
+    // The facts the connection state is worked out from besides the handle,
+    // the record and the repetitions (link/connection_state.h):
+    // the device stopped answering and was given up; set until it answers
+    // again, so that one lost connection brings one message.
+    bool lost = false;
+    // A firmware update left the device in its boot loader.
+    bool boot_loader = false;
+
+    // The state and its wording as last handed to the user interface.
+    ConnectionState connection = ConnectionState::no_device;
+    QString connection_text;
 };
 
 } // namespace veltrako::link

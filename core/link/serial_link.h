@@ -40,6 +40,7 @@ public:
     FtStatus write(FtHandle handle, const QByteArray& bytes, std::uint32_t& written) override;
     FtStatus close(FtHandle handle) override;
     QString last_error_text() const override { return last_error_; }
+    QString route_name() const override { return path_; }
 
     // True when `path` leads (perhaps through symbolic links) to a pseudo-terminal.
     static bool is_pseudo_terminal(const QString& path);

@@ -177,6 +177,10 @@ FtStatus SimLink::write(FtHandle handle, const QByteArray& bytes, std::uint32_t&
 FtStatus SimLink::close(FtHandle handle) {
     if (!open_ || handle != sim_handle)
         return FT_INVALID_HANDLE;
+    // What is fully on the wire by now still reaches the device, as it would
+    // on a cable: the restart command that ends a firmware update is the
+    // last thing written before the link is closed and opened again.
+    pump();
     open_ = false;
     peer_->transmit(SimPeer::nothing_pending);
     to_device_.clear();

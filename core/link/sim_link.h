@@ -37,6 +37,7 @@ public:
     FtStatus write(FtHandle handle, const QByteArray& bytes, std::uint32_t& written) override;
     FtStatus close(FtHandle handle) override;
     QString last_error_text() const override { return last_error_; }
+    QString route_name() const override { return QStringLiteral("sim"); }
 
     SimPeer& peer() { return *peer_; }
 

@@ -3,6 +3,7 @@
 #include "app_context.h"
 #include "config/dates.h"
 #include "config/text_file.h"
+#include "link/connection_state.h"
 #include "link/device_connection.h"
 #include "protocol/commands.h"
 #include "protocol/frames.h"
@@ -66,10 +67,17 @@ void handle_timeout(AppContext& ctx) {
                            QString::fromLatin1(p.last_command) + crlf);
         p.waiting_reply = true;
         send_frame(ctx, p.last_command);
+        link::follow_connection(ctx);
         return;
     }
+    // Deliberately one message per lost connection, not one per give-up:
+    // a device that stays silent is given up again after every silent
+    // reconnection, and the status bar says meanwhile that it does not answer.
+    const bool newly_lost = !ctx.link.lost;
+    ctx.link.lost = true;
     link::close_device(ctx);
-    show_msg(ctx, ctx.language.text(4) + crlf + ctx.language.text(5));
+    if (newly_lost)
+        show_msg(ctx, ctx.language.text(4) + crlf + ctx.language.text(5));
     reset_link_state(ctx);
     ctx.ui.select_page(Page::geraet);
     // Back on, so the silent reconnection runs from the next tick.
@@ -199,6 +207,7 @@ void reset_link_state(AppContext& ctx) {
     if (ctx.hooks.link_reset)
         ctx.hooks.link_reset();
     ctx.timer1.set_enabled(false);
+    link::follow_connection(ctx);
 }
 
 void queue_initial_sequence(AppContext& ctx) {
@@ -208,6 +217,8 @@ void queue_initial_sequence(AppContext& ctx) {
 }
 
 void connect_routine(AppContext& ctx) {
+    // Whatever left the device in its boot loader, a connection starts afresh.
+    ctx.link.boot_loader = false;
     reset_link_state(ctx);
     if (link::open_device(ctx, false))
         queue_initial_sequence(ctx);

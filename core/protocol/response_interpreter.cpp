@@ -2,6 +2,7 @@
 
 #include "app_context.h"
 #include "device/timing_presets.h"
+#include "link/connection_state.h"
 #include "protocol/commands.h"
 #include "protocol/payload_reader.h"
 #include "protocol/poll_cycle.h"
@@ -252,6 +253,7 @@ void dispatch_response(AppContext& ctx, const QByteArray& payload) {
             ctx.hooks.status_save_due();
     }
     ctx.ui.device_record_changed();
+    link::follow_connection(ctx);
 }
 
 } // namespace veltrako::protocol

@@ -157,13 +157,20 @@ bool open_report(AppContext& ctx, const std::function<void()>& show) {
     return true;
 }
 
-void checksaved(AppContext& ctx, const std::function<void()>& save_click) {
-    while (ctx.report.report_changed) {
-        if (ctx.ui.ask_ok_cancel(ctx.language.text(3), QString()))
-            save_click();
-        else
-            ctx.report.report_changed = false;
+bool checksaved(AppContext& ctx, const std::function<bool()>& save_click) {
+    if (!ctx.report.report_changed)
+        return true;
+    // Deliberately three answers instead of asking OK/Cancel until Cancel:
+    // Cancel must keep the program, and the report, as they are.
+    switch (ctx.ui.ask_save_discard_cancel(ctx.language.text(3))) {
+    case SaveAnswer::save:
+        return save_click();
+    case SaveAnswer::discard:
+        return true;
+    case SaveAnswer::cancel:
+        break;
     }
+    return false;
 }
 
 } // namespace veltrako::report

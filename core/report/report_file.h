@@ -48,9 +48,11 @@ bool save_report(AppContext& ctx);
 // when a file was read.
 bool open_report(AppContext& ctx, const std::function<void()>& show);
 
-// Before the program ends: while the report has unsaved changes, asks whether
-// to save (OK runs `save_click`, the cmd_save action). Saving does not count
-// as answering: the question comes again until the user answers Cancel.
-void checksaved(AppContext& ctx, const std::function<void()>& save_click);
+// Before the program ends: when the report has unsaved changes, asks Save,
+// Discard or Cancel. Save runs `save_click` (the cmd_save action, true when a
+// file was written). True when the program may end: nothing to save, saved,
+// or discarded; Cancel, or a save that wrote nothing, keeps it running with
+// the report as it is.
+bool checksaved(AppContext& ctx, const std::function<bool()>& save_click);
 
 } // namespace veltrako::report

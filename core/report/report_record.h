@@ -35,8 +35,8 @@ struct ReportRecord {
     // only a report with valid device data can be saved.
     device::DeviceRecord report_device;
     std::array<QString, report_value_count + 1> report_values; // [0] unused
-    // Set by every edit of a report field; cleared by a snapshot, at the end
-    // of showing the record, and by Cancel in checksaved.
+    // Set by every edit of a report field; cleared by a snapshot and at the
+    // end of showing the record.
     bool report_changed = false;
 
     bool device_valid() const { return report_device.live_valid; }

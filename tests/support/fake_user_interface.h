@@ -20,6 +20,17 @@ public:
         questions << text;
         return take(ok_cancel_answers, false);
     }
+    // Answered from yes_no_answers like any Yes/No question; kept apart too,
+    // to tell that No was the default.
+    bool confirm_change(const QString& text) override {
+        questions << text;
+        confirmations << text;
+        return take(yes_no_answers, false);
+    }
+    SaveAnswer ask_save_discard_cancel(const QString& text) override {
+        questions << text;
+        return save_answers.isEmpty() ? SaveAnswer::cancel : save_answers.takeFirst();
+    }
     std::optional<QString> input_box(const QString& prompt, const QString&,
                                      const QString&) override {
         questions << prompt;
@@ -41,11 +52,25 @@ public:
     void append_out(const QString& text) override { out += text; }
     void clear_out() override { out.clear(); }
     void set_info_caption(const QString& text) override { info_caption = text; }
+    void connection_changed(ConnectionState state, const QString& text) override {
+        connection_states << state;
+        connection_text = text;
+    }
+    void show_note(const QString& text, MsgIcon icon) override {
+        notes << text;
+        note_icon = icon;
+    }
     void device_record_changed() override { ++record_changes; }
     void show_status_table(const QString& text) override { status_tables << text; }
 
     QStringList messages;
     QStringList questions;
+    QStringList confirmations; // the questions before changes that cannot be undone
+    QList<SaveAnswer> save_answers;
+    QList<ConnectionState> connection_states; // every change, in order
+    QString connection_text;                  // the latest wording
+    QStringList notes;
+    MsgIcon note_icon = MsgIcon::none; // of the latest note
     QList<FileDialogRequest> dialogs;
     QList<bool> yes_no_answers;
     QList<bool> ok_cancel_answers;

@@ -4,6 +4,7 @@
 
 #include "clock.h"
 
+#include <algorithm>
 #include <functional>
 
 namespace veltrako::testing {
@@ -16,7 +17,25 @@ public:
     QDateTime now() const override { return now_; }
     qint64 elapsed_ms() const override { return elapsed_; }
     void wait_ms(int ms) override {
-        advance_ms(ms);
+        if (on_step && !stepping_) {
+            // Time passes as in the program's event loop: a step at a time,
+            // with the step's work (a poll tick) after each. A wait inside
+            // that work only moves the time.
+            stepping_ = true;
+            for (qint64 left = ms; left > 0;) {
+                const qint64 part = std::min(left, step_ms - since_step_);
+                advance_ms(part);
+                left -= part;
+                since_step_ += part;
+                if (since_step_ >= step_ms) {
+                    since_step_ = 0;
+                    on_step();
+                }
+            }
+            stepping_ = false;
+        } else {
+            advance_ms(ms);
+        }
         if (on_wait)
             on_wait(ms);
     }
@@ -28,10 +47,15 @@ public:
     void set_now(const QDateTime& t) { now_ = t; }
 
     std::function<void(int)> on_wait;
+    // When set, waits run `on_step` every `step_ms` of their time.
+    std::function<void()> on_step;
+    qint64 step_ms = 50;
 
 private:
     QDateTime now_;
     qint64 elapsed_ = 0;
+    qint64 since_step_ = 0;
+    bool stepping_ = false;
 };
 
 } // namespace veltrako::testing

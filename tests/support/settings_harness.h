@@ -24,10 +24,17 @@ struct Connected {
         if (!scenario)
             qFatal("scenario: %s", qPrintable(error));
         device = std::make_shared<sim::Concentrator>(*scenario);
+        device->set_observer([this](const sim::Concentrator::Event& e) {
+            if (!e.boot_loader)
+                received << e.request;
+        });
         ctx =
             std::make_unique<AppContext>(clock, ui, std::make_unique<link::SimLink>(clock, device));
         ctx->program_dir = program_dir;
-        for (int n : {110, 111, 112, 113, 114, 115, 116, 117})
+        for (int n = 110; n <= 117; ++n)
+            ctx->language.language_text[static_cast<std::size_t>(n)] =
+                QStringLiteral("text%1").arg(n);
+        for (int n = 8000; n <= 8099; ++n)
             ctx->language.language_text[static_cast<std::size_t>(n)] =
                 QStringLiteral("text%1").arg(n);
         protocol::connect_routine(*ctx);
@@ -48,6 +55,25 @@ struct Connected {
         }
     }
 
+    // From now on the program runs as with Timer1 on: every 50 ms of a wait
+    // is a poll tick, so a setting's wait for its read-back is answered.
+    void serve() {
+        ctx->timer1.set_enabled(true);
+        clock.on_step = [this] {
+            if (ctx->timer1.enabled())
+                protocol::timer1_tick(*ctx);
+        };
+    }
+    // Writes among the requests the device took (read requests and the
+    // poll's own requests left out).
+    QList<QByteArray> writes() const {
+        QList<QByteArray> out;
+        for (const QByteArray& p : received)
+            if (!p.isEmpty() && QByteArrayView("tsECwuoxZ").contains(p.at(0)))
+                out << p;
+        return out;
+    }
+
     // The payloads waiting in the send queue, oldest first.
     QList<QByteArray> queued() const {
         QList<QByteArray> out;
@@ -61,6 +87,7 @@ struct Connected {
     FakeUserInterface ui;
     std::shared_ptr<sim::Concentrator> device;
     std::unique_ptr<AppContext> ctx;
+    QList<QByteArray> received; // every request the device took, in order
 };
 
 } // namespace veltrako::testing
