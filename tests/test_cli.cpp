@@ -199,6 +199,9 @@ private slots:
                                                    "The software update is complete."};
         QTest::newRow("another board") << "AE60" << QStringList{"--yes"} << 1
                                        << QStringList{"does not fit", "device: AE61", "file: 5122"};
+        // Nothing is sent before the question is answered.
+        QTest::newRow("no answer") << "AE61" << QStringList{} << 2
+                                   << QStringList{"Now: 5121", "New: 5122", "--yes or --no"};
     }
     void firmware() {
         QFETCH(QString, hardware);

@@ -1,7 +1,9 @@
 // "veltrako2-cli set" and "reset" against the in-process simulated
 // concentrator: each change prints the value the device reports after the
-// read-back; an invalid value or a setting the model does not have ends with
-// exit code 2 before anything is written.
+// read-back; an invalid value, a setting the model does not have, or a
+// question before an irreversible change left unanswered ends with exit code
+// 2 before anything is written; a value the device does not take ends with 1
+// and a message naming both values.
 
 #include <QDate>
 #include <QFile>
@@ -62,12 +64,14 @@ private slots:
         QTest::addColumn<QString>("link");
         QTest::addColumn<QStringList>("arguments");
         QTest::addColumn<QString>("out");
-        QTest::newRow("sn") << "sim" << QStringList{"set", "sn", "VO2-0099999"}
+        QTest::newRow("sn") << "sim" << QStringList{"--yes", "set", "sn", "VO2-0099999"}
                             << "SN|VO2-0099999 \n";
-        QTest::newRow("hours") << "sim" << QStringList{"set", "hours", "004321:2"}
+        QTest::newRow("hours") << "sim" << QStringList{"--yes", "set", "hours", "004321:2"}
                                << "BSTD|004321:20\n";
+        QTest::newRow("hours as shown")
+            << "sim" << QStringList{"--yes", "set", "hours", "004321:20"} << "BSTD|004321:20\n";
         QTest::newRow("reset hours")
-            << "sim" << QStringList{"reset", "hours"} << "BSTD|000000:00\n";
+            << "sim" << QStringList{"--yes", "reset", "hours"} << "BSTD|000000:00\n";
         QTest::newRow("lp") << "sim" << QStringList{"set", "lp"} << "LP|LP1250010077\n";
         QTest::newRow("rest") << "sim" << QStringList{"set", "rest", "250"} << "rest_text|250\n";
         QTest::newRow("flow u") << "sim" << QStringList{"set", "flow", "u", "7"} << "wert_u|7\n";
@@ -80,13 +84,13 @@ private slots:
             << "sim:old_timings" << QStringList{"set", "timing", "13", "200"} << "ZEITEN13|200\n";
         // Its timings differ from the factory values.
         QTest::newRow("timing reset")
-            << "sim:old_timings" << QStringList{"set", "timing", "reset"}
+            << "sim:old_timings" << QStringList{"--yes", "set", "timing", "reset"}
             << "ZEITEN0|100\nZEITEN1|144\nZEITEN2|144\nZEITEN3|27\nZEITEN4|134\nZEITEN5|27\n"
                "ZEITEN6|134\n";
         // The shipped Zeiten_1.txt on a model with the rinse valve, whose
         // record keeps indexes 0..6.
         QTest::newRow("preset")
-            << "sim:family7x" << QStringList{"set", "preset", "1"}
+            << "sim:family7x" << QStringList{"--yes", "set", "preset", "1"}
             << "ZEITEN0|100\nZEITEN1|175\nZEITEN2|175\nZEITEN3|30\nZEITEN4|160\nZEITEN5|30\n"
                "ZEITEN6|160\n";
     }
@@ -132,6 +136,10 @@ private slots:
             "no acoustic switch");
         row("flow on an old device", "sim:old_timings", {"set", "flow", "u", "3"},
             "no flow selectors");
+        // Changes that cannot be undone want an answer.
+        row("serial number unanswered", "sim", {"set", "sn", "X"}, "--yes or --no");
+        row("hours reset unanswered", "sim", {"reset", "hours"}, "000000:00");
+        row("preset unanswered", "sim:family7x", {"set", "preset", "1"}, "--yes or --no");
     }
     void refused_before_anything_is_written() {
         QFETCH(QString, link);
@@ -146,6 +154,38 @@ private slots:
             const QChar letter(hex.left(2).toInt(nullptr, 16));
             QVERIFY2(!QString("tsEwuoxC").contains(letter), qPrintable(hex));
         }
+    }
+
+    // A device that keeps its value: printed as the device has it, exit 1,
+    // and stderr names what was written and what the device reports. --no
+    // writes nothing.
+    void outcome_data() {
+        QTest::addColumn<QString>("link");
+        QTest::addColumn<QStringList>("arguments");
+        QTest::addColumn<int>("exit_code");
+        QTest::addColumn<QString>("out");
+        QTest::addColumn<QStringList>("said");
+        const QString keeps = "sim:" VELTRAKO2_TEST_DATA "/ignores_writes.scn";
+        QTest::newRow("remaining time kept")
+            << keeps << QStringList{"set", "rest", "250"} << 1 << "rest_text|500\n"
+            << QStringList{"250", "500"};
+        QTest::newRow("serial number kept")
+            << keeps << QStringList{"--yes", "set", "sn", "VO2-1"} << 1 << "SN|VO2-0012345 \n"
+            << QStringList{"VO2-1,", "VO2-0012345"};
+        QTest::newRow("answered no") << "sim" << QStringList{"--no", "reset", "hours"} << 0 << ""
+                                     << QStringList{"nothing written"};
+    }
+    void outcome() {
+        QFETCH(QString, link);
+        QFETCH(QStringList, arguments);
+        QFETCH(int, exit_code);
+        QFETCH(QString, out);
+        QFETCH(QStringList, said);
+        const Run r = run_cli(link, arguments);
+        QCOMPARE(r.exit_code, exit_code);
+        QCOMPARE(r.out, out);
+        for (const QString& s : said)
+            QVERIFY2(r.err.contains(s), qPrintable(r.err));
     }
 };
 

@@ -5,6 +5,7 @@
 #include "config/language.h"
 #include "config/text_file.h"
 #include "firmware/firmware_update.h"
+#include "link/connection_state.h"
 #include "protocol/poll_cycle.h"
 #include "sim_helpers.h"
 
@@ -62,6 +63,11 @@ struct Bench {
             qFatal("language file");
         connect();
         linked.device->set_observer([this](const sim::Concentrator::Event& e) { heard << e; });
+        // From here on waits run as with Timer1 on: ticks while it is on.
+        linked.clock.on_step = [&ctx] {
+            if (ctx.timer1.enabled())
+                protocol::timer1_tick(ctx);
+        };
     }
     void connect() {
         protocol::connect_routine(linked.ctx);
@@ -83,11 +89,7 @@ struct Bench {
     UpdateResult update(const QString& path, bool confirm = true) {
         linked.ui.file_answers << path;
         linked.ui.yes_no_answers << confirm;
-        const UpdateResult result = firmware::firmware_update(linked.ctx, progress);
-        // The link moves bytes when it is used; what was written last (the
-        // restart) reaches the device now.
-        link::read_raw(linked.ctx);
-        return result;
+        return firmware::firmware_update(linked.ctx, progress);
     }
     QString text(int n) const { return linked.ctx.language.text(n); }
     int data_line_writes() const {
@@ -192,9 +194,10 @@ private slots:
         QCOMPARE(b.linked.ui.dialogs.size(), 1);
         QCOMPARE(b.linked.ui.dialogs[0].filter, QString("Veltrak O2 Software (*.ae6)|*.ae6"));
         QCOMPARE(b.linked.ui.dialogs[0].start_dir, b.dir.path() + '/');
-        QCOMPARE(b.linked.ui.questions, QStringList{"Neue Software Version 5122 programmieren?"});
+        // The question names the running and the new version; No is its default.
+        QCOMPARE(b.linked.ui.confirmations, QStringList{b.text(8037) + "\n\n" + b.text(8030) +
+                                                        " 5121\n" + b.text(8031) + " 5122"});
         QCOMPARE(b.linked.ui.messages, QStringList{b.text(104)});
-        QVERIFY(!b.linked.ui.busy && !ctx.timer1.enabled());
         // The new folder is remembered, in the file as well.
         QCOMPARE(ctx.config.INITDIR, elsewhere.path() + '/');
         config::Config saved;
@@ -214,9 +217,29 @@ private slots:
         for (int i = 0; i < 5; ++i)
             QCOMPARE(b.progress.steps[i].elapsed_ms, 40 * i);
 
-        // The next connect finds the new software.
-        b.connect();
+        // The program has connected again by itself and shows the new software.
         QCOMPARE(ctx.device.SW, QString("5122"));
+        QVERIFY(ctx.timer1.enabled());
+        QCOMPARE(b.linked.ui.connection_states.last(), ConnectionState::connected);
+        QCOMPARE(b.linked.ui.notes, QStringList{b.text(8038) + " 5122"});
+    }
+
+    // A failed update leaves the device in its loader, says so, and can be
+    // run again at once.
+    void failed_update_runs_again() {
+        Bench b;
+        AppContext& ctx = b.linked.ctx;
+        b.linked.device->set_faults(scenario_from("NAK_LINE=2\nNAK_ATTEMPTS=always\n").faults);
+        const QString path = b.file(header + data_lines(3));
+        QCOMPARE(b.update(path), UpdateResult::block_refused);
+        QCOMPARE(b.linked.ui.connection_states.last(), ConnectionState::boot_loader);
+        QCOMPARE(b.linked.ui.connection_text, b.text(8004));
+        QVERIFY(!link::device_controls_enabled(ctx));
+
+        b.linked.device->set_faults({});
+        QCOMPARE(b.update(path), UpdateResult::done);
+        QCOMPARE(ctx.device.SW, QString("5122"));
+        QCOMPARE(b.linked.ui.connection_states.last(), ConnectionState::connected);
     }
 
     // The loader's answers to data lines: a refusal on the first or first two
@@ -258,6 +281,7 @@ private slots:
         const QStringList& shown = b.linked.ui.messages;
         QCOMPARE(shown.size(), 1);
         QCOMPARE(b.linked.device->in_boot_loader(), result != int(UpdateResult::done));
+        QCOMPARE(b.linked.ctx.link.boot_loader, result != int(UpdateResult::done));
         if (result == int(UpdateResult::done))
             return;
         // The dialog is gone before the message; the device stays in its

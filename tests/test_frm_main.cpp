@@ -1,7 +1,8 @@
 // The main window offscreen: every named control with its Tag, the tab strip
 // and menu, growth with the window, the live page refreshed from a real
-// device record, the hand-operated link buttons, quitting, frm_wait, and the
-// dialogs behind the UserInterface calls.
+// device record, the status bar and the controls that follow the connection,
+// the hand-operated link buttons, quitting, frm_wait, and the dialogs behind
+// the UserInterface calls.
 
 #include "app_context.h"
 #include "controls.h"
@@ -9,6 +10,7 @@
 #include "fake_link.h"
 #include "frm_main.h"
 #include "frm_wait.h"
+#include "link/connection_state.h"
 #include "link/device_connection.h"
 #include "live_chart.h"
 #include "manual_clock.h"
@@ -28,6 +30,8 @@
 #include <QTabWidget>
 #include <QTest>
 #include <QTimer>
+
+#include <algorithm>
 
 using namespace veltrako;
 using namespace veltrako::ui;
@@ -182,6 +186,7 @@ private slots:
 
     void live_record_reaches_the_page() {
         Harness h;
+        QVERIFY(link::open_device(h.ctx, true));
         device::DeviceRecord& r = h.ctx.device;
         r.live_valid = true;
         r.SN = "SN 4711";
@@ -257,15 +262,99 @@ private slots:
         }
         QVERIFY(h.form.control("cmd_setsn")->isHidden());
         QVERIFY(h.form.control_as<QPlainTextEdit>("sysstatout")->toPlainText().isEmpty());
+        // No value without a device: the selectors are empty, not "0".
         for (QWidget* w : h.form.controls_named("cb_t") + h.form.controls_named("cb_vs")) {
-            QCOMPARE(qobject_cast<QComboBox*>(w)->currentIndex(), 0);
+            QCOMPARE(qobject_cast<QComboBox*>(w)->currentText(), QString());
             QVERIFY(is_locked(w));
         }
+    }
+
+    // Every control that sends to the device waits for its identity; the
+    // firmware menu also serves a device left in its boot loader. The status
+    // bar names the state.
+    void device_controls_follow_the_connection_data() {
+        QTest::addColumn<bool>("open");
+        QTest::addColumn<QString>("sw");
+        QTest::addColumn<bool>("boot_loader");
+        QTest::addColumn<bool>("enabled");
+        QTest::addColumn<QString>("status");
+        QTest::newRow("no device") << false << "" << false << false << "keins";
+        QTest::newRow("open, no identity yet") << true << "" << false << false << "baut auf";
+        QTest::newRow("identity read") << true << "5121" << false << true << "Verbunden: VO2-1";
+        QTest::newRow("boot loader") << true << "5121" << true << false << "Bootloader";
+    }
+    void device_controls_follow_the_connection() {
+        QFETCH(bool, open);
+        QFETCH(QString, sw);
+        QFETCH(bool, boot_loader);
+        QFETCH(bool, enabled);
+        QFETCH(QString, status);
+        Harness h;
+        for (const auto& [n, text] : {std::pair{8000, "keins"},
+                                      {8001, "baut auf"},
+                                      {8002, "Verbunden:"},
+                                      {8004, "Bootloader"}})
+            h.ctx.language.language_text[n] = text;
+        h.form.show();
+        if (open)
+            QVERIFY(link::open_device(h.ctx, true));
+        h.ctx.device.SW = sw;
+        h.ctx.device.SN = "VO2-1       ";
+        h.ctx.device.LP = "LP124";
+        h.ctx.presets.buttons[0].enabled = true;
+        h.ctx.link.boot_loader = boot_loader;
+        link::follow_connection(h.ctx);
+        h.form.device_record_changed();
+        QCOMPARE(h.form.control_as<QLabel>("lbl_connection")->text(), status);
+        for (const char* name : {"cmd_setsn", "cmd_togglelp", "cmd_resetbstd", "cmd_setbstd",
+                                 "cmd_setdatetime", "cmd_Restzeit", "cmd_t_reset", "pic_akustO21",
+                                 "cmd_sysstatread", "cmd_complianceread", "cmd_compliancedelete"})
+            QVERIFY2(h.form.control(name)->isEnabled() == enabled, name);
+        QCOMPARE(h.form.control("cb_t", 3)->isEnabled(), enabled);
+        QCOMPARE(h.form.control("cb_vs", 1)->isEnabled(), enabled);
+        QCOMPARE(h.form.control("cmdPresetZeiten", 1)->isEnabled(), enabled);
+        QCOMPARE(h.form.menu_action("men_Softwareupdate")->isEnabled(), enabled || boot_loader);
+    }
+
+    // Quitting with an unsaved report: three choices; Cancel keeps the
+    // program, the report and the device, Discard quits.
+    void quitting_with_an_unsaved_report_data() {
+        QTest::addColumn<int>("button");
+        QTest::addColumn<bool>("quits");
+        QTest::newRow("cancel") << int(QMessageBox::Cancel) << false;
+        QTest::newRow("discard") << int(QMessageBox::Discard) << true;
+    }
+    void quitting_with_an_unsaved_report() {
+        QFETCH(int, button);
+        QFETCH(bool, quits);
+        Harness h;
+        h.form.show();
+        QVERIFY(link::open_device(h.ctx, true));
+        h.ctx.report.report_changed = true;
+        QList<int> offered;
+        int preset = 0;
+        when_modal([&](QWidget* modal) {
+            auto* box = qobject_cast<QMessageBox*>(modal);
+            for (QAbstractButton* b : box->buttons())
+                offered << int(box->standardButton(b));
+            preset = int(box->standardButton(box->defaultButton()));
+            box->button(QMessageBox::StandardButton(button))->click();
+        });
+        h.form.menu_action("men_beenden")->trigger();
+        std::sort(offered.begin(), offered.end());
+        QCOMPARE(offered,
+                 (QList<int>{QMessageBox::Save, QMessageBox::Cancel, QMessageBox::Discard}));
+        QCOMPARE(preset, int(QMessageBox::Cancel));
+        QCOMPARE(h.form.isVisible(), !quits);
+        QCOMPARE(h.ctx.link.device_handle != 0, !quits);
+        QVERIFY(h.ctx.report.report_changed);
     }
 
     void status_page_forwards_the_click_and_shows_the_table() {
         Harness h;
         QVERIFY(link::open_device(h.ctx, true));
+        h.ctx.device.SW = "5121"; // the identity is read
+        link::follow_connection(h.ctx);
         h.form.control_as<QPushButton>("cmd_sysstatread")->click();
         QCOMPARE(h.ctx.protocol.queue_count, 1);
         QCOMPARE(h.ctx.protocol.send_queue[1], protocol::cmd::read_status_record(1));
@@ -345,18 +434,21 @@ private slots:
         Harness h;
         h.ctx.language.language_text[1100] = "Programm";
         h.ctx.language.language_text[1000] = "Hersteller";
+        h.ctx.language.language_text[8040] = "OK";
         bool applied = false;
         h.form.set_language_applier(
             [&applied](QWidget& form) { applied = form.objectName() == "frm_wait"; });
-        QString shown;
-        when_modal([&shown](QWidget* modal) {
+        QString shown, button;
+        when_modal([&shown, &button](QWidget* modal) {
             QCOMPARE(modal->objectName(), QString("frm_wait"));
             shown = modal->findChild<QLabel*>("lbl_text")->text();
+            button = modal->findChild<QPushButton*>("cm_cancel")->text();
             modal->findChild<QPushButton*>("cm_cancel")->click();
         });
         h.form.menu_action("men_Info")->trigger();
         QVERIFY(applied);
         QCOMPARE(shown, "Programm\n" + program_version() + "\nHersteller");
+        QCOMPARE(button, QString("OK")); // it only closes
     }
 
     void file_filters() {
@@ -376,6 +468,16 @@ private slots:
         QVERIFY(!answer(QMessageBox::No, false));
         QVERIFY(answer(QMessageBox::Ok, true));
         QVERIFY(!answer(QMessageBox::Cancel, true));
+
+        // Before a change that cannot be undone, No is the default.
+        int preset = 0;
+        when_modal([&preset](QWidget* modal) {
+            auto* box = qobject_cast<QMessageBox*>(modal);
+            preset = int(box->standardButton(box->defaultButton()));
+            box->defaultButton()->click();
+        });
+        QVERIFY(!form.confirm_change("Seriennummer überschreiben?"));
+        QCOMPARE(preset, int(QMessageBox::No));
 
         when_modal([](QWidget* modal) {
             qobject_cast<QInputDialog*>(modal)->setTextValue("001234:5");

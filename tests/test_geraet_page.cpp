@@ -19,6 +19,7 @@
 #include <QFocusEvent>
 #include <QLabel>
 #include <QLineEdit>
+#include <QMessageBox>
 #include <QPushButton>
 #include <QTemporaryDir>
 #include <QTest>
@@ -68,6 +69,30 @@ struct PageHarness {
     AppContext ctx;
 };
 
+// Answers the message boxes that open, one after the other, with `buttons`.
+class BoxAnswers : public QObject {
+public:
+    explicit BoxAnswers(QList<QMessageBox::StandardButton> buttons) : buttons_(std::move(buttons)) {
+        timer_.setInterval(5);
+        connect(&timer_, &QTimer::timeout, this, [this] {
+            auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
+            // A box may still be on top for a moment after its answer.
+            if (box && box != answered_ && !buttons_.isEmpty() && box->button(buttons_.first())) {
+                answered_ = box;
+                texts << box->text();
+                box->button(buttons_.takeFirst())->click();
+            }
+        });
+        timer_.start();
+    }
+    QStringList texts;
+
+private:
+    QList<QMessageBox::StandardButton> buttons_;
+    QTimer timer_;
+    QMessageBox* answered_ = nullptr;
+};
+
 } // namespace
 
 class TestGeraetPage : public QObject {
@@ -106,7 +131,9 @@ private slots:
         QVERIFY(!setsn->isHidden());
         p.form.device_record_changed(); // a refresh while the new number waits
         QCOMPARE(t_sn->text(), QString("VO2-55"));
+        BoxAnswers yes({QMessageBox::Yes});
         static_cast<QPushButton*>(setsn)->click();
+        QCOMPARE(yes.texts.size(), 1); // asked first
         QVERIFY(setsn->isHidden());
         QCOMPARE(p.queued().first(), bytes_of({'E', 0, 0xF0, 12}) + "VO2-55      ");
         p.settle();
@@ -128,8 +155,16 @@ private slots:
         device::clear_device_record(p.ctx.device); // no device: nothing known to sound
         p.form.device_record_changed();
         QVERIFY(p.form.control_as<QLabel>("pic_akustvollo")->text().isEmpty());
+        protocol::connect_routine(p.ctx); // and back
+        p.ctx.timer1.set_enabled(false);
         p.settle();
 
+        BoxAnswers no({QMessageBox::No});
+        p.form.control_as<QPushButton>("cmd_t_reset")->click();
+        QCOMPARE(no.texts.size(), 1);
+        QCOMPARE(p.form.control_as<QComboBox>("cb_t", 0)->currentIndex(), 1); // as it was
+        QVERIFY(p.queued().isEmpty());
+        BoxAnswers yes({QMessageBox::Yes});
         p.form.control_as<QPushButton>("cmd_t_reset")->click();
         QCOMPARE(p.form.control_as<QComboBox>("cb_t", 0)->currentIndex(), 100);
         QCOMPARE(p.queued().size(), 14);
@@ -152,12 +187,10 @@ private slots:
         QCOMPARE(three->text(), QString("Hoch\nab 4 l"));
         QVERIFY(!p.form.control("cmdPresetZeiten", 1)->isEnabled());
         QCOMPARE(p.form.control_as<QPushButton>("cmdPresetZeiten", 1)->text(), QString("---"));
-        // The closing message of the preset.
-        QTimer::singleShot(0, [] {
-            if (QWidget* box = QApplication::activeModalWidget())
-                box->close();
-        });
+        // The question before, and the closing message of the preset.
+        BoxAnswers boxes({QMessageBox::Yes, QMessageBox::Ok});
         three->click();
+        QCOMPARE(boxes.texts.size(), 2);
         QCOMPARE(p.queued().first(), bytes_of({'w', '0', 90}));
         QCOMPARE(p.queued().size(), 22);
 

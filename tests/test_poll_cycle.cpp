@@ -149,6 +149,32 @@ private slots:
         QVERIFY(h.ctx->timer1.enabled());
     }
 
+    // A device that stays silent is given up, reconnected silently and given
+    // up again, over and over; the technician is told once per lost
+    // connection, and the status bar says meanwhile that it does not answer.
+    void one_message_per_lost_connection() {
+        Harness h;
+        connect_routine(*h.ctx);
+        h.tick(40);
+        QCOMPARE(h.ctx->link.connection, ConnectionState::connected);
+        const qsizetype before = h.ui.connection_states.size();
+        h.set_silent(true);
+        h.tick(600); // 30 s
+        QCOMPARE(h.ui.messages, QStringList{"text4\r\ntext5"});
+        QVERIFY2(h.ui.out.count("Device Closed") >= 3, qPrintable(h.ui.out)); // given up again
+        QCOMPARE(h.ctx->link.connection, ConnectionState::not_answering);
+        QVERIFY(!h.ui.connection_states.mid(before).contains(ConnectionState::connected));
+
+        // It answers again: connected; when it falls silent once more, that
+        // is a new loss with its own message.
+        h.set_silent(false);
+        h.tick(200);
+        QCOMPARE(h.ctx->link.connection, ConnectionState::connected);
+        h.set_silent(true);
+        h.tick(200);
+        QCOMPARE(h.ui.messages.size(), 2);
+    }
+
     // The answer time-out looks only at the clock: a silent device is asked
     // again whether or not a command is outstanding.
     void timeout_fires_with_or_without_a_command_outstanding_data() {

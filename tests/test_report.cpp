@@ -272,30 +272,41 @@ private slots:
         QCOMPARE(config::read_text_lines(file)->size(), written ? 50 : 1);
     }
 
-    // OK saves and asks again (saving does not count as an answer); only
-    // Cancel ends the question.
-    void checksaved_asks_until_cancel_data() {
+    // Quitting with unsaved changes: Save quits only once the file is
+    // written, Discard quits, Cancel stays with the report as it is.
+    void checksaved_answers_data() {
         QTest::addColumn<bool>("changed");
-        QTest::addColumn<QList<bool>>("answers");
+        QTest::addColumn<int>("answer");
+        QTest::addColumn<bool>("written"); // what the save reports
+        QTest::addColumn<bool>("quits");
         QTest::addColumn<int>("saves");
-        QTest::newRow("unchanged: no question") << false << QList<bool>{true} << 0;
-        QTest::newRow("cancel at once") << true << QList<bool>{false} << 0;
-        QTest::newRow("ok twice, then cancel") << true << QList<bool>{true, true, false} << 2;
+        QTest::newRow("unchanged: no question")
+            << false << int(SaveAnswer::cancel) << true << true << 0;
+        QTest::newRow("save") << true << int(SaveAnswer::save) << true << true << 1;
+        QTest::newRow("save, nothing written")
+            << true << int(SaveAnswer::save) << false << false << 1;
+        QTest::newRow("discard") << true << int(SaveAnswer::discard) << true << true << 0;
+        QTest::newRow("cancel") << true << int(SaveAnswer::cancel) << true << false << 0;
     }
-    void checksaved_asks_until_cancel() {
+    void checksaved_answers() {
         QFETCH(bool, changed);
-        QFETCH(QList<bool>, answers);
+        QFETCH(int, answer);
+        QFETCH(bool, written);
+        QFETCH(bool, quits);
         QFETCH(int, saves);
         Harness h;
         h.ctx.report.report_changed = changed;
-        h.ui.ok_cancel_answers = answers;
+        h.ui.save_answers = {SaveAnswer(answer)};
         int saved = 0;
-        checksaved(h.ctx, [&] { ++saved; });
+        QCOMPARE(checksaved(h.ctx,
+                            [&] {
+                                ++saved;
+                                return written;
+                            }),
+                 quits);
         QCOMPARE(saved, saves);
-        QCOMPARE(h.ui.questions.size(), changed ? saves + 1 : 0);
-        if (changed)
-            QCOMPARE(h.ui.questions.constFirst(), QStringLiteral("text3"));
-        QVERIFY(!h.ctx.report.report_changed);
+        QCOMPARE(h.ui.questions, changed ? QStringList{"text3"} : QStringList{});
+        QCOMPARE(h.ctx.report.report_changed, changed); // kept for a second try
     }
 
     // A check box takes a state only from a number it can show.

@@ -1,6 +1,8 @@
 // The settings of the "Gerät" page against the simulated concentrator: what the
 // input boxes accept, the bytes of every write with its read-back, the device's
-// answer replacing the record, and the guards that keep anything from being sent.
+// answer replacing the record, what the technician is told from that answer,
+// the question before a change that cannot be undone, and the guards that keep
+// anything from being sent.
 
 #include "device/settings.h"
 #include "protocol/commands.h"
@@ -14,6 +16,7 @@
 
 using namespace veltrako;
 using namespace veltrako::testing;
+using device::WriteOutcome;
 
 using Action = std::function<void(Connected&)>;
 Q_DECLARE_METATYPE(Action)
@@ -36,6 +39,11 @@ private slots:
         QTest::newRow("001234:5") << "001234:5" << bytes_of({4, 3, 2, 1, 0, 0, 5, 0x11, 0xCD});
         QTest::newRow("000000:0") << "000000:0" << bytes_of({0, 0, 0, 0, 0, 0, 0, 0xA5, 0xA0});
         QTest::newRow("999999:5") << "999999:5" << bytes_of({9, 9, 9, 9, 9, 9, 5, 0x2C, 0xEC});
+        // As the page shows it: the minutes' last digit is always 0.
+        QTest::newRow("shown 001234:50")
+            << "001234:50" << bytes_of({4, 3, 2, 1, 0, 0, 5, 0x11, 0xCD});
+        QTest::newRow("shown minutes 55") << "001234:55" << QByteArray();
+        QTest::newRow("shown minutes 60") << "001234:60" << QByteArray();
         QTest::newRow("tens of minutes 6") << "001234:6" << QByteArray();
         QTest::newRow("seven characters") << "01234:5" << QByteArray();
         QTest::newRow("nine characters") << "0012345:5" << QByteArray();
@@ -73,7 +81,8 @@ private slots:
         QCOMPARE(parsed ? int(*parsed) : -1, value);
     }
 
-    // The input boxes ask again after a bad entry and stop at an empty one.
+    // The input boxes ask again after a bad entry and stop at an empty one;
+    // the hours are then asked for once more, with the old and new value.
     void input_boxes_data() {
         QTest::addColumn<bool>("hours");
         QTest::addColumn<QStringList>("answers");
@@ -84,15 +93,17 @@ private slots:
         const QList<QByteArray> hours_writes{bytes_of({'E', 0x00, 0x80, 9}) + block,
                                              bytes_of({'E', 0x00, 0x90, 9}) + block};
         QTest::newRow("hours after two bad entries")
-            << true << QStringList{"1234:5", "001234:9", "001234:5"} << 3
+            << true << QStringList{"1234:5", "001234:9", "001234:5"} << 4
             << QStringList{"text111", "text111", "text112"} << hours_writes;
+        QTest::newRow("hours as the page shows them")
+            << true << QStringList{"001234:50"} << 2 << QStringList{"text112"} << hours_writes;
         QTest::newRow("hours cancelled")
             << true << QStringList{"1234:5"} << 2 << QStringList{"text111"} << QList<QByteArray>{};
         QTest::newRow("hours left empty")
             << true << QStringList{""} << 1 << QStringList{} << QList<QByteArray>{};
         QTest::newRow("remaining time after bad entries")
             << false << QStringList{"1000", "-1", "abc", "250"} << 4 << QStringList{"text114"}
-            << QList<QByteArray>{bytes_of({'s', 0x00, 0xFA}), "S"};
+            << QList<QByteArray>{bytes_of({'s', 0x00, 0xFA})};
         QTest::newRow("remaining time cancelled")
             << false << QStringList{"1000"} << 2 << QStringList{} << QList<QByteArray>{};
     }
@@ -103,14 +114,16 @@ private slots:
         QFETCH(QStringList, messages);
         QFETCH(QList<QByteArray>, sent);
         Connected c;
+        c.serve();
         c.ui.input_answers = answers;
-        const bool written =
+        c.ui.yes_no_answers = {true};
+        const WriteOutcome outcome =
             hours ? device::cmd_setbstd_Click(*c.ctx) : device::cmd_Restzeit_Click(*c.ctx);
-        QCOMPARE(written, !sent.isEmpty());
+        QCOMPARE(outcome, sent.isEmpty() ? WriteOutcome::not_written : WriteOutcome::confirmed);
         QCOMPARE(c.ui.questions.size(), questions);
         QCOMPARE(c.ui.questions.first(), hours ? QString("text110") : QString("text113"));
         QCOMPARE(c.ui.messages, messages);
-        QCOMPARE(c.queued(), sent);
+        QCOMPARE(c.writes(), sent);
     }
 
     // Each setting's write and read-back, byte for byte, and the value the
@@ -141,11 +154,9 @@ private slots:
             [](Connected& c) {
                 c.ui.input_answers = {"004321:2"};
                 device::cmd_setbstd_Click(*c.ctx);
-                // The periodic read of 0x0080 brings the new value.
-                c.ctx->protocol.tick_count = 400 * 3 + 10;
             },
             {bytes_of({'E', 0x00, 0x80, 9, 1, 2, 3, 4, 0, 0, 2, 0xE5, 0x97}),
-             bytes_of({'E', 0x00, 0x90, 9, 1, 2, 3, 4, 0, 0, 2, 0xE5, 0x97})},
+             bytes_of({'E', 0x00, 0x90, 9, 1, 2, 3, 4, 0, 0, 2, 0xE5, 0x97}), e_read(0x80, 7)},
             [](Connected& c) { QCOMPARE(c.ctx->device.BSTD, QString("004321:20")); });
         row(
             "low power 4 to 5", [](Connected& c) { device::cmd_togglelp_Click(*c.ctx); },
@@ -175,10 +186,119 @@ private slots:
         QFETCH(QList<QByteArray>, sent);
         QFETCH(Action, check);
         Connected c;
+        c.ui.yes_no_answers = {true};
         action(c);
         QCOMPARE(c.queued(), sent);
         c.settle();
         check(c);
+    }
+
+    // What the technician is told comes from the device's answer to the
+    // read-back: a device that keeps its old value is named with it.
+    void outcome_comes_from_the_read_back_data() {
+        QTest::addColumn<QByteArray>("scenario");
+        QTest::addColumn<Action>("action");
+        QTest::addColumn<int>("outcome");
+        QTest::addColumn<QStringList>("told"); // in the last message, or the last note
+        const QByteArray keeps = "IGNORE_WRITES=on\n";
+        const auto row = [](const char* name, QByteArray scenario, Action act, WriteOutcome o,
+                            QStringList told) {
+            QTest::newRow(name) << scenario << act << int(o) << told;
+        };
+        const Action set_rest = [](Connected& c) {
+            c.ui.input_answers = {"250"};
+            c.outcome = device::cmd_Restzeit_Click(*c.ctx);
+        };
+        const Action set_hours = [](Connected& c) {
+            c.ui.input_answers = {"004321:2"};
+            c.outcome = device::cmd_setbstd_Click(*c.ctx);
+            // The field shows the device's value as soon as it answered.
+            QCOMPARE(c.ctx->device.BSTD,
+                     QString(c.device->faults().ignore_writes ? "001234:50" : "004321:20"));
+        };
+        const Action set_sn = [](Connected& c) {
+            c.outcome = device::cmd_setsn_Click(*c.ctx, "VO2-77");
+        };
+        const Action set_flow = [](Connected& c) {
+            c.outcome = device::cb_vs_Click(*c.ctx, 0, 7, false);
+        };
+        row("remaining time taken", {}, set_rest, WriteOutcome::confirmed, {"text114"});
+        row("remaining time kept", keeps, set_rest, WriteOutcome::differs, {"250", "500"});
+        row("hours taken", {}, set_hours, WriteOutcome::confirmed, {"text112"});
+        row("hours kept", keeps, set_hours, WriteOutcome::differs, {"004321:20", "001234:50"});
+        row("serial number taken", {}, set_sn, WriteOutcome::confirmed, {"text8010", "VO2-77"});
+        row("serial number kept", keeps, set_sn, WriteOutcome::differs,
+            {"text8012", "VO2-77", "VO2-0012345"});
+        row("flow selector kept", keeps, set_flow, WriteOutcome::differs, {"text8025 ", "7", "4"});
+        row("clock taken", {},
+            [](Connected& c) { c.outcome = device::cmd_setdatetime_Click(*c.ctx); },
+            WriteOutcome::confirmed, {"text8023"});
+        row("device falls silent", {},
+            [](Connected& c) {
+                sim::Faults f;
+                f.silent = true;
+                c.device->set_faults(f);
+                c.outcome = device::cb_vs_Click(*c.ctx, 1, 3, false);
+            },
+            WriteOutcome::no_answer, {"text8013"});
+    }
+    void outcome_comes_from_the_read_back() {
+        QFETCH(QByteArray, scenario);
+        QFETCH(Action, action);
+        QFETCH(int, outcome);
+        QFETCH(QStringList, told);
+        Connected c(scenario);
+        c.serve();
+        c.ui.yes_no_answers = {true};
+        action(c);
+        QCOMPARE(int(c.outcome), outcome);
+        // The remaining time and the hours end with a message box, as they
+        // always did; the others with a note beside the connection state.
+        const bool boxed = !c.ui.messages.isEmpty() && c.ui.notes.isEmpty();
+        const QString last = boxed ? c.ui.messages.last() : c.ui.notes.last();
+        for (const QString& t : told)
+            QVERIFY2(last.contains(t), qPrintable(last));
+        if (!boxed)
+            QCOMPARE(c.ui.note_icon, outcome == int(WriteOutcome::confirmed)
+                                         ? MsgIcon::information
+                                         : MsgIcon::exclamation);
+    }
+
+    // A change that cannot be undone is asked for first, naming the old and
+    // the new value; No sends nothing.
+    void irreversible_writes_ask_first_data() {
+        QTest::addColumn<Action>("action");
+        QTest::addColumn<QStringList>("named"); // old, new
+        const auto row = [](const char* name, Action act, QStringList named) {
+            QTest::newRow(name) << act << named;
+        };
+        row("serial number",
+            [](Connected& c) { c.outcome = device::cmd_setsn_Click(*c.ctx, "X1"); },
+            {"text8032", "VO2-0012345", "X1"});
+        row("hours reset", [](Connected& c) { c.outcome = device::cmd_resetbstd_Click(*c.ctx); },
+            {"text8034", "001234:50", "000000:00"});
+        row("hours set",
+            [](Connected& c) {
+                c.ui.input_answers = {"000007:1"};
+                c.outcome = device::cmd_setbstd_Click(*c.ctx);
+            },
+            {"text8033", "001234:50", "000007:10"});
+    }
+    void irreversible_writes_ask_first() {
+        QFETCH(Action, action);
+        QFETCH(QStringList, named);
+        for (const bool yes : {false, true}) {
+            Connected c;
+            c.ui.yes_no_answers = {yes};
+            action(c);
+            QCOMPARE(c.ui.confirmations.size(), 1);
+            const QString asked = c.ui.confirmations.first();
+            QVERIFY2(asked.startsWith(named[0]) && asked.contains("text8030 " + named[1]) &&
+                         asked.contains("text8031 " + named[2]),
+                     qPrintable(asked));
+            QCOMPARE(c.outcome == WriteOutcome::not_written, !yes);
+            QCOMPARE(c.queued().isEmpty(), !yes);
+        }
     }
 
     // The PC's present time goes to the device (its own clock stood at
@@ -202,6 +322,7 @@ private slots:
     // A value changed before the write shows until the device answers.
     void record_is_provisional_until_the_read_back() {
         Connected c;
+        c.ui.yes_no_answers = {true};
         device::cmd_setsn_Click(*c.ctx, "TYPED");
         QCOMPARE(c.ctx->device.SN, QString("TYPED"));
         c.ui.input_answers = {"12"};
@@ -218,27 +339,30 @@ private slots:
         QTest::addColumn<Action>("action");
         const auto row = [](const char* name, Action act) { QTest::newRow(name) << act; };
         row("locked flow selector",
-            [](Connected& c) { QVERIFY(!device::cb_vs_Click(*c.ctx, 0, 9, true)); });
+            [](Connected& c) { c.outcome = device::cb_vs_Click(*c.ctx, 0, 9, true); });
         row("board without low power", [](Connected& c) {
             c.ctx->device.LP = "LP1260010077";
-            QVERIFY(!device::cmd_togglelp_Click(*c.ctx));
+            c.outcome = device::cmd_togglelp_Click(*c.ctx);
         });
         row("low power without live data", [](Connected& c) {
             c.ctx->device.live_valid = false;
-            QVERIFY(!device::cmd_togglelp_Click(*c.ctx));
+            c.outcome = device::cmd_togglelp_Click(*c.ctx);
         });
         row("hours without live data", [](Connected& c) {
             c.ctx->device.live_valid = false;
             c.ui.input_answers = {"001234:5"};
-            QVERIFY(!device::cmd_setbstd_Click(*c.ctx));
+            c.outcome = device::cmd_setbstd_Click(*c.ctx);
             QVERIFY(c.ui.questions.isEmpty());
         });
     }
     void guards_send_nothing() {
         QFETCH(Action, action);
         Connected c;
+        c.serve();
+        c.ui.yes_no_answers = {true};
         action(c);
-        QVERIFY(c.queued().isEmpty());
+        QCOMPARE(c.outcome, WriteOutcome::not_written);
+        QVERIFY(c.writes().isEmpty());
     }
 };
 

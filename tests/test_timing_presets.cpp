@@ -14,6 +14,7 @@
 
 using namespace veltrako;
 using namespace veltrako::testing;
+using device::WriteOutcome;
 using Zeiten = std::array<std::uint8_t, device::preset_timing_count>;
 Q_DECLARE_METATYPE(Zeiten)
 
@@ -150,13 +151,14 @@ private slots:
 
     void selector_writes_and_reads_back() {
         Connected c;
-        QVERIFY(!device::cb_t_Click(*c.ctx, 2, 150, true)); // locked: a programmatic change
+        // locked: a programmatic change
+        QCOMPARE(device::cb_t_Click(*c.ctx, 2, 150, true), WriteOutcome::not_written);
         QVERIFY(c.queued().isEmpty());
         c.ctx->device.live_valid = false;
-        QVERIFY(!device::cb_t_Click(*c.ctx, 2, 150, false));
+        QCOMPARE(device::cb_t_Click(*c.ctx, 2, 150, false), WriteOutcome::not_written);
         QVERIFY(c.queued().isEmpty());
         c.ctx->device.live_valid = true;
-        QVERIFY(device::cb_t_Click(*c.ctx, 2, 150, false));
+        device::cb_t_Click(*c.ctx, 2, 150, false);
         QCOMPARE(c.queued(), (QList<QByteArray>{bytes_of({'w', '2', 150}), "r2"}));
         c.settle();
         QCOMPARE(c.ctx->device.zeiten[2], 150);
@@ -166,7 +168,13 @@ private slots:
     // whose record keeps all 14).
     void reset_touches_the_first_seven_only() {
         Connected c("SW=2141\nTIMINGS=1 2 3 4 5 6 7 8 9 10 11 12 13 14\n");
+        c.ui.yes_no_answers = {true};
         device::cmd_t_reset_Click(*c.ctx);
+        // Asked with the old and the factory values, in seconds.
+        QCOMPARE(c.ui.confirmations.size(), 1);
+        QVERIFY2(c.ui.confirmations[0].contains("text8030 0: 0.04  1: 0.08") &&
+                     c.ui.confirmations[0].contains("text8031 0: 4.00  1: 5.76"),
+                 qPrintable(c.ui.confirmations[0]));
         QList<QByteArray> writes, reads;
         const int factory[] = {100, 144, 144, 27, 134, 27, 134};
         for (int i = 0; i < 7; ++i) {
@@ -185,13 +193,17 @@ private slots:
         write_file(dir.path() + "/Zeiten_1.txt", without(full_file, "ZEIT_SPUEL2OFF"));
         // A model with the rinse valve, whose record keeps only 0..6.
         Connected c("SW=7E5\nTIMINGS=1 2 3 4 5 6 7 8 9 10 11 12 13 14\n", dir.path() + '/');
+        c.ui.yes_no_answers = {false, true};
         c.ctx->device.live_valid = false;
-        QVERIFY(!device::cmdPresetZeiten_Click(*c.ctx, 1));
+        QCOMPARE(device::cmdPresetZeiten_Click(*c.ctx, 1), WriteOutcome::not_written);
         c.ctx->device.live_valid = true;
-        QVERIFY(!device::cmdPresetZeiten_Click(*c.ctx, 2)); // no file: nothing to write
+        // no file: nothing to write
+        QCOMPARE(device::cmdPresetZeiten_Click(*c.ctx, 2), WriteOutcome::not_written);
+        QVERIFY(c.ui.confirmations.isEmpty());
+        QCOMPARE(device::cmdPresetZeiten_Click(*c.ctx, 1), WriteOutcome::not_written); // No
         QVERIFY(c.queued().isEmpty());
 
-        QVERIFY(device::cmdPresetZeiten_Click(*c.ctx, 1));
+        device::cmdPresetZeiten_Click(*c.ctx, 1);
         QList<QByteArray> writes, reads;
         const int values[] = {10, 11, 12, 13, 14, 15, 16, -1, 18, 19, 20, 0};
         for (int i = 0; i < 12; ++i) {
@@ -201,13 +213,36 @@ private slots:
             reads << bytes_of({'r', '0' + i});
         }
         QCOMPARE(c.queued(), writes + reads);
-        QCOMPARE(c.ui.messages, QStringList{"text116"});
         c.settle();
         const std::array<std::uint8_t, 14> in_device{10, 11, 12, 13, 14, 15, 16,
                                                      8,  18, 19, 20, 0,  13, 14};
         QCOMPARE(c.device->state().zeiten, in_device);
         for (int i = 0; i < 7; ++i)
             QCOMPARE(c.ctx->device.zeiten[static_cast<std::size_t>(i)], values[i]);
+    }
+
+    // The preset's message comes once the device reports every value
+    // written; a device that keeps its timings is named with them.
+    void preset_outcome_data() {
+        QTest::addColumn<QByteArray>("faults");
+        QTest::addColumn<QString>("told");
+        QTest::newRow("taken") << QByteArray() << "text116";
+        QTest::newRow("kept") << QByteArray("IGNORE_WRITES=on\n")
+                              << "text8028 text8011 0: 0.40  1: 0.44  2: 0.48  3: 0.52  4: 0.56  "
+                                 "5: 0.60  6: 0.64, text8012 0: 0.04  1: 0.08";
+    }
+    void preset_outcome() {
+        QFETCH(QByteArray, faults);
+        QFETCH(QString, told);
+        QTemporaryDir dir;
+        write_file(dir.path() + "/Zeiten_1.txt", full_file);
+        Connected c("SW=7E5\nTIMINGS=1 2 3 4 5 6 7 8 9 10 11 12 13 14\n" + faults,
+                    dir.path() + '/');
+        c.serve();
+        c.ui.yes_no_answers = {true};
+        device::cmdPresetZeiten_Click(*c.ctx, 1);
+        QCOMPARE(c.ui.messages.size(), 1);
+        QVERIFY2(c.ui.messages[0].startsWith(told), qPrintable(c.ui.messages[0]));
     }
 };
 

@@ -9,6 +9,8 @@
 
 #include <QFileInfo>
 
+#include <optional>
+
 namespace veltrako::device {
 
 namespace {
@@ -61,9 +63,10 @@ bool kept(const DeviceRecord& r, int i) {
 }
 
 // Writes `wanted` (index, value), waits, reads each back and tells the
-// outcome; `ask` is the question before it, empty for none.
-WriteOutcome write_timings(AppContext& ctx, const Timings& wanted, int wait, const QString& ask,
-                           Telling telling, const QString& confirmed_message) {
+// outcome; `ask` is the question before it, if there is one.
+WriteOutcome write_timings(AppContext& ctx, const Timings& wanted, int wait,
+                           const std::optional<QString>& ask, Telling telling,
+                           const QString& confirmed_message) {
     Timings old_values, kept_wanted;
     for (const auto& [i, value] : wanted) {
         if (kept(ctx.device, i)) {
@@ -71,7 +74,7 @@ WriteOutcome write_timings(AppContext& ctx, const Timings& wanted, int wait, con
             kept_wanted.append({i, value});
         }
     }
-    if (!ask.isEmpty() && !confirm_change(ctx, ask, timings_text(old_values), timings_text(wanted)))
+    if (ask && !confirm_change(ctx, *ask, timings_text(old_values), timings_text(wanted)))
         return WriteOutcome::not_written;
     // The selectors show the values being written until the device's own
     // answers replace them.
@@ -195,7 +198,7 @@ WriteOutcome cb_t_Click(AppContext& ctx, int index, int position, bool locked) {
     if (locked || !ctx.device.live_valid || index < 0 || index >= timing_count || position < 0 ||
         position > 255)
         return WriteOutcome::not_written;
-    return write_timings(ctx, {{index, position}}, timing_wait_ms, QString(), Telling::note, {});
+    return write_timings(ctx, {{index, position}}, timing_wait_ms, std::nullopt, Telling::note, {});
 }
 
 WriteOutcome cmd_t_reset_Click(AppContext& ctx) {

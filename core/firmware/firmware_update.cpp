@@ -71,12 +71,14 @@ QByteArray await_acknowledgement(AppContext& ctx) {
     return {};
 }
 
-// After the restart: waits, serving events, until the device has said who
-// it is, the link was given up, or the repetitions' time has run out.
-bool await_identity(AppContext& ctx) {
+// After the restart: waits, serving events, until the initial requests
+// (the identity among them) are answered and live data comes in, the link
+// was given up, or the time for the requests and their repetitions has run
+// out.
+bool await_reconnection(AppContext& ctx) {
     const qint64 start = ctx.clock.elapsed_ms();
-    const auto limit = static_cast<qint64>(4 * ctx.config.TIMEOUT * 1000) + loader::restart_ms;
-    while (ctx.device.SW.isEmpty()) {
+    const auto limit = static_cast<qint64>(4 * ctx.config.TIMEOUT * 1000) + 5 * loader::restart_ms;
+    while (!ctx.device.live_valid) {
         if (ctx.link.device_handle == 0 || !ctx.timer1.enabled() ||
             ctx.clock.elapsed_ms() - start > limit)
             return false;
@@ -130,7 +132,7 @@ UpdateResult firmware_update(AppContext& ctx, UpdateProgress& progress) {
     // The device restarts into its new software: connect again as the menu
     // entry would, and show what the device now says it runs.
     protocol::connect_routine(ctx);
-    if (await_identity(ctx))
+    if (await_reconnection(ctx))
         ctx.ui.show_note(ctx.language.text(8038) + QLatin1Char(' ') + ctx.device.SW,
                          MsgIcon::information);
     return result;

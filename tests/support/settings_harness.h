@@ -4,6 +4,7 @@
 // first live status is in, so a setting can be changed as from the page.
 
 #include "app_context.h"
+#include "device/read_back.h"
 #include "fake_user_interface.h"
 #include "link/sim_link.h"
 #include "manual_clock.h"
@@ -88,6 +89,8 @@ struct Connected {
     std::shared_ptr<sim::Concentrator> device;
     std::unique_ptr<AppContext> ctx;
     QList<QByteArray> received; // every request the device took, in order
+    // What the last setting procedure a test ran returned.
+    device::WriteOutcome outcome = device::WriteOutcome::not_written;
 };
 
 } // namespace veltrako::testing
