@@ -229,6 +229,7 @@ private slots:
         device::DeviceRecord& r = h.ctx.device;
         r.live_valid = true;
         r.SN = "SN 4711";
+        r.phase = 3;
         r.ventile = 6;
         r.alarme = 0xFF;
         r.zeiten[0] = 100;
@@ -254,6 +255,7 @@ private slots:
                 qPrintable(w->objectName()));
         }
         QCOMPARE(h.form.control_as<QLineEdit>("t_krankenkasse")->text(), QString("AOK"));
+        QVERIFY(h.form.control_as<QLabel>("lbl_Phase")->text().isEmpty());
         for (const char* prefix : {"lbl_Ventil", "lbl_Alarm", "pic_"}) {
             const auto lamps = h.form.controls_with_prefix(prefix);
             QVERIFY(!lamps.isEmpty());

@@ -74,6 +74,8 @@ void blank(FrmMain& form) {
     // Whether an alarm sounds is not known without a device either.
     for (QWidget* w : form.controls_with_prefix(QStringLiteral("pic_")))
         set_text(w, QString());
+    // Nor a valve phase (deliberately emptied too: it is a value like the boxes).
+    set_text(form.control(QStringLiteral("lbl_Phase")), QString());
     if (QWidget* setsn = form.control(QStringLiteral("cmd_setsn")))
         setsn->hide();
     set_text(form.control(QStringLiteral("sysstatout")), QString());

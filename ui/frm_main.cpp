@@ -274,7 +274,11 @@ void FrmMain::set_info_caption(const QString& text) {
     control_as<QLabel>(QStringLiteral("lbl_info"))->setText(text);
 }
 
-void FrmMain::connection_changed(ConnectionState, const QString& text) {
+void FrmMain::connection_changed(ConnectionState state, const QString& text) {
+    // A note speaks of the connection it was made in.
+    if (state != shown_state_)
+        show_note(QString(), MsgIcon::none);
+    shown_state_ = state;
     connection_label_->setText(text);
     follow_device_controls();
 }

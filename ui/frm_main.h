@@ -101,6 +101,7 @@ private:
     LiveChart* chart_ = nullptr;
     QLabel* connection_label_ = nullptr;
     QLabel* note_label_ = nullptr;
+    ConnectionState shown_state_ = ConnectionState::no_device;
     QMultiHash<QString, QWidget*> controls_;
     QHash<QString, QAction*> actions_;
     bool busy_ = false;
