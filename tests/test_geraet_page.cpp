@@ -4,6 +4,7 @@
 // send, and the preset buttons show the files found.
 
 #include "app_context.h"
+#include "box_answers.h"
 #include "controls.h"
 #include "frm_main.h"
 #include "link/sim_link.h"
@@ -67,30 +68,6 @@ struct PageHarness {
     FrmMain form;
     std::shared_ptr<sim::Concentrator> device;
     AppContext ctx;
-};
-
-// Answers the message boxes that open, one after the other, with `buttons`.
-class BoxAnswers : public QObject {
-public:
-    explicit BoxAnswers(QList<QMessageBox::StandardButton> buttons) : buttons_(std::move(buttons)) {
-        timer_.setInterval(5);
-        connect(&timer_, &QTimer::timeout, this, [this] {
-            auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
-            // A box may still be on top for a moment after its answer.
-            if (box && box != answered_ && !buttons_.isEmpty() && box->button(buttons_.first())) {
-                answered_ = box;
-                texts << box->text();
-                box->button(buttons_.takeFirst())->click();
-            }
-        });
-        timer_.start();
-    }
-    QStringList texts;
-
-private:
-    QList<QMessageBox::StandardButton> buttons_;
-    QTimer timer_;
-    QMessageBox* answered_ = nullptr;
 };
 
 } // namespace

@@ -4,6 +4,7 @@
 // when one appears, and the device closed on quitting.
 
 #include "app_context.h"
+#include "box_answers.h"
 #include "frm_main.h"
 #include "link/sim_link.h"
 #include "sim/concentrator.h"
@@ -21,25 +22,6 @@
 using namespace veltrako;
 
 namespace {
-
-// Accepts every message box that opens and keeps its text.
-class MessageBoxWatcher : public QObject {
-public:
-    QStringList texts;
-    MessageBoxWatcher() {
-        timer_.setInterval(10);
-        connect(&timer_, &QTimer::timeout, this, [this] {
-            if (auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget())) {
-                texts << box->text();
-                box->accept();
-            }
-        });
-        timer_.start();
-    }
-
-private:
-    QTimer timer_;
-};
 
 struct Program {
     explicit Program(const QByteArray& scenario_text) {
@@ -85,7 +67,7 @@ class TestStartup : public QObject {
     Q_OBJECT
 private slots:
     void shows_live_values_after_start() {
-        MessageBoxWatcher boxes;
+        veltrako::testing::BoxAnswers boxes;
         Program program(steady_device);
         program.start();
         QCOMPARE(program.ctx->timer1.interval(), 20); // from veltrako2.ini
@@ -103,7 +85,7 @@ private slots:
     }
 
     void without_device_one_message_then_connects_by_itself() {
-        MessageBoxWatcher boxes;
+        veltrako::testing::BoxAnswers boxes;
         Program program(steady_device);
         program.plug(false);
         program.start();
@@ -119,7 +101,7 @@ private slots:
     }
 
     void missing_language_file_leaves_captions_empty() {
-        MessageBoxWatcher boxes;
+        veltrako::testing::BoxAnswers boxes;
         Program program(steady_device);
         QFile::remove(program.dir.filePath("langde.txt"));
         program.start();
