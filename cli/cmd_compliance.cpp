@@ -6,9 +6,9 @@
 #include "app_context.h"
 #include "cli_session.h"
 #include "commands.h"
-#include "compliance/compliance_chart.h"
 #include "compliance/compliance_file.h"
 #include "compliance/compliance_month.h"
+#include "compliance/compliance_print.h"
 #include "compliance/compliance_readout.h"
 #include "console_ui.h"
 #include "device/device_view.h"
@@ -161,7 +161,7 @@ int run_compliance(CommandEnv& env) {
             p.value(pdf_opt),
             [&](print::DrawingSurface& surface) {
                 compliance::compliance_print_page(surface, m.state, m.records, ctx.language,
-                                                  QLocale(), now);
+                                                  QLocale(), now, {QString(), now});
             },
             &error);
         if (!written) {

@@ -14,9 +14,9 @@
 #include "live_chart.h"
 #include "pages.h"
 #include "protocol/poll_cycle.h"
-#include "status/status_readout.h"
 #include "report/report_file.h"
 #include "report_page.h"
+#include "status/status_readout.h"
 
 #include <QAction>
 #include <QCloseEvent>
@@ -254,7 +254,8 @@ void FrmMain::set_info_caption(const QString& text) {
 void FrmMain::device_record_changed() {
     if (!ctx_)
         return;
-    refresh_device_tab(*this, device::make_device_tab_view(ctx_->device, QLocale()));
+    refresh_device_tab(*this,
+                       device::make_device_tab_view(ctx_->device, QLocale(), ctx_->language.words));
     apply_preset_buttons(*this, ctx_->presets);
     chart_->set_data_valid(ctx_->device.live_valid);
     compliance::follow_link_state(*ctx_);
