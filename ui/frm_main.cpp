@@ -27,6 +27,7 @@
 #include <QMenuBar>
 #include <QPlainTextEdit>
 #include <QPushButton>
+#include <QScrollArea>
 #include <QTabWidget>
 
 namespace veltrako::ui {
@@ -39,11 +40,21 @@ FrmMain::FrmMain(QWidget* parent) : QMainWindow(parent) {
     tab1_ = new QTabWidget;
     tab1_->setObjectName(QStringLiteral("tab1"));
     set_tag(tab1_, 11000);
-    tab1_->addTab(build_page_geraet(), QStringLiteral("Gerät"));
-    tab1_->addTab(build_page_protokoll(), QStringLiteral("Protokoll"));
-    tab1_->addTab(build_page_compliance(), QStringLiteral("Compliance"));
-    tab1_->addTab(build_page_system_status(), QStringLiteral("System Status"));
-    tab1_->addTab(build_page_entwickler(), QStringLiteral("Entwickler"));
+    // A page that does not fit the window scrolls instead of squeezing its
+    // controls over each other (a 1024 x 768 screen).
+    const auto scrolled = [](QWidget* page) {
+        auto* area = new QScrollArea;
+        area->setObjectName(page->objectName() + QStringLiteral("_scroll"));
+        area->setWidget(page);
+        area->setWidgetResizable(true);
+        area->setFrameShape(QFrame::NoFrame);
+        return area;
+    };
+    tab1_->addTab(scrolled(build_page_geraet()), QStringLiteral("Gerät"));
+    tab1_->addTab(scrolled(build_page_protokoll()), QStringLiteral("Protokoll"));
+    tab1_->addTab(scrolled(build_page_compliance()), QStringLiteral("Compliance"));
+    tab1_->addTab(scrolled(build_page_system_status()), QStringLiteral("System Status"));
+    tab1_->addTab(scrolled(build_page_entwickler()), QStringLiteral("Entwickler"));
     setCentralWidget(tab1_);
 
     build_menu();

@@ -40,7 +40,9 @@ void initialise(AppContext& ctx, const StartupOptions& options) {
 
 void size_form(FrmMain& form) {
     const QScreen* screen = QGuiApplication::primaryScreen();
-    const QSize wanted(1100, 760);
+    // Room for the whole "Gerät" page where the screen has it; on a smaller
+    // screen the pages scroll.
+    const QSize wanted(1320, 900);
     if (!screen) {
         form.resize(wanted);
         return;
