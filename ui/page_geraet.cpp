@@ -101,8 +101,7 @@ QGroupBox* values_frame() {
     static const Row rows[] = {
         {"lbl_o2", 11026, "O2 (%)", "t_o2", "888"},
         {"lbl_volumenstrom", 11027, "Volumenstrom (l/min)", "t_volumenstrom", "888.8"},
-        {"lbl_sollvolumenstrom", 11028, "Soll-Volumenstrom (l/min)", "t_sollvolumenstrom",
-         "888.8"},
+        {"lbl_sollvolumenstrom", 11028, "Soll-Volumenstrom (l/min)", "t_sollvolumenstrom", "888.8"},
         {"lbl_druck", 11029, "Druck (hPa)", "t_druck", "88888"},
         {"lbl_c", 11030, "Schallgeschwindigkeit (m/s)", "t_c", "8888.8"},
         {"lbl_gastemp", 11031, "Gastemperatur (°C)", "t_gastemp", "-888.8"},
