@@ -100,7 +100,7 @@ void compliance_print(FrmMain& form, AppContext& ctx) {
     if (!choose_printer(ctx, printer, &form,
                         compliance::compliance_pdf_name(m.state, m.records, now)))
         return;
-    const auto* patient = form.control_as<QLineEdit>(QStringLiteral("t_Patient"));
+    const auto* patient = form.control_as<QLineEdit>(QStringLiteral("t_patient"));
     const compliance::PrintedFor printed_for{patient ? patient->text() : QString(), now};
     QString error;
     const bool printed = print_on_printer(
@@ -115,6 +115,11 @@ void compliance_print(FrmMain& form, AppContext& ctx) {
 }
 
 } // namespace
+
+compliance::PrintedFor compliance_printed_for(const FrmMain& form, const AppContext& ctx) {
+    const auto* patient = form.control_as<QLineEdit>(QStringLiteral("t_patient"));
+    return {patient ? patient->text() : QString(), compliance::to_stamp(ctx.clock.now())};
+}
 
 void bind_page_compliance(FrmMain& form, AppContext& ctx) {
     compliance::install_compliance(ctx);

@@ -133,6 +133,8 @@ QGroupBox* values_frame() {
     fit_to_text(phase, QStringLiteral("888"));
     grid->addWidget(phase, row, 1);
     grid->setRowStretch(row + 1, 1);
+    // Room the window grows by goes to the captions; the boxes keep their width.
+    grid->setColumnStretch(0, 1);
     return frame;
 }
 
