@@ -6,6 +6,13 @@
 
 namespace veltrako::cli {
 
+namespace {
+
+// An outcome a person reads, in the chosen language.
+constexpr int text_not_taken = 8117;
+
+} // namespace
+
 int run_setting_plan(CommandEnv& env, const SettingPlan& plan) {
     int code = env.session.connect_and_read_record();
     if (code != exit_ok)
@@ -24,7 +31,7 @@ int run_setting_plan(CommandEnv& env, const SettingPlan& plan) {
     for (const auto& [key, value] : lines)
         print_line(key + QLatin1Char('|') + value);
     if (!taken) {
-        print_error(QStringLiteral("the device did not take the new value"));
+        print_error(env.ctx.language.text(text_not_taken));
         return exit_device;
     }
     return exit_ok;

@@ -75,7 +75,7 @@ QSet<int> message_numbers_in_code() {
                        R"(^[ \t]*constexpr\s+int\s+text_\w+\s*=)\s*(\d+)\s*[)\];])"),
         QRegularExpression::MultilineOption);
     QSet<int> numbers;
-    for (const char* folder : {"core", "ui", "app", "sim"}) {
+    for (const char* folder : {"core", "ui", "app", "cli", "sim"}) {
         QDirIterator it(QStringLiteral(VELTRAKO_SOURCE_DIR "/") + folder,
                         {QStringLiteral("*.cpp"), QStringLiteral("*.h")}, QDir::Files,
                         QDirIterator::Subdirectories);
