@@ -189,25 +189,29 @@ private slots:
         QTest::addColumn<QStringList>("identity"); // caption and value runs, in print order
         QTest::newRow("device, patient on the form")
             << "device"
-            << "Compliance" << QStringList{"Serial number: ", "VO2-7/1",
-                                           "LP number: ",     "LP12",
-                                           "Month: ",         "March 2021",
-                                           "Hours: ",         "36.0",
-                                           "Printed on: ",    "1 Apr 2021 10:30:00",
-                                           "Patient: ",       "Erika O'Neill"};
+            << "Compliance" << QStringList{"Serial number:", "VO2-7/1",
+                                           "LP number:",     "LP12",
+                                           "Month:",         "March 2021",
+                                           "Hours:",         "36.0",
+                                           "Printed on:",    "1 Apr 2021 10:30:00",
+                                           "Patient:",       "Erika O'Neill"};
         QTest::newRow("loaded file, serial number from its name")
             << "file"
-            << "Compliance"
-            << QStringList{"Serial number: ", "VO2-7",
-                           "File: ",          "Compliance_VO2-7_20210401_103000.txt",
-                           "Month: ",         "March 2021",
-                           "Hours: ",         "36.0",
-                           "Printed on: ",    "1 Apr 2021 10:30:00"};
+            << "Compliance" << QStringList{"Serial number:", "VO2-7",
+                                           "File:",          "Compliance_VO2-7_20210401_103000.txt",
+                                           "Month:",         "March 2021",
+                                           "Hours:",         "36.0",
+                                           "Printed on:",    "1 Apr 2021 10:30:00"};
+        // "…": the value is cut there, at the edge of the page.
+        QTest::newRow("a name longer than the page")
+            << "long"
+            << "Compliance" << QStringList{"Month:",      "March 2021",          "Hours:",   "36.0",
+                                           "Printed on:", "1 Apr 2021 10:30:00", "Patient:", "…"};
         QTest::newRow("test data say so in the title")
             << "test"
-            << "Compliance \u2013 Test data" << QStringList{"Month: ",      "March 2021",
-                                                            "Hours: ",      "36.0",
-                                                            "Printed on: ", "1 Apr 2021 10:30:00"};
+            << "Compliance \u2013 Test data"
+            << QStringList{
+                   "Month:", "March 2021", "Hours:", "36.0", "Printed on:", "1 Apr 2021 10:30:00"};
     }
     void printout_says_whose_it_is() {
         QFETCH(QString, origin);
@@ -222,6 +226,8 @@ private slots:
             memory.state.serial_number = "VO2-7/1";
             memory.state.lp_number = "LP12";
             printed_for.patient = "Erika O'Neill"; // printed as typed, not read as markup
+        } else if (origin == "long") {
+            printed_for.patient = QString(200, 'W');
         } else if (origin == "file") {
             memory.state.file_name = "Compliance_VO2-7_20210401_103000.txt";
             memory.state.serial_number = serial_from_file_name(memory.state.file_name);
@@ -252,13 +258,20 @@ private slots:
         const QStringList texts = page.run_texts();
         const qsizetype first = texts.indexOf(identity.first());
         QVERIFY2(first > texts.indexOf(summary->text), qPrintable(texts.join('|')));
-        QCOMPARE(texts.mid(first, identity.size()), identity);
+        QStringList shown = texts.mid(first, identity.size());
+        if (identity.last() == "…" && shown.last().endsWith("…"))
+            shown.last() = "…";
+        QCOMPARE(shown, identity);
+        // Every line of it stays on the page.
+        for (const RecordedRun& run : page.runs)
+            QVERIFY2(run.x + RecordingSurface::width_of(run) <= page.scale_width(),
+                     qPrintable(run.text));
         // Place, date and signature on two lines at the foot, below all else,
         // inside the page.
         const RecordedRun* place = page.find_run(QStringLiteral("Place, date"));
         const RecordedRun* sign = page.find_run(QStringLiteral("Signature"));
         QVERIFY(place && sign && near(place->y, sign->y) && sign->x > page.scale_width() / 2);
-        QVERIFY(place->y > page.find_run(identity.last())->y);
+        QVERIFY(place->y > page.find_run(texts[first + identity.size() - 1])->y);
         QVERIFY(place->y + RecordingSurface::height_in(place->font, "X") < page.scale_height());
         int signature_lines = 0;
         for (const RecordedLine& l : page.lines)

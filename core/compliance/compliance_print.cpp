@@ -34,6 +34,16 @@ QString markup_safe(QString text) {
         .replace(QLatin1Char('\t'), QLatin1Char(' '));
 }
 
+// The text cut to `width` with "…", so that a long value stays on the page.
+QString fitted(const print::DrawingSurface& s, const QString& text, double width) {
+    if (s.text_width(text) <= width)
+        return text;
+    QString cut = text;
+    while (!cut.isEmpty() && s.text_width(cut + QChar(0x2026)) > width)
+        cut.chop(1);
+    return cut + QChar(0x2026);
+}
+
 // The month the page shows, chosen as the chart chooses it, without touching
 // the state.
 Stamp shown_month(const ComplianceState& state, const ComplianceRecords& records, Stamp now) {
@@ -102,20 +112,25 @@ void compliance_print_page(print::DrawingSurface& surface, ComplianceState& stat
     print::print_line(surface, summary_text(summarise(month), language, locale), {margin},
                       print_page_left);
 
-    // Whose usage: caption and value in two columns, printed as they stand
-    // (a patient's name may hold a quote, which the markup would take for a tag).
+    // Whose usage: one line each, captions in a column and values after
+    // them, printed as they stand (a patient's name may hold a quote, which
+    // the markup would take for a tag) and cut with "…" at the page's edge.
     const auto lines = identity_lines(state, language, locale, printed_for);
     const double line_height = surface.text_height(tall);
+    const double caption_x = margin + print_page_left;
+    double value_x = caption_x;
+    for (const auto& line : lines)
+        value_x =
+            std::max(value_x, caption_x + surface.text_width(line.first + QStringLiteral(": ")));
     double y = surface.current_y() + line_height / 2;
-    for (std::size_t i = 0; i < lines.size(); ++i) {
-        const double x = (i % 2 == 0 ? margin : page_width / 2) + print_page_left;
+    for (const auto& [caption, value] : lines) {
         surface.set_bold(false);
-        surface.move_to(x, y);
-        surface.print(lines[i].first + QStringLiteral(": "), false);
+        surface.move_to(caption_x, y);
+        surface.print(caption + QLatin1Char(':'), false);
         surface.set_bold(true);
-        surface.print(lines[i].second, false);
-        if (i % 2 == 1)
-            y += line_height;
+        surface.move_to(value_x, y);
+        surface.print(fitted(surface, value, page_width - margin - value_x), false);
+        y += line_height;
     }
     surface.set_bold(false);
 
