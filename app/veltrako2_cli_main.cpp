@@ -8,6 +8,7 @@
 #include "config/config.h"
 #include "config/config_location.h"
 #include "config/language.h"
+#include "config/qt_translation.h"
 #include "config/text_file.h"
 #include "console_ui.h"
 #include "link/device_connection.h"
@@ -20,6 +21,7 @@
 #include <QFileInfo>
 #include <QGuiApplication>
 #include <QLocale>
+#include <QTranslator>
 
 #include <memory>
 
@@ -120,6 +122,11 @@ int main(int argc, char** argv) {
     QCoreApplication::setApplicationName(QStringLiteral("veltrako2-cli"));
     QCoreApplication::setApplicationVersion(QStringLiteral(VELTRAKO_VERSION));
     parser.process(*app);
+    // Qt's own words in the chosen language; the help above stays in the
+    // language of the options themselves.
+    QTranslator qt_words;
+    if (config::load_qt_translation(qt_words, parser.value(lang_opt)))
+        QCoreApplication::installTranslator(&qt_words);
 
     const QStringList args = parser.positionalArguments();
     const QString name = args.value(0);
@@ -168,6 +175,7 @@ int main(int argc, char** argv) {
     if (QFileInfo::exists(ctx.config_path))
         config::load_config(ctx.config, ctx.config_path, ctx.user_dir, ui);
     ctx.timer1.set_interval(ctx.config.TIMERINTERVAL);
+    ctx.language.words = config::language_locale(parser.value(lang_opt));
     const QString lang = ctx.program_dir + QStringLiteral("lang%1.txt").arg(parser.value(lang_opt));
     if (QFileInfo::exists(lang))
         config::load_language(ctx.language, lang, ui);

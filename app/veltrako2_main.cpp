@@ -1,6 +1,7 @@
 // veltrako2: the desktop service and inspection tool.
 
 #include "app_context.h"
+#include "config/qt_translation.h"
 #include "frm_main.h"
 #include "link/link_factory.h"
 #include "sim/concentrator.h"
@@ -10,14 +11,33 @@
 #include <QApplication>
 #include <QCommandLineParser>
 #include <QMessageBox>
+#include <QTranslator>
 
 using namespace veltrako;
 
-int main(int argc, char** argv) {
-    QApplication app(argc, argv);
-    QApplication::setApplicationName(QStringLiteral("veltrako2"));
-    QApplication::setApplicationVersion(QStringLiteral(VELTRAKO_VERSION));
+namespace {
 
+void name_application() {
+    QCoreApplication::setApplicationName(QStringLiteral("veltrako2"));
+    QCoreApplication::setApplicationVersion(QStringLiteral(VELTRAKO_VERSION));
+}
+
+// --help and --version answer before any window system is asked for, so
+// that they work over ssh and in scripts. Qt's own options for the window
+// (-platform, -display) are not known here and are not an error yet.
+void answer_without_display(int& argc, char** argv, QCommandLineParser& parser) {
+    const QCoreApplication probe(argc, argv);
+    name_application();
+    parser.parse(QCoreApplication::arguments());
+    if (parser.isSet(QStringLiteral("help")) || parser.isSet(QStringLiteral("help-all")))
+        parser.showHelp(0);
+    if (parser.isSet(QStringLiteral("version")))
+        parser.showVersion();
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
     QCommandLineParser parser;
     parser.setApplicationDescription(
         QStringLiteral("Service and inspection tool for an oxygen concentrator."));
@@ -31,7 +51,16 @@ int main(int argc, char** argv) {
                                       QStringLiteral("two-letter language code (default de)"),
                                       QStringLiteral("code"), QStringLiteral("de"));
     parser.addOptions({link_opt, lang_opt});
+    answer_without_display(argc, argv, parser);
+
+    QApplication app(argc, argv);
+    name_application();
     parser.process(app);
+
+    // Qt's own dialogs and buttons speak the program's language.
+    QTranslator qt_words;
+    if (config::load_qt_translation(qt_words, parser.value(lang_opt)))
+        QApplication::installTranslator(&qt_words);
 
     QString error;
     const auto option = link::parse_link_option(parser.value(link_opt), &error);

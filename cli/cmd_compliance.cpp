@@ -6,9 +6,9 @@
 #include "app_context.h"
 #include "cli_session.h"
 #include "commands.h"
-#include "compliance/compliance_chart.h"
 #include "compliance/compliance_file.h"
 #include "compliance/compliance_month.h"
+#include "compliance/compliance_print.h"
 #include "compliance/compliance_readout.h"
 #include "console_ui.h"
 #include "device/device_view.h"
@@ -23,6 +23,12 @@
 namespace veltrako::cli {
 
 namespace {
+
+// Outcomes a person reads, in the chosen language.
+constexpr int text_not_finished = 8110;
+constexpr int text_nothing_erased = 8112;
+constexpr int text_erased = 8113;
+constexpr int text_not_written = 8114;
 
 const QString out_opt = QStringLiteral("out");
 const QString pdf_opt = QStringLiteral("pdf");
@@ -75,7 +81,7 @@ int read_device(CommandEnv& env) {
     if (isatty(fileno(stderr)))
         std::fprintf(stderr, "\n");
     if (read != exit_ok || !m.state.has_data) {
-        print_error(QStringLiteral("the readout did not finish"));
+        print_error(env.ctx.language.text(text_not_finished));
         return exit_device;
     }
     return exit_ok;
@@ -90,12 +96,12 @@ int erase(CommandEnv& env) {
     if (env.ui.unanswered_question())
         return exit_usage;
     if (env.ctx.protocol.queue_count == questions_before) {
-        print_error(QStringLiteral("nothing erased"));
+        print_error(env.ctx.language.text(text_nothing_erased));
         return exit_ok;
     }
     const int drained = env.session.drain_queue();
     if (drained == exit_ok)
-        print_error(QStringLiteral("compliance memory erased"));
+        print_error(env.ctx.language.text(text_erased));
     return drained;
 }
 
@@ -150,7 +156,7 @@ int run_compliance(CommandEnv& env) {
 
     compliance::ComplianceMemory& m = ctx.compliance;
     if (p.isSet(out_opt) && !compliance::write_compliance_file(p.value(out_opt), m, QLocale())) {
-        print_error(QStringLiteral("could not write %1").arg(p.value(out_opt)));
+        print_error(ctx.language.text(text_not_written) + QLatin1Char(' ') + p.value(out_opt));
         return exit_device;
     }
     if (p.isSet(pdf_opt)) {
@@ -161,7 +167,7 @@ int run_compliance(CommandEnv& env) {
             p.value(pdf_opt),
             [&](print::DrawingSurface& surface) {
                 compliance::compliance_print_page(surface, m.state, m.records, ctx.language,
-                                                  QLocale(), now);
+                                                  QLocale(), now, {QString(), now});
             },
             &error);
         if (!written) {

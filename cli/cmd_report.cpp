@@ -19,6 +19,9 @@ namespace veltrako::cli {
 
 namespace {
 
+// An outcome a person reads, in the chosen language.
+constexpr int text_not_written = 8115;
+
 const QString out_name = QStringLiteral("out");
 const QString print_name = QStringLiteral("print");
 const QString pdf_name = QStringLiteral("pdf");
@@ -79,7 +82,7 @@ int write_report(CommandEnv& env) {
         record.set_value(key, value);
     const QString out = env.parser.value(out_name);
     if (!config::write_text_lines(out, report::report_file_lines(record, QLocale()))) {
-        print_error(QStringLiteral("could not write the report to %1").arg(out));
+        print_error(env.ctx.language.text(text_not_written) + QLatin1Char(' ') + out);
         return exit_device;
     }
     return exit_ok;

@@ -15,6 +15,10 @@ namespace veltrako::cli {
 
 namespace {
 
+// An outcome a person reads, in the chosen language: %1 the device's
+// version, %2 the payload.
+constexpr int text_not_sent = 8116;
+
 int run_send(CommandEnv& env) {
     QList<QByteArray> payloads;
     for (const QString& arg : env.args) {
@@ -52,7 +56,7 @@ int run_send(CommandEnv& env) {
     };
     for (const QByteArray& payload : payloads) {
         if (!protocol::send_permitted(ctx, payload)) {
-            print_error(QStringLiteral("not sent: device version %1 does not take \"%2\"")
+            print_error(ctx.language.text(text_not_sent)
                             .arg(protocol::version_code(ctx), QString::fromLatin1(payload)));
             continue;
         }

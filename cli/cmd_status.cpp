@@ -15,6 +15,10 @@ namespace veltrako::cli {
 
 namespace {
 
+// Outcomes a person reads, in the chosen language.
+constexpr int text_not_finished = 8111;
+constexpr int text_not_written = 8114;
+
 const QString out_option = QStringLiteral("out");
 
 int run_status(CommandEnv& env) {
@@ -36,7 +40,7 @@ int run_status(CommandEnv& env) {
     status::cmd_sysstatread_Click(env.ctx);
     code = env.session.run_until([&] { return env.ui.status_tables_shown > shown; });
     if (env.ui.status_tables_shown == shown) {
-        print_error(QStringLiteral("the status readout did not finish"));
+        print_error(env.ctx.language.text(text_not_finished));
         return code == exit_ok ? exit_device : code;
     }
     const QString& table = env.ui.status_table;
@@ -46,7 +50,8 @@ int run_status(CommandEnv& env) {
     for (const QString& line : lines)
         print_line(line);
     if (!out.isEmpty() && !status::write_status_table(out, table)) {
-        print_error(QStringLiteral("could not write %1").arg(QDir::toNativeSeparators(out)));
+        print_error(env.ctx.language.text(text_not_written) + QLatin1Char(' ') +
+                    QDir::toNativeSeparators(out));
         return exit_device;
     }
     return exit_ok;

@@ -6,6 +6,13 @@
 
 namespace veltrako::cli {
 
+namespace {
+
+// An outcome a person reads, in the chosen language.
+constexpr int text_nothing_written = 8117;
+
+} // namespace
+
 int run_setting_plan(CommandEnv& env, const SettingPlan& plan) {
     const int code = env.session.connect_and_read_record();
     if (code != exit_ok)
@@ -21,7 +28,7 @@ int run_setting_plan(CommandEnv& env, const SettingPlan& plan) {
     if (env.ui.unanswered_question())
         return exit_usage;
     if (outcome == device::WriteOutcome::not_written) {
-        print_error(QStringLiteral("nothing written"));
+        print_error(env.ctx.language.text(text_nothing_written));
         return exit_ok;
     }
     if (env.ctx.link.device_handle == 0)

@@ -2,8 +2,8 @@
 // content must load or be refused, and whatever loads must chart.
 
 #include "app_context.h"
-#include "compliance/compliance_chart.h"
 #include "compliance/compliance_file.h"
+#include "compliance/compliance_print.h"
 #include "compliance/compliance_readout.h"
 #include "fuzz_support.h"
 #include "print/recording_surface.h"
@@ -31,7 +31,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         print::RecordingSurface surface;
         compliance::ComplianceMemory& m = ctx.compliance;
         compliance::compliance_print_page(surface, m.state, m.records, ctx.language, QLocale::c(),
-                                          compliance::to_stamp(clock.now()));
+                                          compliance::to_stamp(clock.now()), {});
         compliance::cmd_nextmonth_Click(ctx);
     }
     return 0;

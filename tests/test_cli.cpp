@@ -1,41 +1,25 @@
 // The command-line front end as a script uses it: against the stand-alone
 // simulator over a pseudo-terminal, and against the in-process simulator.
 
+#include "cli_program.h"
 #include "payload_text.h"
 #include "sim_server_process.h"
 
 #include <QElapsedTimer>
 #include <QFile>
-#include <QProcess>
 #include <QTemporaryDir>
 #include <QTest>
 
 namespace {
 
-struct Run {
-    int exit_code = -1;
-    QString out;
-    QString err;
-};
+using Run = veltrako::testing::ProgramRun;
 
 Run run_cli(const QStringList& arguments, int timeout_ms = 20000,
             const QString& lc_all = QStringLiteral("C.UTF-8")) {
-    QProcess p;
-    QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
-    env.insert(QStringLiteral("LC_ALL"), lc_all);
-    p.setProcessEnvironment(env);
-    p.start(QStringLiteral(VELTRAKO2_CLI_PATH), arguments);
-    Run r;
-    if (!p.waitForFinished(timeout_ms)) {
-        p.kill();
-        p.waitForFinished();
-        r.err = QStringLiteral("did not finish");
-        return r;
-    }
-    r.exit_code = p.exitStatus() == QProcess::NormalExit ? p.exitCode() : -1;
-    r.out = QString::fromUtf8(p.readAllStandardOutput());
-    r.err = QString::fromUtf8(p.readAllStandardError());
-    return r;
+    const veltrako::testing::ProgramCopy cli(QStringLiteral(VELTRAKO2_CLI_PATH));
+    if (!cli.ok())
+        qFatal("cannot copy the program");
+    return cli.run(arguments, timeout_ms, {{QStringLiteral("LC_ALL"), lc_all}});
 }
 
 QMap<QString, QString> key_values(const QString& text) {
@@ -219,6 +203,31 @@ private slots:
             QVERIFY2(at >= 0, qPrintable(s + " not in:\n" + r.err));
         }
         QCOMPARE(r.err.contains("block"), exit_code == 0);
+    }
+
+    // Over ssh or in a script there is no display: the programs still
+    // explain themselves and say which version they are.
+    void explain_without_a_display_data() {
+        QTest::addColumn<QString>("program");
+        QTest::addColumn<QString>("option");
+        QTest::addColumn<QString>("said");
+        QTest::newRow("veltrako2 --help") << VELTRAKO2_PATH << "--help"
+                                          << "--link";
+        QTest::newRow("veltrako2 --version") << VELTRAKO2_PATH << "--version"
+                                             << "veltrako2 ";
+        QTest::newRow("veltrako2-cli --help") << VELTRAKO2_CLI_PATH << "--help"
+                                              << "compliance";
+    }
+    void explain_without_a_display() {
+        QFETCH(QString, program);
+        QFETCH(QString, option);
+        QFETCH(QString, said);
+        const veltrako::testing::ProgramCopy copy(program);
+        QVERIFY(copy.ok());
+        const Run r = copy.run({option}, 20000,
+                               {{"DISPLAY", ""}, {"WAYLAND_DISPLAY", ""}, {"QT_QPA_PLATFORM", ""}});
+        QVERIFY2(r.exit_code == 0, qPrintable(r.err));
+        QVERIFY2(r.out.contains(said), qPrintable(r.out));
     }
 
     void payload_arguments_data() {

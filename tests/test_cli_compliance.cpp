@@ -2,8 +2,9 @@
 // simulator: the month lines, the progress on stderr, the file and the PDF,
 // the same lines again from the saved file, and the erase question.
 
+#include "cli_program.h"
+
 #include <QFile>
-#include <QProcess>
 #include <QRegularExpression>
 #include <QStandardPaths>
 #include <QTemporaryDir>
@@ -11,32 +12,14 @@
 
 namespace {
 
-struct Run {
-    int exit_code = -1;
-    QString out;
-    QString err;
-};
+using Run = veltrako::testing::ProgramRun;
 
-Run run_cli(const QStringList& arguments) {
-    QProcess p;
-    p.start(QStringLiteral(VELTRAKO2_CLI_PATH), arguments);
-    Run r;
-    if (!p.waitForFinished(60000)) {
-        p.kill();
-        p.waitForFinished();
-        return r;
-    }
-    r.exit_code = p.exitStatus() == QProcess::NormalExit ? p.exitCode() : -1;
-    r.out = QString::fromUtf8(p.readAllStandardOutput());
-    r.err = QString::fromUtf8(p.readAllStandardError());
-    return r;
-}
-
-QString pdf_text(const QString& pdf) {
-    QProcess p;
-    p.start(QStandardPaths::findExecutable(QStringLiteral("pdftotext")), {pdf, "-"});
-    p.waitForFinished(30000);
-    return QString::fromUtf8(p.readAllStandardOutput()).simplified();
+Run run_cli(const QStringList& arguments,
+            const QList<std::pair<QString, QString>>& environment = {}) {
+    const veltrako::testing::ProgramCopy cli(QStringLiteral(VELTRAKO2_CLI_PATH));
+    if (!cli.ok())
+        qFatal("cannot copy the program");
+    return cli.run(arguments, 60000, environment);
 }
 
 } // namespace
@@ -63,7 +46,7 @@ private slots:
         QVERIFY(saved.open(QIODevice::ReadOnly));
         QCOMPARE(saved.readAll().count("\r\n"), 61);
         if (!QStandardPaths::findExecutable("pdftotext").isEmpty()) {
-            const QString text = pdf_text(pdf);
+            const QString text = veltrako::testing::pdf_text(pdf);
             QVERIFY2(text.contains("February 2026"), qPrintable(text));
             QVERIFY2(text.contains(": 28 "), qPrintable(text)); // days with use
         }
@@ -71,6 +54,42 @@ private slots:
         const Run loaded = run_cli({"compliance", "--load", file});
         QCOMPARE(loaded.exit_code, 0);
         QCOMPARE(loaded.out, device.out);
+    }
+
+    // Month names follow --lang, whatever the language of the system; the
+    // printout names the device of the file it was loaded from.
+    void month_in_the_chosen_language_data() {
+        QTest::addColumn<QString>("lang");
+        QTest::addColumn<QString>("lc_all");
+        QTest::addColumn<QString>("title");
+        QTest::newRow("de on an English system") << "de"
+                                                 << "en_US.UTF-8"
+                                                 << "März 2026";
+        QTest::newRow("en on a German system") << "en"
+                                               << "de_DE.UTF-8"
+                                               << "March 2026";
+    }
+    void month_in_the_chosen_language() {
+        QFETCH(QString, lang);
+        QFETCH(QString, lc_all);
+        QFETCH(QString, title);
+        if (QStandardPaths::findExecutable("pdftotext").isEmpty())
+            QSKIP("pdftotext is not installed");
+        QTemporaryDir dir;
+        const QString file = dir.filePath("Compliance_VO2-0012345_20260402_093000.txt");
+        QFile saved(file);
+        QVERIFY(saved.open(QIODevice::WriteOnly));
+        saved.write("0|02.03.2026 08:00:00-02.03.2026 12:30:00\r\n");
+        saved.close();
+        const QString pdf = dir.filePath("c.pdf");
+        const Run r = run_cli(
+            {"--lang", lang, "compliance", "--load", file, "--pdf", pdf, "--month", "2026-03"},
+            {{"LC_ALL", lc_all}, {"LANG", lc_all}});
+        QVERIFY2(r.exit_code == 0, qPrintable(r.err));
+        const QString text = veltrako::testing::pdf_text(pdf);
+        QVERIFY2(text.contains(title) && text.contains("VO2-0012345"), qPrintable(text));
+        // Numbers stay in the system's locale.
+        QVERIFY2(text.contains(lc_all.startsWith("de") ? "4,5" : "4.5"), qPrintable(text));
     }
 
     void refuses_what_it_cannot_do_data() {

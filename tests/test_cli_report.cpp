@@ -2,32 +2,22 @@
 // fields from the command line, printed again to PDF without a device, and
 // the usage errors that leave everything untouched.
 
+#include "cli_program.h"
+
 #include <QFile>
-#include <QProcess>
 #include <QStandardPaths>
 #include <QTemporaryDir>
 #include <QTest>
 
 namespace {
 
-struct Run {
-    int exit_code = -1;
-    QString err;
-};
+using Run = veltrako::testing::ProgramRun;
 
 Run run_cli(const QStringList& arguments) {
-    QProcess p;
-    p.start(QStringLiteral(VELTRAKO2_CLI_PATH), arguments);
-    Run r;
-    if (!p.waitForFinished(30000)) {
-        p.kill();
-        p.waitForFinished();
-        r.err = QStringLiteral("did not finish");
-        return r;
-    }
-    r.exit_code = p.exitStatus() == QProcess::NormalExit ? p.exitCode() : -1;
-    r.err = QString::fromUtf8(p.readAllStandardError());
-    return r;
+    const veltrako::testing::ProgramCopy cli(QStringLiteral(VELTRAKO2_CLI_PATH));
+    if (!cli.ok())
+        qFatal("cannot copy the program");
+    return cli.run(arguments, 30000);
 }
 
 } // namespace
@@ -53,16 +43,12 @@ private slots:
         QVERIFY(!bytes.contains("\r\nBSTD|\r\n"));
         QVERIFY(bytes.contains("\r\nt_Datum|"));
 
-        const QString pdftotext = QStandardPaths::findExecutable(QStringLiteral("pdftotext"));
-        if (pdftotext.isEmpty())
+        if (QStandardPaths::findExecutable(QStringLiteral("pdftotext")).isEmpty())
             QSKIP("pdftotext is not installed");
         const QString pdf = dir.filePath(QStringLiteral("report.pdf"));
         const Run printed = run_cli({"--lang", "de", "report", "--print", file, "--pdf", pdf});
         QVERIFY2(printed.exit_code == 0, qPrintable(printed.err));
-        QProcess p;
-        p.start(pdftotext, {pdf, QStringLiteral("-")});
-        QVERIFY(p.waitForFinished(30000));
-        const QString text = QString::fromUtf8(p.readAllStandardOutput());
+        const QString text = veltrako::testing::pdf_text(pdf);
         const QString sn = QString::fromUtf8(bytes)
                                .section(QStringLiteral("\r\nSN|"), 1)
                                .section(QLatin1Char('\r'), 0, 0);

@@ -5,37 +5,26 @@
 // 2 before anything is written; a value the device does not take ends with 1
 // and a message naming both values.
 
+#include "cli_program.h"
+
 #include <QDate>
 #include <QFile>
-#include <QProcess>
-#include <QTemporaryDir>
 #include <QTest>
 
 namespace {
 
-struct Run {
-    int exit_code = -1;
-    QString out;
-    QString err;
+struct Run : veltrako::testing::ProgramRun {
     QString log; // the communication log
 };
 
 Run run_cli(const QString& link, const QStringList& arguments) {
-    QTemporaryDir dir;
-    const QString log = dir.filePath("log.txt");
-    QProcess p;
-    p.start(QStringLiteral(VELTRAKO2_CLI_PATH),
-            QStringList{"--link", link, "--log", log} + arguments);
+    const veltrako::testing::ProgramCopy cli(QStringLiteral(VELTRAKO2_CLI_PATH));
+    if (!cli.ok())
+        qFatal("cannot copy the program");
+    const QString log = cli.file("log.txt");
     Run r;
-    if (!p.waitForFinished(30000)) {
-        p.kill();
-        p.waitForFinished();
-        r.err = QStringLiteral("did not finish");
-        return r;
-    }
-    r.exit_code = p.exitStatus() == QProcess::NormalExit ? p.exitCode() : -1;
-    r.out = QString::fromUtf8(p.readAllStandardOutput());
-    r.err = QString::fromUtf8(p.readAllStandardError());
+    static_cast<veltrako::testing::ProgramRun&>(r) =
+        cli.run(QStringList{"--link", link, "--log", log} + arguments, 30000);
     QFile f(log);
     if (f.open(QIODevice::ReadOnly))
         r.log = QString::fromLatin1(f.readAll());

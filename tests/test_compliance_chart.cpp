@@ -3,6 +3,8 @@
 // as text.
 
 #include "compliance/compliance_chart.h"
+#include "compliance/compliance_file.h"
+#include "compliance/compliance_print.h"
 #include "config/language.h"
 #include "painter_surface.h"
 #include "pdf_output.h"
@@ -37,8 +39,10 @@ struct Drawn {
     Month month;
     config::LanguageTables language;
 
-    explicit Drawn(const QList<ComplianceRecord>& records, const QLocale& locale = QLocale::c(),
+    // `words`: the program's language, for the month names.
+    explicit Drawn(const QList<ComplianceRecord>& records, const QLocale& words = QLocale::c(),
                    Stamp shown = 0) {
+        language.words = words;
         memory.state.shown_month = shown;
         for (int i = 0; i < records.size(); ++i)
             memory.records[std::size_t(i)] = records[i];
@@ -46,7 +50,7 @@ struct Drawn {
         language.language_text[6001] = QStringLiteral("Hours");
         language.language_text[6002] = QStringLiteral("Day");
         month = compliance_draw(surface, 500, 400, W, H, F, memory.state, memory.records,
-                                chart_texts(language, locale), make_stamp(2026, 3, 2));
+                                chart_texts(language, QLocale::c()), make_stamp(2026, 3, 2));
     }
     // The plot as the chart lays it out for the recording surface's measures.
     double m() const { return 0.005 * W; }
@@ -62,6 +66,12 @@ config::LanguageTables print_texts(const char* days, const char* mean, const cha
     language.language_text[6012] = QString::fromLatin1(days);
     language.language_text[6013] = QString::fromLatin1(mean);
     language.language_text[6014] = QString::fromLatin1(pause);
+    const std::pair<int, const char*> captions[] = {
+        {11011, "Serial number"}, {11013, "LP number"}, {8103, "File"},     {8101, "Month"},
+        {11101, "Hours"},         {8102, "Printed on"}, {11074, "Patient"}, {11100, "Test data"},
+        {7014, "Place, date"},    {8104, "Signature"}};
+    for (const auto& [n, text] : captions)
+        language.language_text[std::size_t(n)] = QString::fromLatin1(text);
     return language;
 }
 
@@ -173,29 +183,100 @@ private slots:
                            d.y0() + 24 * d.hour_step()));
     }
 
-    void printout_has_title_chart_and_summary() {
+    void printout_says_whose_it_is_data() {
+        QTest::addColumn<QString>("origin");
+        QTest::addColumn<QString>("title");
+        QTest::addColumn<QStringList>("identity"); // caption and value runs, in print order
+        QTest::newRow("device, patient on the form")
+            << "device"
+            << "Compliance" << QStringList{"Serial number:", "VO2-7/1",
+                                           "LP number:",     "LP12",
+                                           "Month:",         "March 2021",
+                                           "Hours:",         "36.0",
+                                           "Printed on:",    "1 Apr 2021 10:30:00",
+                                           "Patient:",       "Erika O'Neill"};
+        QTest::newRow("loaded file, serial number from its name")
+            << "file"
+            << "Compliance" << QStringList{"Serial number:", "VO2-7",
+                                           "File:",          "Compliance_VO2-7_20210401_103000.txt",
+                                           "Month:",         "March 2021",
+                                           "Hours:",         "36.0",
+                                           "Printed on:",    "1 Apr 2021 10:30:00"};
+        // "…": the value is cut there, at the edge of the page.
+        QTest::newRow("a name longer than the page")
+            << "long"
+            << "Compliance" << QStringList{"Month:",      "March 2021",          "Hours:",   "36.0",
+                                           "Printed on:", "1 Apr 2021 10:30:00", "Patient:", "…"};
+        QTest::newRow("test data say so in the title")
+            << "test"
+            << "Compliance \u2013 Test data"
+            << QStringList{
+                   "Month:", "March 2021", "Hours:", "36.0", "Printed on:", "1 Apr 2021 10:30:00"};
+    }
+    void printout_says_whose_it_is() {
+        QFETCH(QString, origin);
+        QFETCH(QString, title);
+        QFETCH(QStringList, identity);
         ComplianceMemory memory;
         memory.records[0] = period(t(2021, 3, 3, 22), t(2021, 3, 5, 6));
         memory.records[1] = period(t(2021, 3, 9, 8), t(2021, 3, 9, 12));
         memory.state.last_index = 1;
+        PrintedFor printed_for{QString(), to_stamp(t(2021, 4, 1, 10, 30))};
+        if (origin == "device") {
+            memory.state.serial_number = "VO2-7/1";
+            memory.state.lp_number = "LP12";
+            printed_for.patient = "Erika O'Neill"; // printed as typed, not read as markup
+        } else if (origin == "long") {
+            printed_for.patient = QString(200, 'W');
+        } else if (origin == "file") {
+            memory.state.file_name = "Compliance_VO2-7_20210401_103000.txt";
+            memory.state.serial_number = serial_from_file_name(memory.state.file_name);
+        } else {
+            memory.state.test_data = true;
+        }
         RecordingSurface page;
         compliance_print_page(page, memory.state, memory.records,
-                              print_texts("Days", "Mean", "Pause"), QLocale::c(), 0);
-        const RecordedRun* title = page.find_run(QStringLiteral("Compliance"));
-        QVERIFY(title && title->font.bold);
-        QCOMPARE(title->font.points, 13.0);
-        QVERIFY(
-            near(title->x + RecordingSurface::width_of(*title) / 2, page.scale_width() / 2 + 15));
+                              print_texts("Days", "Mean", "Pause"), QLocale::c(), 0, printed_for);
+        const RecordedRun* heading = page.find_run(title);
+        QVERIFY2(heading && heading->font.bold, qPrintable(page.run_texts().join('|')));
+        QCOMPARE(heading->font.points, 13.0);
+        QVERIFY(near(heading->x + RecordingSurface::width_of(*heading) / 2,
+                     page.scale_width() / 2 + 15));
         const RecordedRun* month = page.find_run(QStringLiteral("March 2021"));
-        QVERIFY(month && month->y > title->y);
-        const QString summary = QStringLiteral("Days: 4   Mean: 9.0   Pause: 98.0");
-        const RecordedRun* line = page.find_run(summary);
-        QVERIFY2(line, qPrintable(page.run_texts().join('|')));
+        QVERIFY(month && month->y > heading->y);
+        const RecordedRun* summary =
+            page.find_run(QStringLiteral("Days: 4   Mean: 9.0   Pause: 98.0"));
+        QVERIFY2(summary, qPrintable(page.run_texts().join('|')));
         double chart_bottom = 0;
         for (const RecordedLine& l : page.lines)
-            chart_bottom = std::max(chart_bottom, l.y2);
-        QVERIFY(line->y > chart_bottom);
+            if (l.colour == grid_colour)
+                chart_bottom = std::max(chart_bottom, std::max(l.y1, l.y2));
+        QVERIFY(summary->y > chart_bottom);
         QCOMPARE(int(page.boxes.size()), 4);
+
+        // The identity under the summary, in order, nothing else among it.
+        const QStringList texts = page.run_texts();
+        const qsizetype first = texts.indexOf(identity.first());
+        QVERIFY2(first > texts.indexOf(summary->text), qPrintable(texts.join('|')));
+        QStringList shown = texts.mid(first, identity.size());
+        if (identity.last() == "…" && shown.last().endsWith("…"))
+            shown.last() = "…";
+        QCOMPARE(shown, identity);
+        // Every line of it stays on the page.
+        for (const RecordedRun& run : page.runs)
+            QVERIFY2(run.x + RecordingSurface::width_of(run) <= page.scale_width(),
+                     qPrintable(run.text));
+        // Place, date and signature on two lines at the foot, below all else,
+        // inside the page.
+        const RecordedRun* place = page.find_run(QStringLiteral("Place, date"));
+        const RecordedRun* sign = page.find_run(QStringLiteral("Signature"));
+        QVERIFY(place && sign && near(place->y, sign->y) && sign->x > page.scale_width() / 2);
+        QVERIFY(place->y > page.find_run(texts[first + identity.size() - 1])->y);
+        QVERIFY(place->y + RecordingSurface::height_in(place->font, "X") < page.scale_height());
+        int signature_lines = 0;
+        for (const RecordedLine& l : page.lines)
+            signature_lines += l.colour == black && near(l.y1, place->y - 60) ? 1 : 0;
+        QCOMPARE(signature_lines, 2);
     }
 
     void printout_to_pdf_reads_back() {
@@ -209,7 +290,7 @@ private slots:
         const auto language = print_texts("Days with use", "Mean per day", "Longest pause");
         const QString pdf = dir.filePath("c.pdf");
         QVERIFY(paint::print_to_pdf(pdf, [&](DrawingSurface& s) {
-            compliance_print_page(s, memory.state, memory.records, language, QLocale::c(), 0);
+            compliance_print_page(s, memory.state, memory.records, language, QLocale::c(), 0, {});
         }));
         QProcess p;
         p.start(pdftotext, {"-layout", pdf, "-"});

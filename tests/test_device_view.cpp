@@ -4,6 +4,7 @@
 // model-dependent controls. The blanked page is the window's work and is
 // checked on the window.
 
+#include "config/language.h"
 #include "device/device_record.h"
 #include "device/device_view.h"
 #include "device/parameter_values.h"
@@ -69,7 +70,7 @@ private slots:
         r.alarme = static_cast<std::uint8_t>(alarme);
         r.alarme2 = static_cast<std::uint8_t>(alarme2);
         r.alarmstufe = static_cast<std::uint8_t>(level);
-        const DeviceTabView view = make_device_tab_view(r, QLocale::c());
+        const DeviceTabView view = make_device_tab_view(r, QLocale::c(), QLocale::c());
         QString got;
         for (const char* c :
              {"lbl_VentilE1", "lbl_VentilE2", "lbl_VentilA1", "lbl_VentilA2", "lbl_VentilSP",
@@ -95,14 +96,14 @@ private slots:
         QFETCH(bool, enabled);
         DeviceRecord r = live_record();
         r.LP = lp;
-        QCOMPARE(make_device_tab_view(r, QLocale::c()).togglelp_enabled, enabled);
+        QCOMPARE(make_device_tab_view(r, QLocale::c(), QLocale::c()).togglelp_enabled, enabled);
     }
 
     void value_texts_data() {
         QTest::addColumn<bool>("filled");
         QTest::addColumn<QString>("texts"); // in the order value_texts() lists the boxes
         QTest::newRow("filled") << true
-                                << "001234:50|999|02.03.2026 14:05:09|343,3|1013|37,3|46|12345|95|"
+                                << "001234:50|999|3/2/2026 14:05:09|343,3|1013|37,3|46|12345|95|"
                                    "12,5|0,0|SN 0815|24,0|7012|100,0|0,3|2,0|7";
         QTest::newRow("empty record, zero date")
             << false << "|||0,0|0|0,0|0||0|0,0|0,0||0,0||0,0|0,0|0,0|0";
@@ -131,7 +132,10 @@ private slots:
             r.SOLL_VOLUMENSTROM = 160 * 0.0125;
             r.phase = 7;
         }
-        const DeviceTabView view = make_device_tab_view(r, german);
+        // Numbers in the user's German locale, the clock in the program's
+        // English: an English window on a German PC.
+        const DeviceTabView view =
+            make_device_tab_view(r, german, veltrako::config::language_locale("en"));
         QStringList got;
         for (const char* box :
              {"t_bstd", "t_Restzeit", "t_datetime", "t_c", "t_druck", "t_gastemp",
@@ -164,7 +168,7 @@ private slots:
         r.family_code = family;
         r.SW = sw;
         detect_device_type(r);
-        const ModelControls m = make_device_tab_view(r, QLocale::c()).model;
+        const ModelControls m = make_device_tab_view(r, QLocale::c(), QLocale::c()).model;
         QString got;
         for (bool f : {m.valve_sp, m.alarm_rest, m.alarm_low, m.acoustic, m.acoustic_o22,
                        m.flow_selectors, m.extra_timings})

@@ -16,22 +16,43 @@
 
 #include <QApplication>
 #include <QComboBox>
+#include <QDir>
 #include <QFile>
 #include <QFocusEvent>
 #include <QLabel>
 #include <QLineEdit>
 #include <QMessageBox>
 #include <QPushButton>
+#include <QRegularExpression>
+#include <QStyle>
+#include <QStyleOptionFrame>
 #include <QTemporaryDir>
 #include <QTest>
 #include <QTimer>
 #include <QWheelEvent>
+
+#include <cmath>
 
 using namespace veltrako;
 using namespace veltrako::ui;
 using namespace veltrako::testing;
 
 namespace {
+
+// Contrast ratio of two colours as the web's accessibility rules define it:
+// (L1 + 0.05) / (L2 + 0.05) of their relative luminances.
+double contrast(const QColor& a, const QColor& b) {
+    const auto luminance = [](const QColor& c) {
+        const auto channel = [](double v) {
+            return v <= 0.03928 ? v / 12.92 : std::pow((v + 0.055) / 1.055, 2.4);
+        };
+        return 0.2126 * channel(c.redF()) + 0.7152 * channel(c.greenF()) +
+               0.0722 * channel(c.blueF());
+    };
+    const double la = luminance(a);
+    const double lb = luminance(b);
+    return (std::max(la, lb) + 0.05) / (std::min(la, lb) + 0.05);
+}
 
 struct PageHarness {
     explicit PageHarness(const QByteArray& scenario, const QString& program_dir = {})
@@ -171,8 +192,94 @@ private slots:
         QCOMPARE(p.queued().first(), bytes_of({'w', '0', 90}));
         QCOMPARE(p.queued().size(), 22);
 
+        QVERIFY(!p.form.control("frm_zeiten_preset")->isHidden());
+        // A model without presets shows no presets box at all.
         PageHarness older("NOISE=off\n", dir.path() + '/');
-        QVERIFY(older.form.control("cmdPresetZeiten", 3)->isHidden());
+        QVERIFY(older.form.control("frm_zeiten_preset")->isHidden());
+    }
+
+    // Every simulated family at the smallest and a large window: each value
+    // box shows the widest value the family sent whole, the whole
+    // "Messwerte" box is there, no control is squeezed below what it needs
+    // and none overlaps another (what does not fit scrolls).
+    void page_fits_every_family_data() {
+        QTest::addColumn<QString>("scenario");
+        QTest::addColumn<QSize>("window");
+        const QDir folder(QStringLiteral(VELTRAKO_SOURCE_DIR "/sim/scenarios"));
+        const QStringList files = folder.entryList({"*.scn"}, QDir::Files);
+        QVERIFY(files.size() >= 5);
+        for (const QString& file : files)
+            for (const QSize size : {QSize(1024, 768), QSize(1400, 1000)})
+                QTest::addRow("%s %dx%d", qPrintable(file), size.width(), size.height())
+                    << folder.filePath(file) << size;
+    }
+    void page_fits_every_family() {
+        QFETCH(QString, scenario);
+        QFETCH(QSize, window);
+        QFile file(scenario);
+        QVERIFY(file.open(QIODevice::ReadOnly));
+        // The family's values without its faults: a lost answer would end in
+        // a message box, and the values are what counts here.
+        static const QRegularExpression fault(
+            "^(SILENT|DROP_EVERY|CORRUPT_CRC_EVERY|GARBAGE_BETWEEN_FRAMES|SPLIT_ANSWERS|UNPLUG)=");
+        QByteArray scenario_text;
+        for (const QByteArray& line : file.readAll().split('\n'))
+            if (!fault.match(QString::fromUtf8(line)).hasMatch())
+                scenario_text += line + '\n';
+        PageHarness p(scenario_text);
+        p.form.resize(window);
+        p.form.show();
+        QMap<QString, QString> widest; // box -> widest text it showed
+        for (int tick = 0; tick < 600; ++tick) {
+            p.clock.advance_ms(50);
+            protocol::timer1_tick(p.ctx);
+            for (QLineEdit* box : p.form.findChildren<QLineEdit*>(QRegularExpression("^t_"))) {
+                const QString text = box->text();
+                if (box->fontMetrics().horizontalAdvance(text) >
+                    box->fontMetrics().horizontalAdvance(widest.value(box->objectName())))
+                    widest[box->objectName()] = text;
+            }
+        }
+        QApplication::processEvents();
+        QWidget* page = p.form.control("page_geraet");
+        for (auto it = widest.cbegin(); it != widest.cend(); ++it) {
+            auto* box = p.form.control_as<QLineEdit>(it.key());
+            if (!box->isVisibleTo(page))
+                continue;
+            QStyleOptionFrame option;
+            option.initFrom(box);
+            option.lineWidth =
+                box->style()->pixelMetric(QStyle::PM_DefaultFrameWidth, &option, box);
+            const int room =
+                box->style()->subElementRect(QStyle::SE_LineEditContents, &option, box).width() -
+                box->textMargins().left() - box->textMargins().right() - 2 * 2;
+            QVERIFY2(box->fontMetrics().horizontalAdvance(it.value()) <= room,
+                     qPrintable(it.key() + ": " + it.value()));
+        }
+        // Lamp texts stay readable on red and green alike.
+        for (QWidget* lamp :
+             p.form.findChildren<QLabel*>(QRegularExpression("^lbl_(Alarm|Ventil)"))) {
+            const QPalette colours = lamp->palette();
+            QVERIFY2(contrast(colours.color(QPalette::Window),
+                              colours.color(QPalette::WindowText)) >= 4.5,
+                     qPrintable(lamp->objectName()));
+        }
+        QWidget* values = p.form.control("frm_messwerte");
+        QWidget* phase = p.form.control("lbl_Phase");
+        QVERIFY(values->contentsRect().contains(
+            QRect(phase->mapTo(values, QPoint(0, 0)), phase->size())));
+        for (QWidget* w : page->findChildren<QWidget*>()) {
+            if (!w->isVisibleTo(page) || w->objectName().startsWith("qt_"))
+                continue;
+            const QSize needed = w->minimumSize().expandedTo(w->minimumSizeHint());
+            QVERIFY2(w->width() >= needed.width() && w->height() >= needed.height(),
+                     qPrintable(w->objectName()));
+            for (QWidget* other :
+                 w->parentWidget()->findChildren<QWidget*>(QString(), Qt::FindDirectChildrenOnly))
+                QVERIFY2(other == w || !other->isVisibleTo(page) ||
+                             !other->geometry().intersects(w->geometry()),
+                         qPrintable(w->objectName() + " overlaps " + other->objectName()));
+        }
     }
 };
 

@@ -68,11 +68,14 @@ QSet<int> all_form_tags() {
 
 // Numbers the code asks the language tables for with a literal:
 // language.text(2000), ctx.language.text(4), language_->text(3), language_text[6011] ...
+// or through a named constant: constexpr int text_month = 8101;
 QSet<int> message_numbers_in_code() {
-    static const QRegularExpression call(QStringLiteral(
-        R"((?:\blanguage_?\s*(?:\.|->)\s*text\s*\(|\blanguage_text\s*[(\[])\s*(\d+)\s*[)\]])"));
+    static const QRegularExpression call(
+        QStringLiteral(R"((?:\blanguage_?\s*(?:\.|->)\s*text\s*\(|\blanguage_text\s*[(\[]|)"
+                       R"(^[ \t]*constexpr\s+int\s+text_\w+\s*=)\s*(\d+)\s*[)\];])"),
+        QRegularExpression::MultilineOption);
     QSet<int> numbers;
-    for (const char* folder : {"core", "ui", "app", "sim"}) {
+    for (const char* folder : {"core", "ui", "app", "cli", "sim"}) {
         QDirIterator it(QStringLiteral(VELTRAKO_SOURCE_DIR "/") + folder,
                         {QStringLiteral("*.cpp"), QStringLiteral("*.h")}, QDir::Files,
                         QDirIterator::Subdirectories);

@@ -3,9 +3,11 @@
 // and the month summary sits under it.
 
 #include "app_context.h"
+#include "compliance/compliance_print.h"
 #include "fake_link.h"
 #include "frm_main.h"
 #include "manual_clock.h"
+#include "pages.h"
 
 #include <QImage>
 #include <QLabel>
@@ -72,6 +74,13 @@ private slots:
         button("cmd_prevmonth")->click();
         QVERIFY(button("cmd_nextmonth")->isEnabled());
         QVERIFY(green_pixels(chart->grab().toImage()) < large);
+
+        // The printout names the patient typed on the report page, and its
+        // PDF the month shown and that these are test data.
+        form.control_as<QLineEdit>("t_patient")->setText("Erika Muster");
+        QCOMPARE(compliance_printed_for(form, ctx).patient, QString("Erika Muster"));
+        QCOMPARE(compliance::compliance_pdf_name(ctx.compliance.state, ctx.compliance.records, 0),
+                 QString("Compliance_Testdaten_2006-12.pdf"));
     }
 };
 

@@ -4,6 +4,7 @@
 // the box its measures give; the remembered printer and copy count reach the
 // printer.
 
+#include "config/language.h"
 #include "painter_surface.h"
 #include "pdf_output.h"
 #include "print/markup.h"
@@ -107,7 +108,8 @@ void TestPrintPdf::page_read_back() {
         QPrinter printer;
         printer.setOutputFormat(QPrinter::PdfFormat);
         printer.setOutputFileName(path);
-        QVERIFY2(ui::print_on_printer(printer, draw_sample_page, &error), qPrintable(error));
+        QVERIFY2(ui::print_on_printer(printer, draw_sample_page, config::LanguageTables{}, &error),
+                 qPrintable(error));
     } else {
         QVERIFY2(paint::print_to_pdf(path, draw_sample_page, &error), qPrintable(error));
     }
@@ -181,17 +183,19 @@ void TestPrintPdf::choice_reaches_printer() {
     QFETCH(int, dialog_copies);
     QFETCH(int, copies);
     QTemporaryDir dir;
-    const QString file = dir.filePath(QStringLiteral("chosen.pdf"));
+    const QString chart = dir.filePath(QStringLiteral("Compliance_VO2_2026-02.pdf"));
+    const QString report = dir.filePath(QStringLiteral("Pruefprotokoll_VO2_20260302.pdf"));
     print::PrinterChoice choice;
     QPrinter printer;
-    ui::apply_printer_choice(choice, printer, {QString(), file, dialog_copies});
+    ui::apply_printer_choice(choice, printer, {QString(), chart, dialog_copies});
     QCOMPARE(printer.copyCount(), copies);
-    // The next dialog opens on the file chosen last.
+    // The next printout opens on a file again, but its own: never the
+    // chart's PDF for the report.
     QPrinter next;
-    ui::prepare_printer(choice, next, QString());
+    ui::prepare_printer(choice, next, QStringLiteral("Office"), report);
     QCOMPARE(next.outputFormat(), QPrinter::PdfFormat);
-    QCOMPARE(next.outputFileName(), file);
-    QCOMPARE(ui::read_selection(next).output_file, file);
+    QCOMPARE(next.outputFileName(), report);
+    QCOMPARE(ui::read_selection(next).output_file, report);
 }
 
 QTEST_MAIN(TestPrintPdf)

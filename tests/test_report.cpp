@@ -2,12 +2,16 @@
 // under their keys, the dialogs around saving and opening, the question at the end.
 
 #include "app_context.h"
+#include "compliance/compliance_file.h"
+#include "compliance/compliance_month.h"
+#include "compliance/compliance_print.h"
 #include "config/text_file.h"
 #include "device/parameter_values.h"
 #include "fake_link.h"
 #include "fake_user_interface.h"
 #include "manual_clock.h"
 #include "report/report_file.h"
+#include "status/status_readout.h"
 
 #include <QFile>
 #include <QTemporaryDir>
@@ -357,11 +361,46 @@ private slots:
         QCOMPARE(r.value(QStringLiteral("t_Uhrzeit")), QStringLiteral("07:03:09"));
     }
 
-    void default_name_is_a_file_name() {
+    // Every name the program proposes holds the device's serial number
+    // cleaned the same way: "/" or ":" would turn it into a folder or a drive.
+    void proposed_names_are_file_names_data() {
+        QTest::addColumn<QString>("proposed");
+        QTest::addColumn<QString>("expected");
+        const QString odd = QStringLiteral(" AB/12:3\x01 ");
+        const QDateTime when(QDate(2026, 12, 31), QTime(23, 59, 1), Qt::UTC);
         ReportRecord r;
-        r.report_device.SN = QStringLiteral(" AB/12:3\x01 ");
-        QCOMPARE(default_report_name(r, QDateTime(QDate(2026, 12, 31), QTime(23, 59, 1), Qt::UTC)),
-                 QStringLiteral("AB_12_3__20261231_235901"));
+        r.report_device.SN = odd;
+        QTest::newRow("report file")
+            << default_report_name(r, when) << QStringLiteral("AB_12_3__20261231_235901");
+        QTest::newRow("report PDF, day of the inspection")
+            << (r.set_value(QStringLiteral("t_Datum"), QStringLiteral("02.03.2026")),
+                report_pdf_name(r, when))
+            << QStringLiteral("Pruefprotokoll_AB_12_3__20260302.pdf");
+        QTest::newRow("report PDF, no date on the form")
+            << (r.set_value(QStringLiteral("t_Datum"), QStringLiteral("bald")),
+                report_pdf_name(r, when))
+            << QStringLiteral("Pruefprotokoll_AB_12_3__20261231.pdf");
+        ManualClock clock{when};
+        FakeUserInterface ui;
+        AppContext ctx(clock, ui, nullptr);
+        ctx.device.SN = odd;
+        ctx.device.LP = QStringLiteral("LP|1");
+        ctx.device.SW = QStringLiteral("5121");
+        QTest::newRow("compliance file")
+            << compliance::default_file_name(ctx)
+            << QStringLiteral("Compliance_AB_12_3__20261231_235901.txt");
+        ctx.compliance.state.serial_number = odd;
+        ctx.compliance.state.shown_month = compliance::make_stamp(2026, 2, 14);
+        QTest::newRow("compliance PDF")
+            << compliance::compliance_pdf_name(ctx.compliance.state, ctx.compliance.records, 0)
+            << QStringLiteral("Compliance_AB_12_3__2026-02.pdf");
+        QTest::newRow("status table key")
+            << status::status_device_key(ctx.device) << QStringLiteral("AB_12_3__LP_1_5121");
+    }
+    void proposed_names_are_file_names() {
+        QFETCH(QString, proposed);
+        QFETCH(QString, expected);
+        QCOMPARE(proposed, expected);
     }
 };
 

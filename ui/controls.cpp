@@ -6,6 +6,8 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
+#include <QStyle>
+#include <QStyleOptionFrame>
 #include <QVariant>
 
 namespace veltrako::ui {
@@ -63,7 +65,7 @@ QLabel* make_lamp(const QString& name, int tag, const QString& text) {
     label->setMinimumWidth(28);
     QPalette p = label->palette();
     p.setColor(QPalette::Window, Qt::white);
-    p.setColor(QPalette::WindowText, Qt::black);
+    p.setColor(QPalette::WindowText, lamp_text_colour(Qt::white));
     label->setPalette(p);
     return label;
 }
@@ -102,6 +104,30 @@ QComboBox* make_selector(const QString& name, int index) {
     set_index(box, index);
     set_locked(box, true);
     return box;
+}
+
+void fit_to_text(QLineEdit* box, const QString& widest) {
+    // What the style keeps of a box for its frame, measured on a wide one.
+    QStyleOptionFrame option;
+    option.initFrom(box);
+    option.rect = QRect(0, 0, 1000, 100);
+    option.lineWidth = box->style()->pixelMetric(QStyle::PM_DefaultFrameWidth, &option, box);
+    const int frame =
+        1000 - box->style()->subElementRect(QStyle::SE_LineEditContents, &option, box).width();
+    const QMargins text = box->textMargins();
+    // The line edit keeps 2 pixels on each side of its text, and one for
+    // the cursor.
+    box->setMinimumWidth(box->fontMetrics().horizontalAdvance(widest) + frame + text.left() +
+                         text.right() + 2 * 2 + 1);
+}
+
+void fit_to_text(QLabel* label, const QString& widest) {
+    label->setMinimumWidth(label->fontMetrics().horizontalAdvance(widest) +
+                           2 * (label->frameWidth() + label->margin()) + label->indent() + 4);
+}
+
+QColor lamp_text_colour(const QColor&) {
+    return Qt::black;
 }
 
 } // namespace veltrako::ui

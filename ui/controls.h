@@ -4,6 +4,7 @@
 // language file) when it shows translatable text, and an "Index" when it is
 // an element of a control array (several controls sharing one name).
 
+#include <QColor>
 #include <QString>
 
 class QCheckBox;
@@ -47,5 +48,15 @@ QCheckBox* make_check(const QString& name, int tag, const QString& text);
 QGroupBox* make_frame(const QString& name, int tag, const QString& title);
 QLineEdit* make_box(const QString& name, bool read_only);
 QComboBox* make_selector(const QString& name, int index);
+
+// At least wide enough to show `widest` whole in the control's own font,
+// frame and inner margins included: a value box never cuts off a leading
+// digit.
+void fit_to_text(QLineEdit* box, const QString& widest);
+void fit_to_text(QLabel* label, const QString& widest);
+
+// Text colour on a lamp of `background`: black, which stands out from both
+// lamp colours (contrast 5.3:1 on red, 15.3:1 on green, 21:1 on white).
+QColor lamp_text_colour(const QColor& background);
 
 } // namespace veltrako::ui

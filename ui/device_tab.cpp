@@ -36,6 +36,8 @@ void paint(QWidget* w, const QColor& colour) {
     if (p.color(QPalette::Window) == colour)
         return;
     p.setColor(QPalette::Window, colour);
+    // The text keeps its contrast whatever the desktop's colours are.
+    p.setColor(QPalette::WindowText, lamp_text_colour(colour));
     w->setPalette(p);
 }
 
@@ -155,6 +157,10 @@ void refresh_device_tab(FrmMain& form, const device::DeviceTabView& view) {
 }
 
 void apply_preset_buttons(FrmMain& form, const device::PresetTable& table) {
+    // A model without presets shows no presets box at all, not two lonely
+    // captions.
+    if (QWidget* frame = form.control(QStringLiteral("frm_zeiten_preset")))
+        frame->setVisible(table.shown);
     for (int n = 1; n <= device::preset_count; ++n) {
         auto* button = form.control_as<QPushButton>(QStringLiteral("cmdPresetZeiten"), n);
         if (!button)

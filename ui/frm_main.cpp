@@ -30,6 +30,7 @@
 #include <QMenuBar>
 #include <QPlainTextEdit>
 #include <QPushButton>
+#include <QScrollArea>
 #include <QStatusBar>
 #include <QTabWidget>
 
@@ -43,11 +44,21 @@ FrmMain::FrmMain(QWidget* parent) : QMainWindow(parent) {
     tab1_ = new QTabWidget;
     tab1_->setObjectName(QStringLiteral("tab1"));
     set_tag(tab1_, 11000);
-    tab1_->addTab(build_page_geraet(), QStringLiteral("Gerät"));
-    tab1_->addTab(build_page_protokoll(), QStringLiteral("Protokoll"));
-    tab1_->addTab(build_page_compliance(), QStringLiteral("Compliance"));
-    tab1_->addTab(build_page_system_status(), QStringLiteral("System Status"));
-    tab1_->addTab(build_page_entwickler(), QStringLiteral("Entwickler"));
+    // A page that does not fit the window scrolls instead of squeezing its
+    // controls over each other (a 1024 x 768 screen).
+    const auto scrolled = [](QWidget* page) {
+        auto* area = new QScrollArea;
+        area->setObjectName(page->objectName() + QStringLiteral("_scroll"));
+        area->setWidget(page);
+        area->setWidgetResizable(true);
+        area->setFrameShape(QFrame::NoFrame);
+        return area;
+    };
+    tab1_->addTab(scrolled(build_page_geraet()), QStringLiteral("Gerät"));
+    tab1_->addTab(scrolled(build_page_protokoll()), QStringLiteral("Protokoll"));
+    tab1_->addTab(scrolled(build_page_compliance()), QStringLiteral("Compliance"));
+    tab1_->addTab(scrolled(build_page_system_status()), QStringLiteral("System Status"));
+    tab1_->addTab(scrolled(build_page_entwickler()), QStringLiteral("Entwickler"));
     setCentralWidget(tab1_);
 
     build_menu();
@@ -293,7 +304,8 @@ void FrmMain::show_note(const QString& text, MsgIcon icon) {
 void FrmMain::device_record_changed() {
     if (!ctx_)
         return;
-    refresh_device_tab(*this, device::make_device_tab_view(ctx_->device, QLocale()));
+    refresh_device_tab(*this,
+                       device::make_device_tab_view(ctx_->device, QLocale(), ctx_->language.words));
     apply_preset_buttons(*this, ctx_->presets);
     chart_->set_data_valid(ctx_->device.live_valid);
     follow_device_controls();

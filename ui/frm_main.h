@@ -6,7 +6,9 @@
 //
 // Form_Resize / tab_resize: the pages use layouts, so tab1 fills the window
 // and the growing controls (sysstatout with its buttons, Chart,
-// p_compliance) stretch with it without code of their own.
+// p_compliance) stretch with it without code of their own. Each page sits in
+// a scroll area: on a window smaller than a page needs, the page scrolls
+// instead of squeezing its controls over each other.
 //
 // The status bar at the bottom says how the link stands (lbl_connection) and
 // holds one note beside it (lbl_note), such as the outcome of the last write.

@@ -2,8 +2,8 @@
 // month's compliance duration, with the handlers of its buttons.
 
 #include "app_context.h"
-#include "compliance/compliance_chart.h"
 #include "compliance/compliance_file.h"
+#include "compliance/compliance_print.h"
 #include "compliance/compliance_readout.h"
 #include "compliance_chart_widget.h"
 #include "controls.h"
@@ -91,25 +91,35 @@ void refresh_page(FrmMain& form, const compliance::CompliancePage& p) {
     form.control(QStringLiteral("p_compliance"))->update();
 }
 
-// Prints the shown month on the printer the technician chooses.
+// Prints the shown month on the printer the technician chooses. The
+// patient comes from the report form, when one was typed there.
 void compliance_print(FrmMain& form, AppContext& ctx) {
+    compliance::ComplianceMemory& m = ctx.compliance;
+    const compliance::Stamp now = compliance::to_stamp(ctx.clock.now());
     QPrinter printer(QPrinter::HighResolution);
-    if (!choose_printer(ctx.printer_choice, printer, &form))
+    if (!choose_printer(ctx, printer, &form,
+                        compliance::compliance_pdf_name(m.state, m.records, now)))
         return;
+    const auto* patient = form.control_as<QLineEdit>(QStringLiteral("t_patient"));
+    const compliance::PrintedFor printed_for{patient ? patient->text() : QString(), now};
     QString error;
     const bool printed = print_on_printer(
         printer,
-        [&ctx](print::DrawingSurface& surface) {
-            compliance::compliance_print_page(surface, ctx.compliance.state, ctx.compliance.records,
-                                              ctx.language, QLocale(),
-                                              compliance::to_stamp(ctx.clock.now()));
+        [&](print::DrawingSurface& surface) {
+            compliance::compliance_print_page(surface, m.state, m.records, ctx.language, QLocale(),
+                                              now, printed_for);
         },
-        &error);
+        ctx.language, &error);
     if (!printed)
         show_msg(ctx, error);
 }
 
 } // namespace
+
+compliance::PrintedFor compliance_printed_for(const FrmMain& form, const AppContext& ctx) {
+    const auto* patient = form.control_as<QLineEdit>(QStringLiteral("t_patient"));
+    return {patient ? patient->text() : QString(), compliance::to_stamp(ctx.clock.now())};
+}
 
 void bind_page_compliance(FrmMain& form, AppContext& ctx) {
     compliance::install_compliance(ctx);

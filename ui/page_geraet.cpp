@@ -41,7 +41,8 @@ QGroupBox* identity_frame() {
                          QWidget* b2 = nullptr) {
         grid->addWidget(make_label(label_name, tag, caption), row, 0);
         QLineEdit* box = make_box(box_name, read_only);
-        box->setMinimumWidth(170); // a full date and time fits
+        // A full date and time fits, in any language's short form.
+        fit_to_text(box, QStringLiteral("88.88.8888 88:88:88"));
         grid->addWidget(box, row, 1);
         if (b1)
             grid->addWidget(b1, row, 2);
@@ -86,24 +87,29 @@ QGroupBox* values_frame() {
     QGroupBox* frame =
         make_frame(QStringLiteral("frm_messwerte"), 11025, QStringLiteral("Messwerte"));
     auto* grid = new QGridLayout(frame);
+    // Each box is as wide as the widest value its field can take: the byte
+    // and 16-bit ranges of the live status, which hold every value the
+    // simulated families send (pressure up to 2200 hPa on the 7x family,
+    // the speed of sound above 340 m/s, openings and sensors up to 100 %).
     struct Row {
         const char* label;
         int tag;
         const char* caption;
         const char* box;
+        const char* widest;
     };
     static const Row rows[] = {
-        {"lbl_o2", 11026, "O2 (%)", "t_o2"},
-        {"lbl_volumenstrom", 11027, "Volumenstrom (l/min)", "t_volumenstrom"},
-        {"lbl_sollvolumenstrom", 11028, "Soll-Volumenstrom (l/min)", "t_sollvolumenstrom"},
-        {"lbl_druck", 11029, "Druck (hPa)", "t_druck"},
-        {"lbl_c", 11030, "Schallgeschwindigkeit (m/s)", "t_c"},
-        {"lbl_gastemp", 11031, "Gastemperatur (°C)", "t_gastemp"},
-        {"lbl_kompressortemp", 11032, "Kompressortemperatur (°C)", "t_kompressortemp"},
-        {"lbl_spannung", 11033, "Spannung (V)", "t_spannung"},
-        {"lbl_ventiloeffnung", 11034, "Ventilöffnung (%)", "t_ventiloeffnung"},
-        {"lbl_sensor1", 11035, "Sensor 1", "t_sensor1"},
-        {"lbl_sensor2", 11036, "Sensor 2", "t_sensor2"},
+        {"lbl_o2", 11026, "O2 (%)", "t_o2", "888"},
+        {"lbl_volumenstrom", 11027, "Volumenstrom (l/min)", "t_volumenstrom", "888.8"},
+        {"lbl_sollvolumenstrom", 11028, "Soll-Volumenstrom (l/min)", "t_sollvolumenstrom", "888.8"},
+        {"lbl_druck", 11029, "Druck (hPa)", "t_druck", "88888"},
+        {"lbl_c", 11030, "Schallgeschwindigkeit (m/s)", "t_c", "8888.8"},
+        {"lbl_gastemp", 11031, "Gastemperatur (°C)", "t_gastemp", "-888.8"},
+        {"lbl_kompressortemp", 11032, "Kompressortemperatur (°C)", "t_kompressortemp", "88888"},
+        {"lbl_spannung", 11033, "Spannung (V)", "t_spannung", "-888.8"},
+        {"lbl_ventiloeffnung", 11034, "Ventilöffnung (%)", "t_ventiloeffnung", "888.8"},
+        {"lbl_sensor1", 11035, "Sensor 1", "t_sensor1", "888.8"},
+        {"lbl_sensor2", 11036, "Sensor 2", "t_sensor2", "888.8"},
     };
     int row = 0;
     for (const Row& r : rows) {
@@ -111,19 +117,24 @@ QGroupBox* values_frame() {
                         row, 0);
         QLineEdit* box = make_box(QLatin1String(r.box), true);
         box->setAlignment(Qt::AlignRight);
-        box->setMaximumWidth(80);
+        fit_to_text(box, QLatin1String(r.widest));
         grid->addWidget(box, row, 1);
         ++row;
     }
     grid->addWidget(make_label(QStringLiteral("lbl_Phasetext"), 11037, QStringLiteral("Phase")),
                     row, 0);
     QLabel* phase = make_label(QStringLiteral("lbl_Phase"), 0, QString());
-    phase->setFrameShape(QFrame::Panel);
-    phase->setFrameShadow(QFrame::Sunken);
+    // Framed like the value boxes above it, and as high.
+    phase->setFrameShape(QFrame::Box);
+    phase->setFrameShadow(QFrame::Plain);
     phase->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
-    phase->setMaximumWidth(80);
+    phase->setMargin(2);
+    phase->setMinimumHeight(QLineEdit().sizeHint().height());
+    fit_to_text(phase, QStringLiteral("888"));
     grid->addWidget(phase, row, 1);
     grid->setRowStretch(row + 1, 1);
+    // Room the window grows by goes to the captions; the boxes keep their width.
+    grid->setColumnStretch(0, 1);
     return frame;
 }
 

@@ -7,6 +7,9 @@ class QWidget;
 namespace veltrako {
 class AppContext;
 }
+namespace veltrako::compliance {
+struct PrintedFor;
+}
 
 namespace veltrako::ui {
 
@@ -19,5 +22,8 @@ QWidget* build_page_entwickler();
 class FrmMain;
 // Connects the "Compliance" page to the usage memory of `ctx`.
 void bind_page_compliance(FrmMain& form, AppContext& ctx);
+// What a compliance printout says beyond the table: the patient typed on the
+// "Protokoll" page and the print date.
+compliance::PrintedFor compliance_printed_for(const FrmMain& form, const AppContext& ctx);
 
 } // namespace veltrako::ui

@@ -107,7 +107,7 @@ void cmd_print_click(FrmMain& form, AppContext& ctx) {
     QPrinter printer;
     printer.setPageSize(QPageSize(QPageSize::A4));
     printer.setPageOrientation(QPageLayout::Portrait);
-    if (!choose_printer(ctx.printer_choice, printer, &form))
+    if (!choose_printer(ctx, printer, &form, report::report_pdf_name(ctx.report, ctx.clock.now())))
         return;
     QString error;
     if (!print_on_printer(
@@ -115,7 +115,7 @@ void cmd_print_click(FrmMain& form, AppContext& ctx) {
             [&ctx](print::DrawingSurface& surface) {
                 report::print_report(surface, ctx.report, ctx.language, QLocale());
             },
-            &error))
+            ctx.language, &error))
         ctx.ui.show_msg(error, MsgIcon::critical);
 }
 

@@ -29,6 +29,7 @@ void initialise(AppContext& ctx, const StartupOptions& options) {
     config::set_config_defaults(ctx.config, ctx.user_dir);
     config::load_config(ctx.config, ctx.config_path, ctx.user_dir, ctx.ui);
     ctx.timer1.set_interval(ctx.config.TIMERINTERVAL);
+    ctx.language.words = config::language_locale(options.language_code);
     config::load_language(ctx.language,
                           ctx.program_dir + QStringLiteral("lang") + options.language_code +
                               QStringLiteral(".txt"),
@@ -39,7 +40,9 @@ void initialise(AppContext& ctx, const StartupOptions& options) {
 
 void size_form(FrmMain& form) {
     const QScreen* screen = QGuiApplication::primaryScreen();
-    const QSize wanted(1100, 760);
+    // Room for the whole "Gerät" page where the screen has it; on a smaller
+    // screen the pages scroll.
+    const QSize wanted(1320, 900);
     if (!screen) {
         form.resize(wanted);
         return;

@@ -10,13 +10,10 @@ namespace {
 
 const QString tall = QStringLiteral("Xg");
 
-// The page's left offset of the printout, in twips.
-constexpr int print_page_left = 15;
-
 } // namespace
 
-ChartTexts chart_texts(const config::LanguageTables& language, const QLocale& locale) {
-    return {language.text(6001), language.text(6002), locale};
+ChartTexts chart_texts(const config::LanguageTables& language, const QLocale& numbers) {
+    return {language.text(6001), language.text(6002), language.words, numbers};
 }
 
 QString month_title(Stamp month, const QLocale& locale) {
@@ -47,7 +44,7 @@ Month compliance_draw(print::DrawingSurface& surface, double left, double top, d
     const double y24 = y0 + 24 * hour_step;
 
     // Title.
-    const QString title = month_title(month.start, texts.locale);
+    const QString title = month_title(month.start, texts.words);
     surface.set_bold(true);
     surface.set_font_size(title_size);
     surface.move_to(left + (width - surface.text_width(title)) / 2, top + m);
@@ -95,7 +92,7 @@ Month compliance_draw(print::DrawingSurface& surface, double left, double top, d
     for (int h = 0; h <= 24; ++h) {
         const double y = y0 + h * hour_step;
         surface.draw_line(x0, y, grid_right, y, grid_colour);
-        const QString label = device::format_value(24 - h, 0, texts.locale);
+        const QString label = device::format_value(24 - h, 0, texts.numbers);
         surface.move_to(x0 - surface.text_width(label) - m, y - surface.text_height(label) / 2);
         surface.print(label, false);
     }
@@ -105,42 +102,11 @@ Month compliance_draw(print::DrawingSurface& surface, double left, double top, d
         surface.draw_line(x, y0, x, y24, grid_colour);
         if (d == 0)
             continue;
-        const QString label = device::format_value(d, 0, texts.locale);
+        const QString label = device::format_value(d, 0, texts.numbers);
         surface.move_to(x0 + (d - 0.5) * day_step - surface.text_width(label) / 2, y24 + m);
         surface.print(label, false);
     }
     return month;
-}
-
-void compliance_print_page(print::DrawingSurface& surface, ComplianceState& state,
-                           const ComplianceRecords& records, const config::LanguageTables& language,
-                           const QLocale& locale, Stamp now) {
-    surface.set_font_name(QStringLiteral("Arial"));
-    surface.set_font_size(11);
-    const double page_width = surface.scale_width();
-    // Column 1 starts in the middle of the page, so the title centres there.
-    const print::TabStops stops{0, page_width / 2};
-    // The closing 'center' is no tag the markup knows; it is ignored.
-    print::print_line(surface,
-                      QStringLiteral("\t'center''size") + QStringLiteral("13") +
-                          QStringLiteral("''b'") + language.text(6003) +
-                          QStringLiteral("'/b''size") + QStringLiteral("11") +
-                          QStringLiteral("''/center'"),
-                      stops, print_page_left);
-    print::print_line(surface, QString(), stops, print_page_left);
-
-    const double margin = 0.03 * page_width;
-    const double top = surface.current_y();
-    const double width = page_width - 2 * margin;
-    const double height = width * 0.75;
-    const Month month = compliance_draw(surface, margin, top, width, height, 10, state, records,
-                                        chart_texts(language, locale), now);
-
-    surface.set_font_size(11);
-    surface.set_bold(false);
-    surface.move_to(0, top + height + surface.text_height(tall));
-    print::print_line(surface, summary_text(summarise(month), language, locale), {margin},
-                      print_page_left);
 }
 
 } // namespace veltrako::compliance

@@ -1,9 +1,8 @@
 #pragma once
 // The monthly usage chart, drawn on any drawing surface (the page's picture
 // box, a printer page, a PDF, a test's recording): one column per day, the
-// hours of the day upwards, a green bar for every stretch of use. Also the
-// printed page: a title line, the chart of the shown month and the month's
-// summary under it.
+// hours of the day upwards, a green bar for every stretch of use. The printed
+// page around it is in compliance_print.h.
 
 #include "compliance/compliance_memory.h"
 #include "compliance/compliance_month.h"
@@ -23,10 +22,13 @@ inline constexpr print::Rgb grid_colour{32, 32, 32};
 struct ChartTexts {
     QString hour_axis; // turned, along the left edge
     QString day_axis;  // under the day numbers
-    QLocale locale;    // month names
+    QLocale words;     // month names: the program's language
+    QLocale numbers;   // hour and day labels: the user's locale
 };
 
-ChartTexts chart_texts(const config::LanguageTables& language, const QLocale& locale);
+// The axis titles and month names of the program's language; numbers in
+// `numbers`.
+ChartTexts chart_texts(const config::LanguageTables& language, const QLocale& numbers);
 
 // "mmmm yyyy": the month's name and the four-digit year in `locale`.
 QString month_title(Stamp month, const QLocale& locale);
@@ -38,11 +40,5 @@ QString month_title(Stamp month, const QLocale& locale);
 Month compliance_draw(print::DrawingSurface& surface, double left, double top, double width,
                       double height, double fontsize, ComplianceState& state,
                       const ComplianceRecords& records, const ChartTexts& texts, Stamp now);
-
-// The printed page: the title line, the chart of the shown month across the
-// page, and the summary line under it.
-void compliance_print_page(print::DrawingSurface& surface, ComplianceState& state,
-                           const ComplianceRecords& records, const config::LanguageTables& language,
-                           const QLocale& locale, Stamp now);
 
 } // namespace veltrako::compliance

@@ -4,6 +4,7 @@
 #include "compliance/compliance_month.h"
 #include "compliance/compliance_readout.h"
 #include "config/config.h"
+#include "config/file_names.h"
 #include "config/key_value_lines.h"
 #include "config/text_file.h"
 #include "device/device_view.h"
@@ -114,9 +115,16 @@ LoadedLines read_compliance_lines(const QStringList& lines, ComplianceRecords& r
     return result;
 }
 
+QString serial_from_file_name(const QString& name) {
+    static const QRegularExpression form(QStringLiteral(R"(^Compliance_(.+)_\d{8}_\d{6}\.txt$)"),
+                                         QRegularExpression::CaseInsensitiveOption);
+    return form.match(name).captured(1);
+}
+
 QString default_file_name(const AppContext& ctx) {
-    return QStringLiteral("Compliance_") + ctx.device.SN.trimmed() + QLatin1Char('_') +
-           ctx.clock.now().toString(QStringLiteral("yyyyMMdd_HHmmss")) + QStringLiteral(".txt");
+    return QStringLiteral("Compliance_") + config::file_name_part(ctx.device.SN) +
+           QLatin1Char('_') + ctx.clock.now().toString(QStringLiteral("yyyyMMdd_HHmmss")) +
+           QStringLiteral(".txt");
 }
 
 bool write_compliance_file(const QString& path, const ComplianceMemory& memory,
@@ -177,6 +185,8 @@ bool load_compliance_file(AppContext& ctx, const QString& path) {
     s.has_data = true;
     s.from_device = false;
     s.shown_month = 0;
+    s.file_name = QFileInfo(path).fileName();
+    s.serial_number = serial_from_file_name(s.file_name);
     compliance_show(ctx);
     return true;
 }

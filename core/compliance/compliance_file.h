@@ -41,6 +41,9 @@ LoadedLines read_compliance_lines(const QStringList& lines, ComplianceRecords& r
 
 // "Compliance_" + serial number + "_" + yyyymmdd_hhnnss + ".txt".
 QString default_file_name(const AppContext& ctx);
+// The serial number in a name default_file_name made; empty for any other
+// name. A loaded file carries no identity of its own, so its name has to do.
+QString serial_from_file_name(const QString& name);
 
 // Writes the records to `path`, whole or not at all.
 bool write_compliance_file(const QString& path, const ComplianceMemory& memory,

@@ -41,6 +41,11 @@ struct ComplianceState {
     bool has_prev_month = false;
     bool has_next_month = false;
     double total_hours = 0; // usage in the shown month
+    // Whose usage the table holds, for the printout and its file name.
+    bool test_data = false; // made by "Testdaten": no device's usage
+    QString serial_number;  // of the device read, or from the loaded file's name
+    QString lp_number;      // of the device read
+    QString file_name;      // the compliance file loaded, without its folder
 };
 
 // What the page's controls show; the window copies it onto its widgets

@@ -46,6 +46,8 @@ void finish_readout(AppContext& ctx) {
     m.state.shown_month = 0;
     m.state.has_data = true;
     m.state.from_device = true;
+    m.state.serial_number = ctx.device.SN.trimmed();
+    m.state.lp_number = ctx.device.LP.trimmed();
     compliance_show(ctx);
 }
 
@@ -170,10 +172,7 @@ void compliance_answer(AppContext& ctx, const QByteArray& payload) {
 }
 
 void cmd_compliancedelete_Click(AppContext& ctx) {
-    QString question = ctx.language.text(6011);
-    if (question.isEmpty())
-        question = QStringLiteral("Compliance-Speicher des Geräts löschen?");
-    if (!ctx.ui.ask_ok_cancel(question, QString()))
+    if (!ctx.ui.ask_ok_cancel(ctx.language.text(6011), QString()))
         return;
     protocol::queue_command(ctx, protocol::cmd::compliance_erase());
     compliance_clear(ctx.compliance);
@@ -214,6 +213,7 @@ void compliance_testdata(ComplianceMemory& memory, QRandomGenerator& random) {
     s.shown_month = 0;
     s.has_data = true;
     s.from_device = true;
+    s.test_data = true;
 }
 
 void cmd_compliance_test_Click(AppContext& ctx, QRandomGenerator& random) {

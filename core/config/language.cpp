@@ -66,4 +66,13 @@ bool load_language(LanguageTables& tables, const QString& path, UserInterface& u
     return true;
 }
 
+QLocale language_locale(const QString& code) {
+    const QLocale locale(code);
+    // QLocale falls back to C for a code it does not know; a code of another
+    // shape ("deu", "de_AT") is not a language code of ours.
+    if (code.size() != 2 || locale.language() == QLocale::C)
+        return QLocale::c();
+    return locale;
+}
+
 } // namespace veltrako::config

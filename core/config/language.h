@@ -2,6 +2,7 @@
 // The language tables: every visible text of the program by number, with an
 // optional font size, read from "lang" + code + ".txt" beside the program.
 
+#include <QLocale>
 #include <QString>
 
 #include <vector>
@@ -17,6 +18,10 @@ inline constexpr int language_entries = 20001; // numbers 0..20000
 struct LanguageTables {
     std::vector<QString> language_text = std::vector<QString>(language_entries);
     std::vector<quint8> language_size = std::vector<quint8>(language_entries, 0);
+    // Words about dates (month names, the device clock) follow the chosen
+    // language, not the PC's: a German window on an English PC says "März".
+    // Numbers keep the user's locale (QLocale()).
+    QLocale words = QLocale::c();
 
     // Text n, or an empty text for a number outside the table.
     QString text(int n) const;
@@ -30,5 +35,10 @@ struct LanguageTables {
 // stored before it. A missing file leaves the tables empty, so every tagged
 // caption comes out empty and the fault is plain to see.
 bool load_language(LanguageTables& tables, const QString& path, UserInterface& ui);
+
+// The locale of the two-letter language code (--lang) for words about dates:
+// "de" gives German month names and "dd.MM.yyyy"; an unknown code gives the
+// C locale, whose words are English.
+QLocale language_locale(const QString& code);
 
 } // namespace veltrako::config

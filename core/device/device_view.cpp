@@ -106,7 +106,8 @@ void set_alarm_level(const DeviceRecord& r, ShadeSetter& set) {
 
 } // namespace
 
-QString value_text(const DeviceRecord& r, const QString& control, const QLocale& loc) {
+QString value_text(const DeviceRecord& r, const QString& control, const QLocale& loc,
+                   const QLocale& words) {
     struct Row {
         const char* name;
         double (*value)(const DeviceRecord&);
@@ -134,7 +135,7 @@ QString value_text(const DeviceRecord& r, const QString& control, const QLocale&
     if (control == QLatin1String("t_Restzeit"))
         return r.rest_text;
     if (control == QLatin1String("t_datetime"))
-        return format_device_time(r.geraetezeit, loc);
+        return format_device_time(r.geraetezeit, words);
     if (control == QLatin1String("t_lp"))
         return r.LP;
     if (control == QLatin1String("t_sn"))
@@ -234,7 +235,8 @@ ModelControls model_controls(const DeviceRecord& r) {
     return m;
 }
 
-DeviceTabView make_device_tab_view(const DeviceRecord& r, const QLocale& locale) {
+DeviceTabView make_device_tab_view(const DeviceRecord& r, const QLocale& locale,
+                                   const QLocale& words) {
     DeviceTabView view;
     for (const QString& name : shaded_control_names())
         view.shades.push_back({name, r.live_valid ? Shade::unchanged : Shade::white});
@@ -247,7 +249,7 @@ DeviceTabView make_device_tab_view(const DeviceRecord& r, const QLocale& locale)
     }
 
     for (const QString& name : value_box_names())
-        view.texts.push_back({name, value_text(r, name, locale)});
+        view.texts.push_back({name, value_text(r, name, locale, words)});
     view.texts.push_back({QStringLiteral("lbl_Phase"), QString::number(r.phase)});
 
     // The low-power toggle exists only for boards whose fifth LP character is 4 or 5.

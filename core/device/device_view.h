@@ -78,10 +78,14 @@ const std::vector<QString>& value_box_names();
 const std::vector<QString>& shaded_control_names();
 
 // The text a value box of the page shows for `record` ("t_o2", "t_c", ...);
-// empty for a name that is not a value box.
-QString value_text(const DeviceRecord& record, const QString& control, const QLocale& locale);
+// empty for a name that is not a value box. Numbers are written in
+// `numbers` (the user's locale), the device clock in `words` (the program's
+// language).
+QString value_text(const DeviceRecord& record, const QString& control, const QLocale& numbers,
+                   const QLocale& words);
 
-DeviceTabView make_device_tab_view(const DeviceRecord& record, const QLocale& locale);
+DeviceTabView make_device_tab_view(const DeviceRecord& record, const QLocale& numbers,
+                                   const QLocale& words);
 
 ModelControls model_controls(const DeviceRecord& record);
 
@@ -89,8 +93,8 @@ ModelControls model_controls(const DeviceRecord& record);
 // the locale without group separators: 1013 hPa stays "1013", not "1.013".
 QString format_value(double value, int decimals, const QLocale& locale);
 
-// The device clock as date and time in the user's locale, four-digit year;
-// empty for the zero date.
+// The device clock as date and time in `locale`'s short date form with a
+// four-digit year ("02.03.2026 09:32:42" in German); empty for the zero date.
 QString format_device_time(const QDateTime& t, const QLocale& locale);
 
 } // namespace veltrako::device

@@ -10,7 +10,8 @@ namespace veltrako::device {
 namespace {
 // A value as the "Gerät" page shows it in the box `control`.
 QString shown(const DeviceRecord& r, const char* control, const QLocale& locale) {
-    return value_text(r, QLatin1String(control), locale);
+    // None of these boxes shows a date.
+    return value_text(r, QLatin1String(control), locale, locale);
 }
 
 // The live numbers under their keys, with the box of the "Gerät" page that

@@ -6,15 +6,14 @@ namespace veltrako::print {
 
 QString begin_printer_choice(PrinterChoice& choice, const QString& system_default) {
     choice.printer_default = system_default;
-    if (choice.printer_chosen.isEmpty() && choice.output_file.isEmpty())
+    if (choice.printer_chosen.isEmpty() && !choice.to_file)
         choice.printer_chosen = choice.printer_default;
     return choice.printer_chosen;
 }
 
-void end_printer_choice(PrinterChoice& choice, const QString& printer_name,
-                        const QString& output_file) {
+void end_printer_choice(PrinterChoice& choice, const QString& printer_name) {
     choice.printer_chosen = printer_name;
-    choice.output_file = printer_name.isEmpty() ? output_file : QString();
+    choice.to_file = printer_name.isEmpty();
 }
 
 int copies_to_print(int dialog_copies) {

@@ -13,19 +13,19 @@ struct PrinterChoice {
     // The printer chosen last; empty until the first choice, and empty while
     // the last choice was printing to a file.
     QString printer_chosen;
-    // The PDF file chosen last, when printing to a file was the last choice.
-    QString output_file;
+    // Printing to a PDF file was the last choice. Which file is not kept:
+    // each printout proposes its own name, so printing the report after the
+    // chart never offers to overwrite the chart's PDF.
+    bool to_file = false;
 };
 
 // Before the dialog: notes the system default and returns the printer the
-// dialog opens on (empty: open on the file in `output_file`, or on whatever
-// the dialog offers when there is none).
+// dialog opens on (empty: open on printing to a file).
 QString begin_printer_choice(PrinterChoice& choice, const QString& system_default);
 
-// After a confirmed dialog: remembers a printer, or a PDF file when
+// After a confirmed dialog: remembers a printer, or printing to a file when
 // `printer_name` is empty.
-void end_printer_choice(PrinterChoice& choice, const QString& printer_name,
-                        const QString& output_file);
+void end_printer_choice(PrinterChoice& choice, const QString& printer_name);
 
 // Copies to print for the count a dialog reports: at least one.
 int copies_to_print(int dialog_copies);

@@ -2,6 +2,8 @@
 
 #include "app_context.h"
 #include "config/config.h"
+#include "config/dates.h"
+#include "config/file_names.h"
 #include "config/key_value_lines.h"
 #include "config/text_file.h"
 #include "device/parameter_values.h"
@@ -86,13 +88,18 @@ void read_report_lines(ReportRecord& report, const QStringList& lines) {
 }
 
 QString default_report_name(const ReportRecord& report, const QDateTime& now) {
-    QString sn = report.report_device.SN.trimmed();
-    // The serial number comes from the device's memory: anything a file name
-    // cannot hold becomes "_".
-    for (QChar& c : sn)
-        if (c.unicode() < 32 || QStringLiteral("\\/:*?\"<>|").contains(c))
-            c = QLatin1Char('_');
-    return sn + QLatin1Char('_') + now.toString(QStringLiteral("yyyyMMdd_HHmmss"));
+    return config::file_name_part(report.report_device.SN) + QLatin1Char('_') +
+           now.toString(QStringLiteral("yyyyMMdd_HHmmss"));
+}
+
+QString report_pdf_name(const ReportRecord& report, const QDateTime& now) {
+    QDate day = config::parse_date(report.value(QStringLiteral("t_Datum"))).date();
+    if (!day.isValid())
+        day = now.date();
+    return config::proposed_file_name(
+        QStringLiteral("Pruefprotokoll"),
+        {report.report_device.SN, day.toString(QStringLiteral("yyyyMMdd"))},
+        QStringLiteral(".pdf"));
 }
 
 bool load_report_file(ReportRecord& report, const QString& path) {

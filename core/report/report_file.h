@@ -32,6 +32,10 @@ void read_report_lines(ReportRecord& report, const QStringList& lines);
 
 // The name a save dialog offers: serial number, "_", date and time.
 QString default_report_name(const ReportRecord& report, const QDateTime& now);
+// The PDF name the print dialog offers: "Pruefprotokoll_<SN>_<yyyymmdd>.pdf",
+// the day of the inspection as the form gives it (t_Datum), or `now`'s when
+// that is no date.
+QString report_pdf_name(const ReportRecord& report, const QDateTime& now);
 
 // Empties the record, reads the file into it and marks its device data valid,
 // as opening a report does. False when the file cannot be read; the record

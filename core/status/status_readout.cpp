@@ -2,6 +2,7 @@
 
 #include "app_context.h"
 #include "config/config.h"
+#include "config/file_names.h"
 #include "protocol/commands.h"
 #include "protocol/poll_cycle.h"
 #include "status/status_table.h"
@@ -57,7 +58,8 @@ QString automatic_file(AppContext& ctx, const QString& key, const QString& base)
     const QString dir = as_folder(ctx.config.AUTOSAVEDIR);
     // The same board saved before under another software version: it keeps
     // only its newest automatic dump.
-    if (s.last_auto_key.contains(QLatin1Char('_') + ctx.device.LP + QLatin1Char('_')))
+    if (s.last_auto_key.contains(QLatin1Char('_') + config::file_name_part(ctx.device.LP) +
+                                 QLatin1Char('_')))
         QFile::remove(dir + s.last_auto_base + QStringLiteral(".txt"));
     s.last_auto_key = key;
     s.last_auto_base = base;
@@ -98,7 +100,8 @@ void cmd_sysstatsave_Click(AppContext& ctx) {
 }
 
 QString status_device_key(const device::DeviceRecord& device) {
-    return device.SN.trimmed() + QLatin1Char('_') + device.LP + QLatin1Char('_') + device.SW;
+    return config::file_name_part(device.SN) + QLatin1Char('_') +
+           config::file_name_part(device.LP) + QLatin1Char('_') + config::file_name_part(device.SW);
 }
 
 bool save_status(AppContext& ctx, SaveMode mode) {

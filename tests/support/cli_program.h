@@ -1,0 +1,98 @@
+#pragma once
+// A program of the build run as a script runs it, from a program folder of
+// its own. The programs keep veltrako2.ini beside themselves and rewrite it
+// (a file named with --file becomes the next dialog's folder), so a test that
+// ran the build's copy would leave its temporary folders in the build's
+// settings. The copy is made of hard links where the file system allows,
+// else of copies, and goes away with the object.
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QProcess>
+#include <QStandardPaths>
+#include <QTemporaryDir>
+
+#include <unistd.h>
+
+namespace veltrako::testing {
+
+struct ProgramRun {
+    int exit_code = -1; // -1: crashed or did not finish
+    QString out;
+    QString err;
+};
+
+class ProgramCopy {
+public:
+    // `program`: the path of the built program; its folder's language files,
+    // presets and settings come along.
+    explicit ProgramCopy(const QString& program) {
+        const QFileInfo built(program);
+        path_ = dir_.filePath(built.fileName());
+        const QDir from = built.absoluteDir();
+        ok_ = dir_.isValid() && place(built.absoluteFilePath(), path_);
+        const QStringList beside =
+            from.entryList({QStringLiteral("lang*.txt"), QStringLiteral("Zeiten_*.txt"),
+                            QStringLiteral("veltrako2.ini")},
+                           QDir::Files);
+        for (const QString& name : beside)
+            ok_ = ok_ && place(from.filePath(name), dir_.filePath(name));
+    }
+
+    bool ok() const { return ok_; }
+    QString folder() const { return dir_.path(); }
+    QString file(const QString& name) const { return dir_.filePath(name); }
+
+    // Runs the copy. `environment` entries are set over the test's own
+    // environment (an empty value removes the variable).
+    ProgramRun run(const QStringList& arguments, int timeout_ms = 60000,
+                   const QList<std::pair<QString, QString>>& environment = {}) const {
+        QProcess p;
+        QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
+        for (const auto& [name, value] : environment) {
+            if (value.isEmpty())
+                env.remove(name);
+            else
+                env.insert(name, value);
+        }
+        p.setProcessEnvironment(env);
+        p.start(path_, arguments);
+        ProgramRun r;
+        if (!p.waitForFinished(timeout_ms)) {
+            p.kill();
+            p.waitForFinished();
+            r.err = QStringLiteral("did not finish");
+            return r;
+        }
+        r.exit_code = p.exitStatus() == QProcess::NormalExit ? p.exitCode() : -1;
+        r.out = QString::fromUtf8(p.readAllStandardOutput());
+        r.err = QString::fromUtf8(p.readAllStandardError());
+        return r;
+    }
+
+private:
+    static bool place(const QString& from, const QString& to) {
+        return ::link(QFile::encodeName(from).constData(), QFile::encodeName(to).constData()) ==
+                   0 ||
+               QFile::copy(from, to);
+    }
+
+    QTemporaryDir dir_;
+    QString path_;
+    bool ok_ = false;
+};
+
+// The text of a PDF as pdftotext reads it, blanks run together; empty when
+// pdftotext is missing.
+inline QString pdf_text(const QString& pdf) {
+    const QString tool = QStandardPaths::findExecutable(QStringLiteral("pdftotext"));
+    if (tool.isEmpty())
+        return {};
+    QProcess p;
+    p.start(tool, {pdf, QStringLiteral("-")});
+    p.waitForFinished(30000);
+    return QString::fromUtf8(p.readAllStandardOutput()).simplified();
+}
+
+} // namespace veltrako::testing
