@@ -20,6 +20,15 @@ double since_midnight_difference(double later, double earlier) {
     return d;
 }
 
+bool Clock::wait_for(int ms, const std::function<bool()>& ready) {
+    for (int waited = 0; waited < ms; ++waited) {
+        if (ready())
+            return true;
+        wait_ms(1);
+    }
+    return ready();
+}
+
 SystemClock::SystemClock() {
     steady_.start();
 }
@@ -56,6 +65,21 @@ void SystemClock::wait_ms(int ms) {
         QCoreApplication::processEvents(QEventLoop::AllEvents);
         QThread::usleep(
             std::min<unsigned long>(step_us, static_cast<unsigned long>(left / 1000) + 1));
+    }
+}
+
+bool SystemClock::wait_for(int ms, const std::function<bool()>& ready) {
+    constexpr unsigned long step_us = 100;
+    const qint64 deadline = steady_.nsecsElapsed() + qint64(ms) * 1000000;
+    for (;;) {
+        if (ready())
+            return true;
+        if (steady_.nsecsElapsed() >= deadline)
+            return false;
+        QCoreApplication::processEvents(QEventLoop::AllEvents);
+        if (ready())
+            return true;
+        QThread::usleep(step_us);
     }
 }
 

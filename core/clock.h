@@ -6,6 +6,8 @@
 #include <QDateTime>
 #include <QElapsedTimer>
 
+#include <functional>
+
 namespace veltrako {
 
 class Clock {
@@ -21,6 +23,11 @@ public:
     // Returns after `ms` milliseconds and lets pending events run meanwhile
     // (timer ticks, clicks), without keeping a core busy.
     virtual void wait_ms(int ms) = 0;
+    // Returns as soon as `ready` holds, or after `ms` milliseconds, whichever
+    // comes first, letting pending events run meanwhile; true when `ready`
+    // held. Looks once a millisecond here (through wait_ms); a clock that can
+    // look more often does.
+    virtual bool wait_for(int ms, const std::function<bool()>& ready);
 };
 
 // Seconds since midnight of `t`, in single precision as the poll cycle keeps them.
@@ -36,6 +43,10 @@ public:
     QDateTime now() const override;
     qint64 elapsed_ms() const override;
     void wait_ms(int ms) override;
+    // Looks every tenth of a millisecond: an answer of a few bytes is there
+    // within a millisecond or two, and a millisecond's delay per answer would
+    // add a quarter to a readout.
+    bool wait_for(int ms, const std::function<bool()>& ready) override;
 
 private:
     QElapsedTimer steady_;

@@ -9,7 +9,8 @@
 namespace veltrako::sim {
 
 Concentrator::Concentrator(const Scenario& scenario)
-    : device_(scenario), loader_(scenario.boot_loader_greeting), faults_(scenario.faults) {}
+    : device_(scenario), latency_ms_(scenario.latency_ms), loader_(scenario.boot_loader_greeting),
+      faults_(scenario.faults) {}
 
 void Concentrator::set_faults(const Faults& faults) {
     if (faults.unplug && !faults_.unplug) {
@@ -87,7 +88,7 @@ void Concentrator::take_boot_loader_requests(qint64 now_ms) {
         case BootLoader::Step::send:
             report(now_ms, true, request, step.answer);
             if (!faults_.silent) {
-                const int delay = processing_ms + (step.programs_flash ? flash_write_ms : 0);
+                const int delay = latency_ms_ + (step.programs_flash ? flash_write_ms : 0);
                 schedule(step.answer, now_ms + delay + faults_.answer_delay_ms);
             }
             break;
@@ -105,7 +106,7 @@ void Concentrator::send_answer_frame(const QByteArray& payload, qint64 now_ms) {
     if (faults_.corrupt_crc_every > 0 && n % faults_.corrupt_crc_every == 0)
         frame[frame.size() - 1] = static_cast<char>(frame.at(frame.size() - 1) ^ 0x5A);
     const QByteArray bytes = faults_.garbage_between_frames + frame;
-    const qint64 due = now_ms + processing_ms + faults_.answer_delay_ms;
+    const qint64 due = now_ms + latency_ms_ + faults_.answer_delay_ms;
     if (faults_.split_answers) {
         const qsizetype half = bytes.size() / 2;
         schedule(bytes.left(half), due);

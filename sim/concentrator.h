@@ -1,7 +1,7 @@
 #pragma once
 // The simulated oxygen concentrator: the far end of the cable. It cuts the
-// host's bytes into frames (any chunking), answers each command a few
-// milliseconds after it arrived, speaks raw bytes while its boot loader runs,
+// host's bytes into frames (any chunking), answers each command its latency
+// after it arrived, speaks raw bytes while its boot loader runs,
 // and shows the faults it is told to. Everything it does follows from the
 // bytes it was sent and the times passed in, so a test replays exactly.
 
@@ -55,9 +55,8 @@ public:
         observer_ = std::move(observer);
     }
 
-    // How long the device takes to answer a command, and to write one data
-    // line to flash in the boot loader.
-    static constexpr int processing_ms = 2;
+    // How long the boot loader takes to write one data line to flash, on top
+    // of its latency.
     static constexpr int flash_write_ms = 8;
 
 private:
@@ -68,6 +67,7 @@ private:
     void report(qint64 now_ms, bool boot_loader, QByteArray request, QByteArray answer) const;
 
     DeviceState device_;
+    int latency_ms_; // from the last byte of a request to the first of its answer
     BootLoader loader_;
     Faults faults_;
     bool in_boot_loader_ = false;

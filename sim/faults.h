@@ -34,7 +34,7 @@ struct Faults {
     QByteArray garbage_between_frames;
     // Every framed answer goes out in two parts, the second `split_gap_ms` later.
     bool split_answers = false;
-    // Added to the device's processing time of every answer.
+    // Added to the device's latency for every answer.
     int answer_delay_ms = 0;
     // Boot loader: data line k (counted from 1 in the order the lines are
     // acknowledged) is answered with "E" instead of ">" (0: none).

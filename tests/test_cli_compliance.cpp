@@ -2,6 +2,8 @@
 // simulator: the month lines, the progress on stderr, the file and the PDF,
 // the same lines again from the saved file, and the erase question.
 
+#include "terminal_stderr.h"
+
 #include <QFile>
 #include <QProcess>
 #include <QRegularExpression>
@@ -56,9 +58,8 @@ private slots:
         static const QRegularExpression line(R"(^\d{4}-\d{2}\|\d+\.\d\|\d{1,2}\|\d+\.\d$)");
         for (const QString& m : months)
             QVERIFY2(line.match(m).hasMatch(), qPrintable(m));
-        // Every record's progress, the last one being the running period.
-        QVERIFY(device.err.contains("record 0 / 60\n"));
-        QVERIFY(device.err.contains("record 60 / 60\n"));
+        // Not on a terminal: no progress, nothing but what a script reads.
+        QVERIFY2(!device.err.contains("record"), qPrintable(device.err));
         QFile saved(file);
         QVERIFY(saved.open(QIODevice::ReadOnly));
         QCOMPARE(saved.readAll().count("\r\n"), 61);
@@ -71,6 +72,30 @@ private slots:
         const Run loaded = run_cli({"compliance", "--load", file});
         QCOMPARE(loaded.exit_code, 0);
         QCOMPARE(loaded.out, device.out);
+    }
+
+    // On a terminal, a readout's progress is one line rewritten in place,
+    // ending with all records read; stdout is as without it.
+    void progress_line_on_a_terminal_data() {
+        QTest::addColumn<QStringList>("arguments");
+        QTest::addColumn<QByteArray>("last");
+        QTest::newRow("compliance") << QStringList{"--link", "sim", "compliance"}
+                                    << QByteArray("\rrecords 61 / 61, 100%\x1b[K\n");
+        QTest::newRow("status") << QStringList{"--link", "sim:status_example", "status"}
+                                << QByteArray("\rrecords 3 / 3, 100%\x1b[K\n");
+    }
+    void progress_line_on_a_terminal() {
+        QFETCH(QStringList, arguments);
+        QFETCH(QByteArray, last);
+        const veltrako::testing::TerminalRun r = veltrako::testing::run_with_terminal_stderr(
+            QStringLiteral(VELTRAKO2_CLI_PATH), arguments);
+        QCOMPARE(r.exit_code, 0);
+        QVERIFY2(r.terminal.endsWith(last), r.terminal.right(200).constData());
+        QCOMPARE(r.terminal.count('\n'), 1);
+        QVERIFY(r.terminal.startsWith("\rrecords 0"));
+        const Run plain = run_cli(arguments);
+        QCOMPARE(r.out.count('\n'), plain.out.count('\n'));
+        QVERIFY(r.out.count('\n') >= 2);
     }
 
     void refuses_what_it_cannot_do_data() {

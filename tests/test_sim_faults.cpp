@@ -102,13 +102,13 @@ private slots:
         QCOMPARE(frame_payloads(head + device.transmit(second)), (QList<QByteArray>{"?5121"}));
     }
 
-    // The answer is due the processing time plus the delay after the
+    // The answer is due the device's latency plus the delay after the
     // command, and no earlier.
     void answer_delay() {
-        sim::Concentrator device(scenario_from("ANSWER_DELAY_MS=100"));
+        sim::Concentrator device(scenario_from("LATENCY_MS=7\nANSWER_DELAY_MS=100"));
         device.receive(protocol::build_frame("?"), 500);
         const qint64 due = device.next_transmit_ms();
-        QCOMPARE(due, 500 + sim::Concentrator::processing_ms + 100);
+        QCOMPARE(due, 500 + 7 + 100);
         QVERIFY(device.transmit(due - 1).isEmpty());
         QCOMPARE(frame_payloads(device.transmit(due)), (QList<QByteArray>{"?5121"}));
     }

@@ -14,9 +14,9 @@
 #include "live_chart.h"
 #include "pages.h"
 #include "protocol/poll_cycle.h"
-#include "status/status_readout.h"
 #include "report/report_file.h"
 #include "report_page.h"
+#include "status/status_readout.h"
 
 #include <QAction>
 #include <QCloseEvent>
@@ -145,6 +145,7 @@ void FrmMain::bind(AppContext& ctx) {
             [&ctx] { status::cmd_sysstatsave_Click(ctx); });
     bind_geraet_page(*this, ctx);
     bind_page_compliance(*this, ctx);
+    bind_status_progress(*this, ctx);
     bind_protokoll_page(*this, ctx);
 
     device_record_changed();

@@ -10,6 +10,7 @@
 #include "frm_main.h"
 #include "pages.h"
 #include "printing.h"
+#include "progress_row.h"
 
 #include <QGridLayout>
 #include <QHBoxLayout>
@@ -65,6 +66,7 @@ QWidget* build_page_compliance() {
     auto* right = new QVBoxLayout;
     right->addWidget(new ComplianceChartWidget, 1);
     right->addWidget(make_label(QStringLiteral("l_compliancesummary"), 0, QString()));
+    right->addWidget(new ProgressRow(QStringLiteral("compliance"), true));
     layout->addLayout(right, 1);
     return page;
 }
@@ -130,6 +132,15 @@ void bind_page_compliance(FrmMain& form, AppContext& ctx) {
              });
     on_click("cmd_prevmonth", [&ctx] { compliance::cmd_prevmonth_Click(ctx); });
     on_click("cmd_nextmonth", [&ctx] { compliance::cmd_nextmonth_Click(ctx); });
+    on_click("cmd_compliancecancel", [&ctx] { compliance::compliance_cancel(ctx); });
+    auto* row = form.findChild<ProgressRow*>(QStringLiteral("compliance_progress"));
+    ctx.compliance.readout.changed = [row, &ctx] {
+        // While the records come in, the poll tick waits: no live status is
+        // asked for until the readout ends.
+        row->show_standing(ctx.compliance.readout.standing(),
+                           {ctx.language.text(8300), ctx.language.text(8301),
+                            ctx.language.text(8302), ctx.language.text(8303)});
+    };
     compliance::compliance_buttons(ctx, compliance::link_enabled(ctx));
 }
 

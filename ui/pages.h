@@ -19,5 +19,7 @@ QWidget* build_page_entwickler();
 class FrmMain;
 // Connects the "Compliance" page to the usage memory of `ctx`.
 void bind_page_compliance(FrmMain& form, AppContext& ctx);
+// Shows a status readout's progress on the "System Status" page.
+void bind_status_progress(FrmMain& form, AppContext& ctx);
 
 } // namespace veltrako::ui

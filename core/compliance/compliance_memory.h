@@ -4,6 +4,8 @@
 // monthly chart, and what the "Compliance" page shows. One instance lives in
 // the application context.
 
+#include "progress/progress.h"
+
 #include <QString>
 
 #include <array>
@@ -63,6 +65,9 @@ struct ComplianceMemory {
     ComplianceRecords records{};
     ComplianceState state;
     CompliancePage page;
+    // A readout from the device: records read of the records asked for.
+    // Cancelled, it keeps the number read until the table is cleared.
+    progress::Progress readout;
     // Called after the page's values changed.
     std::function<void()> page_changed;
 };
