@@ -108,6 +108,20 @@ Readout readout(int latency_ms, bool paced) {
     return r;
 }
 
+// The slow device's table holds what the quick one's does; only the period
+// still running has ended later.
+bool same_records(const Readout& a, const Readout& b) {
+    if (a.records != b.records)
+        return false;
+    int later_end = 0;
+    for (std::size_t i = 0; i < a.table.size(); ++i) {
+        if (a.table[i].start != b.table[i].start)
+            return false;
+        later_end += a.table[i].end != b.table[i].end ? 1 : 0;
+    }
+    return later_end <= 1;
+}
+
 void bench_readout() {
     const Readout fast = readout(1, false);
     std::printf("readout: %d records in %.0f ms (wire floor %.0f ms, ratio %.2f)\n", fast.records,
@@ -126,7 +140,7 @@ void bench_readout() {
     std::printf("readout from a slow device (25 ms): %d records in %.0f ms (wire floor %.0f ms, "
                 "ratio %.2f), the same records as above: %s\n",
                 slow.records, slow.ms, slow.wire_floor_ms, slow.ms / slow.wire_floor_ms,
-                slow.records == fast.records && slow.table == fast.table ? "yes" : "NO");
+                same_records(slow, fast) ? "yes" : "NO");
 }
 
 // `spacing` seconds from one record's start to the next, each running

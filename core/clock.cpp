@@ -42,6 +42,10 @@ qint64 SystemClock::elapsed_ms() const {
     return steady_.elapsed();
 }
 
+qint64 SystemClock::elapsed_us() const {
+    return steady_.nsecsElapsed() / 1000;
+}
+
 void SystemClock::wait_ms(int ms) {
     // A nested event loop rather than a spin: the timer and the user's clicks
     // keep being served while we wait, and the core stays idle. Timers only

@@ -28,9 +28,9 @@ public:
     explicit Concentrator(const Scenario& scenario);
 
     bool plugged_in() const override { return !faults_.unplug; }
-    void receive(const QByteArray& bytes, qint64 now_ms) override;
-    QByteArray transmit(qint64 now_ms) override;
-    qint64 next_transmit_ms() const override;
+    void receive(const QByteArray& bytes, double now_ms) override;
+    QByteArray transmit(double now_ms) override;
+    double next_transmit_ms() const override;
 
     const Faults& faults() const { return faults_; }
     // Takes effect for the next answer; "every Nth answer" counts from here.
@@ -60,11 +60,11 @@ public:
     static constexpr int flash_write_ms = 8;
 
 private:
-    void take_frames(qint64 now_ms);
-    void take_boot_loader_requests(qint64 now_ms);
-    void send_answer_frame(const QByteArray& payload, qint64 now_ms);
-    void schedule(QByteArray bytes, qint64 due_ms);
-    void report(qint64 now_ms, bool boot_loader, QByteArray request, QByteArray answer) const;
+    void take_frames(double now_ms);
+    void take_boot_loader_requests(double now_ms);
+    void send_answer_frame(const QByteArray& payload, double now_ms);
+    void schedule(QByteArray bytes, double due_ms);
+    void report(double now_ms, bool boot_loader, QByteArray request, QByteArray answer) const;
 
     DeviceState device_;
     int latency_ms_; // from the last byte of a request to the first of its answer
@@ -74,11 +74,11 @@ private:
     QByteArray received_;
 
     struct Pending {
-        qint64 due_ms;
+        double due_ms;
         QByteArray bytes;
     };
     std::deque<Pending> outbox_;
-    qint64 last_due_ms_ = std::numeric_limits<qint64>::min();
+    double last_due_ms_ = -std::numeric_limits<double>::infinity();
     qint64 answers_since_faults_set_ = 0;
     std::function<void(const Event&)> observer_;
 };
