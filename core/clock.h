@@ -47,13 +47,14 @@ public:
     qint64 elapsed_ms() const override;
     qint64 elapsed_us() const override;
     void wait_ms(int ms) override;
-    // Looks every tenth of a millisecond: an answer of a few bytes is there
+    // Looks every tenth of a millisecond (an answer of a few bytes is there
     // within a millisecond or two, and a millisecond's delay per answer would
-    // add a quarter to a readout.
+    // add a quarter to a readout), and serves events every 10 ms.
     bool wait_for(int ms, const std::function<bool()>& ready) override;
 
 private:
     QElapsedTimer steady_;
+    qint64 events_due_ns_ = 0; // when wait_for serves events next
 };
 
 } // namespace veltrako

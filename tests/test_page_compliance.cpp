@@ -123,9 +123,10 @@ private slots:
             looked = true;
             QVERIFY(!read->isEnabled());
             QVERIFY(bar->isVisible() && cancel->isVisible());
+            // Shown ten times a second of the readout, not for every record.
             QCOMPARE(bar->maximum(), 401);
-            QCOMPARE(bar->value(), 200);
-            QCOMPARE(bar->text(), "200 / 401");
+            QVERIFY2(bar->value() > 100 && bar->value() <= 200, qPrintable(bar->text()));
+            QCOMPARE(bar->text(), QString("%1 / 401").arg(bar->value()));
             QVERIFY2(label("lbl_compliancetime").startsWith("Time left: 0:"),
                      qPrintable(label("lbl_compliancetime")));
             QCOMPARE(label("lbl_compliancenote"), "Live values paused");

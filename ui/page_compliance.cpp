@@ -73,7 +73,9 @@ QWidget* build_page_compliance() {
 
 namespace {
 
-void refresh_page(FrmMain& form, const compliance::CompliancePage& p) {
+// `repaint_chart`: the chart is shown, or was until now. An empty chart is
+// not repainted for every record a readout brings in.
+void refresh_page(FrmMain& form, const compliance::CompliancePage& p, bool repaint_chart) {
     const auto enable = [&](const char* name, bool on) {
         form.control(QLatin1String(name))->setEnabled(on);
     };
@@ -90,7 +92,8 @@ void refresh_page(FrmMain& form, const compliance::CompliancePage& p) {
     record->setVisible(p.record_visible);
     form.control_as<QLabel>(QStringLiteral("l_compliancesummary"))
         ->setText(p.chart_shown ? p.summary_text : QString());
-    form.control(QStringLiteral("p_compliance"))->update();
+    if (repaint_chart)
+        form.control(QStringLiteral("p_compliance"))->update();
 }
 
 // Prints the shown month on the printer the technician chooses.
@@ -116,7 +119,11 @@ void compliance_print(FrmMain& form, AppContext& ctx) {
 void bind_page_compliance(FrmMain& form, AppContext& ctx) {
     compliance::install_compliance(ctx);
     form.findChild<ComplianceChartWidget*>(QStringLiteral("p_compliance"))->set_source(&ctx);
-    ctx.compliance.page_changed = [&form, &ctx] { refresh_page(form, ctx.compliance.page); };
+    ctx.compliance.page_changed = [&form, &ctx, chart_was_shown = true]() mutable {
+        const bool shown = ctx.compliance.page.chart_shown;
+        refresh_page(form, ctx.compliance.page, shown || chart_was_shown);
+        chart_was_shown = shown;
+    };
     const auto on_click = [&form](const char* name, auto handler) {
         QObject::connect(form.control_as<QPushButton>(QLatin1String(name)), &QPushButton::clicked,
                          &form, handler);

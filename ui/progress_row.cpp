@@ -32,6 +32,14 @@ ProgressRow::ProgressRow(const QString& what, bool cancellable, QWidget* parent)
 }
 
 void ProgressRow::show_standing(const progress::Standing& s, const ProgressTexts& texts) {
+    // A readout moves hundreds of records a second; ten pictures a second
+    // tell the same, and painting each would slow the readout down.
+    constexpr qint64 redraw_ms = 100;
+    if (s.phase == shown_phase_ && s.elapsed_ms >= shown_elapsed_ms_ &&
+        s.elapsed_ms - shown_elapsed_ms_ < redraw_ms)
+        return;
+    shown_phase_ = s.phase;
+    shown_elapsed_ms_ = s.elapsed_ms;
     const bool running = s.phase == progress::Phase::running;
     const bool cancelled = s.phase == progress::Phase::cancelled;
     setVisible(running || cancelled);

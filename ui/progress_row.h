@@ -39,6 +39,8 @@ private:
     QLabel* time_;
     QLabel* note_;
     QPushButton* cancel_ = nullptr;
+    progress::Phase shown_phase_ = progress::Phase::idle;
+    qint64 shown_elapsed_ms_ = 0;
 };
 
 } // namespace veltrako::ui
