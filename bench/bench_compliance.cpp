@@ -1,12 +1,18 @@
 // The usage memory:
-//  - readout of 4097 records from the simulated concentrator with real wire
-//    timing, as a ratio to its floor of 4097 x 20 ms, the fast path's wait
-//    per record (target: at most 1.02);
+//  - readout of a full memory, 4097 records, from the simulated concentrator
+//    with real wire timing and a device latency of 1 ms, against its wire
+//    floor: every byte of the readout's requests and answers at 10,473
+//    bytes/s (115200 baud, 11 bits a byte) plus the latency of each answer
+//    (targets on a quiet machine: at most 20,000 ms, ratio at most 1.3);
+//  - the same readout paced as it used to be, each record request followed
+//    by a 20 ms wait, against its floor of 4097 x 20 ms: the gain;
+//  - the same readout from a slow device (25 ms latency): every record read,
+//    and read as in the first run;
 //  - redraw of the monthly chart with 4097 records onto an image the size of
 //    the page's picture box (target: under 5 ms): a day's use each, and, as
 //    the worst case, all of them in the shown month.
 //
-//   build/bin/bench_compliance [redraws, default 200]
+//   build/bin/bench_compliance [redraws, default 200]   (about four minutes)
 
 #include "app_context.h"
 #include "compliance/compliance_chart.h"
@@ -15,8 +21,10 @@
 #include "null_user_interface.h"
 #include "painter_surface.h"
 #include "print/recording_surface.h"
+#include "protocol/frame_codec.h"
 #include "protocol/poll_cycle.h"
 #include "sim/concentrator.h"
+#include "sim/scenario.h"
 
 #include <QElapsedTimer>
 #include <QEventLoop>
@@ -43,15 +51,40 @@ void run_until(const std::function<bool()>& done) {
     loop.exec();
 }
 
-void bench_readout() {
+// Bytes on the wire at 115200 baud with 8 data bits, 2 stop bits and a start bit.
+constexpr double wire_bytes_per_s = 115200.0 / 11.0;
+
+struct Readout {
+    int records = 0;
+    double ms = 0;
+    double wire_floor_ms = 0;
+    compliance::ComplianceRecords table{};
+};
+
+Readout readout(int latency_ms, bool paced) {
     SystemClock clock;
     bench::NullUserInterface ui;
     QString error;
-    auto device = sim::make_concentrator(QStringLiteral("compliance_large"), &error);
-    if (!device) {
+    auto scenario = sim::load_scenario(QStringLiteral("compliance_large"), &error);
+    if (!scenario) {
         std::printf("no scenario: %s\n", qPrintable(error));
-        return;
+        return {};
     }
+    scenario->latency_ms = latency_ms;
+    auto device = std::make_shared<sim::Concentrator>(*scenario);
+    // What the readout puts on the wire, both ways.
+    bool reading = false;
+    qint64 bytes = 0;
+    int answers = 0;
+    device->set_observer([&](const sim::Concentrator::Event& e) {
+        if (!reading || e.boot_loader || !(e.request.startsWith('k') || e.request.startsWith('K')))
+            return;
+        bytes += protocol::build_frame(e.request).size();
+        if (!e.answer.isEmpty()) {
+            bytes += protocol::build_frame(e.answer).size();
+            ++answers;
+        }
+    });
     AppContext ctx(
         clock, ui,
         std::make_unique<link::SimLink>(clock, device, link::SimLink::WireTiming::realistic));
@@ -61,23 +94,53 @@ void bench_readout() {
     protocol::connect_routine(ctx);
     run_until([&] { return ctx.device.live_valid && ctx.protocol.queue_count == 0; });
 
+    reading = true;
     QElapsedTimer t;
     t.start();
     compliance::cmd_complianceread_Click(ctx);
+    ctx.protocol.paced_reads = paced;
     run_until([&] { return ctx.compliance.state.has_data || ctx.link.device_handle == 0; });
-    const double ms = t.nsecsElapsed() / 1e6;
-    const int records = ctx.compliance.state.last_index + 1;
-    const double floor_ms = records * 20.0;
-    std::printf("readout: %d records in %.0f ms (floor %.0f ms), ratio %.3f\n", records, ms,
-                floor_ms, ms / floor_ms);
+    Readout r;
+    r.ms = t.nsecsElapsed() / 1e6;
+    r.records = ctx.compliance.state.has_data ? ctx.compliance.state.last_index + 1 : 0;
+    r.wire_floor_ms = bytes * 1000.0 / wire_bytes_per_s + answers * double(latency_ms);
+    r.table = ctx.compliance.records;
+    return r;
+}
 
-    // What the fast path's wait itself costs: its share of the ratio above.
-    const int waits = 500;
-    t.restart();
-    for (int i = 0; i < waits; ++i)
-        clock.wait_ms(20);
-    std::printf("wait_ms(20) alone: mean %.3f ms, ratio %.3f\n", t.nsecsElapsed() / 1e6 / waits,
-                t.nsecsElapsed() / 1e6 / waits / 20.0);
+// The slow device's table holds what the quick one's does; only the period
+// still running has ended later.
+bool same_records(const Readout& a, const Readout& b) {
+    if (a.records != b.records)
+        return false;
+    int later_end = 0;
+    for (std::size_t i = 0; i < a.table.size(); ++i) {
+        if (a.table[i].start != b.table[i].start)
+            return false;
+        later_end += a.table[i].end != b.table[i].end ? 1 : 0;
+    }
+    return later_end <= 1;
+}
+
+void bench_readout() {
+    const Readout fast = readout(1, false);
+    std::printf("readout: %d records in %.0f ms (wire floor %.0f ms, ratio %.2f)\n", fast.records,
+                fast.ms, fast.wire_floor_ms, fast.ms / fast.wire_floor_ms);
+    std::fflush(stdout);
+
+    const Readout paced = readout(1, true);
+    const double paced_floor_ms = paced.records * 20.0;
+    std::printf("readout paced by 20 ms a record: %d records in %.0f ms (floor %.0f ms, ratio "
+                "%.3f); the readout above takes %.1f %% of it\n",
+                paced.records, paced.ms, paced_floor_ms, paced.ms / paced_floor_ms,
+                100.0 * fast.ms / paced.ms);
+    std::fflush(stdout);
+
+    const Readout slow = readout(25, false);
+    std::printf("readout from a slow device (25 ms): %d records in %.0f ms (wire floor %.0f ms, "
+                "ratio %.2f), the same records as above: %s\n",
+                slow.records, slow.ms, slow.wire_floor_ms, slow.ms / slow.wire_floor_ms,
+                same_records(slow, fast) ? "yes" : "NO");
 }
 
 // `spacing` seconds from one record's start to the next, each running
@@ -133,6 +196,7 @@ int main(int argc, char** argv) {
     bench_redraw(n, "one a day (31 in the month)", 86400, 8 * 3600);
     // The worst case: all of them in the shown month, 5 minutes every 650 s.
     bench_redraw(n, "all in the month", 650, 300);
+    std::fflush(stdout);
     bench_readout();
     return 0;
 }

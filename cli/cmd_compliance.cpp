@@ -13,12 +13,10 @@
 #include "console_ui.h"
 #include "device/device_view.h"
 #include "pdf_output.h"
+#include "progress_line.h"
 
 #include <QCommandLineParser>
 #include <QRegularExpression>
-
-#include <cstdio>
-#include <unistd.h>
 
 namespace veltrako::cli {
 
@@ -48,38 +46,18 @@ std::optional<compliance::Stamp> parse_month(const QString& text) {
     return compliance::make_stamp(year, month, 1);
 }
 
-// "record n / count" on stderr: one line updated in place on a terminal, a
-// line per record otherwise.
-void show_progress(const compliance::ComplianceMemory& m) {
-    static const bool terminal = isatty(fileno(stderr)) != 0;
-    const QLocale locale;
-    const QString line =
-        QStringLiteral("record ") + device::format_value(m.state.last_index, 0, locale) +
-        QStringLiteral(" / ") + device::format_value(m.state.record_count, 0, locale);
-    std::fprintf(stderr, terminal ? "\r%s" : "%s\n", qUtf8Printable(line));
-    std::fflush(stderr);
-}
-
 int read_device(CommandEnv& env) {
     AppContext& ctx = env.ctx;
     const int code = env.session.connect_and_read_record();
     if (code != exit_ok)
         return code;
     compliance::ComplianceMemory& m = ctx.compliance;
-    int shown = -1;
-    m.page_changed = [&] {
-        // Once per record stored, not for the clearing before the first.
-        if (m.page.record_visible && m.page.record_caption != ctx.language.text(11102) &&
-            m.state.last_index != shown) {
-            shown = m.state.last_index;
-            show_progress(m);
-        }
-    };
-    compliance::cmd_complianceread_Click(ctx);
-    const int read = env.session.run_until([&] { return m.state.has_data; });
-    m.page_changed = nullptr;
-    if (isatty(fileno(stderr)))
-        std::fprintf(stderr, "\n");
+    int read = exit_ok;
+    {
+        const ProgressLine line(m.readout);
+        compliance::cmd_complianceread_Click(ctx);
+        read = env.session.run_until([&] { return m.state.has_data; });
+    }
     if (read != exit_ok || !m.state.has_data) {
         print_error(env.ctx.language.text(text_not_finished));
         return exit_device;

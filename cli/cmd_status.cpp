@@ -5,6 +5,7 @@
 #include "cli_session.h"
 #include "commands.h"
 #include "console_ui.h"
+#include "progress_line.h"
 #include "status/status_readout.h"
 #include "status/status_table.h"
 
@@ -37,8 +38,11 @@ int run_status(CommandEnv& env) {
     if (code != exit_ok)
         return code;
     const int shown = env.ui.status_tables_shown;
-    status::cmd_sysstatread_Click(env.ctx);
-    code = env.session.run_until([&] { return env.ui.status_tables_shown > shown; });
+    {
+        const ProgressLine line(env.ctx.status.readout);
+        status::cmd_sysstatread_Click(env.ctx);
+        code = env.session.run_until([&] { return env.ui.status_tables_shown > shown; });
+    }
     if (env.ui.status_tables_shown == shown) {
         print_error(env.ctx.language.text(text_not_finished));
         return code == exit_ok ? exit_device : code;

@@ -20,6 +20,15 @@ double since_midnight_difference(double later, double earlier) {
     return d;
 }
 
+bool Clock::wait_for(int ms, const std::function<bool()>& ready) {
+    for (int waited = 0; waited < ms; ++waited) {
+        if (ready())
+            return true;
+        wait_ms(1);
+    }
+    return ready();
+}
+
 SystemClock::SystemClock() {
     steady_.start();
 }
@@ -31,6 +40,10 @@ QDateTime SystemClock::now() const {
 
 qint64 SystemClock::elapsed_ms() const {
     return steady_.elapsed();
+}
+
+qint64 SystemClock::elapsed_us() const {
+    return steady_.nsecsElapsed() / 1000;
 }
 
 void SystemClock::wait_ms(int ms) {
@@ -56,6 +69,29 @@ void SystemClock::wait_ms(int ms) {
         QCoreApplication::processEvents(QEventLoop::AllEvents);
         QThread::usleep(
             std::min<unsigned long>(step_us, static_cast<unsigned long>(left / 1000) + 1));
+    }
+}
+
+bool SystemClock::wait_for(int ms, const std::function<bool()>& ready) {
+    constexpr unsigned long step_us = 100;
+    // Events are served a hundred times a second, across one wait and the
+    // next: often enough for clicks and timers, and a window that changes
+    // with every answer is not repainted hundreds of times a second.
+    constexpr qint64 events_every_ns = 10000000;
+    const qint64 deadline = steady_.nsecsElapsed() + qint64(ms) * 1000000;
+    qint64& events_due = events_due_ns_;
+    for (;;) {
+        if (ready())
+            return true;
+        const qint64 now = steady_.nsecsElapsed();
+        if (now >= deadline)
+            return false;
+        if (now >= events_due) {
+            QCoreApplication::processEvents(QEventLoop::AllEvents);
+            events_due = steady_.nsecsElapsed() + events_every_ns;
+            continue;
+        }
+        QThread::usleep(step_us);
     }
 }
 

@@ -5,6 +5,7 @@
 #include "scenario.h"
 
 #include <algorithm>
+#include <cmath>
 
 namespace veltrako::sim {
 
@@ -15,10 +16,16 @@ bool is_write(const QByteArray& payload) {
     return !payload.isEmpty() && QByteArrayView("tsECwuoxZ").contains(payload.at(0));
 }
 
+// The device's clocks count whole milliseconds.
+qint64 whole_ms(double ms) {
+    return static_cast<qint64>(std::floor(ms));
+}
+
 } // namespace
 
 Concentrator::Concentrator(const Scenario& scenario)
-    : device_(scenario), loader_(scenario.boot_loader_greeting), faults_(scenario.faults) {}
+    : device_(scenario), latency_ms_(scenario.latency_ms), loader_(scenario.boot_loader_greeting),
+      faults_(scenario.faults) {}
 
 void Concentrator::set_faults(const Faults& faults) {
     if (faults.unplug && !faults_.unplug) {
@@ -29,10 +36,10 @@ void Concentrator::set_faults(const Faults& faults) {
     answers_since_faults_set_ = 0;
 }
 
-void Concentrator::receive(const QByteArray& bytes, qint64 now_ms) {
+void Concentrator::receive(const QByteArray& bytes, double now_ms) {
     if (faults_.unplug)
         return;
-    device_.advance_hours(now_ms);
+    device_.advance_hours(whole_ms(now_ms));
     received_ += bytes;
     // The boot loader may hand back to the application in the middle of a
     // chunk (and "b" hands over to it), so the two take turns until the bytes
@@ -48,7 +55,7 @@ void Concentrator::receive(const QByteArray& bytes, qint64 now_ms) {
     }
 }
 
-void Concentrator::take_frames(qint64 now_ms) {
+void Concentrator::take_frames(double now_ms) {
     while (!in_boot_loader_) {
         const protocol::FrameStep step = protocol::scan_frame(received_);
         if (step.kind == protocol::FrameStep::need_more)
@@ -62,10 +69,10 @@ void Concentrator::take_frames(qint64 now_ms) {
         Reply reply;
         if (faults_.ignore_writes && is_write(payload)) {
             const DeviceState kept = device_;
-            reply = answer_command(device_, payload, now_ms);
+            reply = answer_command(device_, payload, whole_ms(now_ms));
             device_ = kept;
         } else {
-            reply = answer_command(device_, payload, now_ms);
+            reply = answer_command(device_, payload, whole_ms(now_ms));
         }
         switch (reply.kind) {
         case Reply::none:
@@ -84,7 +91,7 @@ void Concentrator::take_frames(qint64 now_ms) {
     }
 }
 
-void Concentrator::take_boot_loader_requests(qint64 now_ms) {
+void Concentrator::take_boot_loader_requests(double now_ms) {
     while (in_boot_loader_) {
         const qsizetype before = received_.size();
         const QByteArray pending = received_;
@@ -98,12 +105,12 @@ void Concentrator::take_boot_loader_requests(qint64 now_ms) {
         case BootLoader::Step::restart:
             report(now_ms, true, request, {});
             in_boot_loader_ = false;
-            device_.restart(now_ms, loader_.lines_this_session() > 0);
+            device_.restart(whole_ms(now_ms), loader_.lines_this_session() > 0);
             break;
         case BootLoader::Step::send:
             report(now_ms, true, request, step.answer);
             if (!faults_.silent) {
-                const int delay = processing_ms + (step.programs_flash ? flash_write_ms : 0);
+                const int delay = latency_ms_ + (step.programs_flash ? flash_write_ms : 0);
                 schedule(step.answer, now_ms + delay + faults_.answer_delay_ms);
             }
             break;
@@ -111,7 +118,7 @@ void Concentrator::take_boot_loader_requests(qint64 now_ms) {
     }
 }
 
-void Concentrator::send_answer_frame(const QByteArray& payload, qint64 now_ms) {
+void Concentrator::send_answer_frame(const QByteArray& payload, double now_ms) {
     if (faults_.silent)
         return;
     const qint64 n = ++answers_since_faults_set_;
@@ -121,7 +128,7 @@ void Concentrator::send_answer_frame(const QByteArray& payload, qint64 now_ms) {
     if (faults_.corrupt_crc_every > 0 && n % faults_.corrupt_crc_every == 0)
         frame[frame.size() - 1] = static_cast<char>(frame.at(frame.size() - 1) ^ 0x5A);
     const QByteArray bytes = faults_.garbage_between_frames + frame;
-    const qint64 due = now_ms + processing_ms + faults_.answer_delay_ms;
+    const double due = now_ms + latency_ms_ + faults_.answer_delay_ms;
     if (faults_.split_answers) {
         const qsizetype half = bytes.size() / 2;
         schedule(bytes.left(half), due);
@@ -131,14 +138,14 @@ void Concentrator::send_answer_frame(const QByteArray& payload, qint64 now_ms) {
     }
 }
 
-void Concentrator::schedule(QByteArray bytes, qint64 due_ms) {
+void Concentrator::schedule(QByteArray bytes, double due_ms) {
     // One wire: answers leave in the order their commands came.
     due_ms = std::max(due_ms, last_due_ms_);
     last_due_ms_ = due_ms;
     outbox_.push_back({due_ms, std::move(bytes)});
 }
 
-QByteArray Concentrator::transmit(qint64 now_ms) {
+QByteArray Concentrator::transmit(double now_ms) {
     QByteArray out;
     while (!outbox_.empty() && outbox_.front().due_ms <= now_ms) {
         out += outbox_.front().bytes;
@@ -147,14 +154,14 @@ QByteArray Concentrator::transmit(qint64 now_ms) {
     return out;
 }
 
-qint64 Concentrator::next_transmit_ms() const {
+double Concentrator::next_transmit_ms() const {
     return outbox_.empty() || faults_.unplug ? nothing_pending : outbox_.front().due_ms;
 }
 
-void Concentrator::report(qint64 now_ms, bool boot_loader, QByteArray request,
+void Concentrator::report(double now_ms, bool boot_loader, QByteArray request,
                           QByteArray answer) const {
     if (observer_)
-        observer_({now_ms, boot_loader, std::move(request), std::move(answer)});
+        observer_({whole_ms(now_ms), boot_loader, std::move(request), std::move(answer)});
 }
 
 std::shared_ptr<link::SimPeer> make_concentrator(const QString& scenario, QString* error) {

@@ -1,7 +1,7 @@
 #pragma once
 // The simulated oxygen concentrator: the far end of the cable. It cuts the
-// host's bytes into frames (any chunking), answers each command a few
-// milliseconds after it arrived, speaks raw bytes while its boot loader runs,
+// host's bytes into frames (any chunking), answers each command its latency
+// after it arrived, speaks raw bytes while its boot loader runs,
 // and shows the faults it is told to. Everything it does follows from the
 // bytes it was sent and the times passed in, so a test replays exactly.
 
@@ -28,9 +28,9 @@ public:
     explicit Concentrator(const Scenario& scenario);
 
     bool plugged_in() const override { return !faults_.unplug; }
-    void receive(const QByteArray& bytes, qint64 now_ms) override;
-    QByteArray transmit(qint64 now_ms) override;
-    qint64 next_transmit_ms() const override;
+    void receive(const QByteArray& bytes, double now_ms) override;
+    QByteArray transmit(double now_ms) override;
+    double next_transmit_ms() const override;
 
     const Faults& faults() const { return faults_; }
     // Takes effect for the next answer; "every Nth answer" counts from here.
@@ -55,30 +55,30 @@ public:
         observer_ = std::move(observer);
     }
 
-    // How long the device takes to answer a command, and to write one data
-    // line to flash in the boot loader.
-    static constexpr int processing_ms = 2;
+    // How long the boot loader takes to write one data line to flash, on top
+    // of its latency.
     static constexpr int flash_write_ms = 8;
 
 private:
-    void take_frames(qint64 now_ms);
-    void take_boot_loader_requests(qint64 now_ms);
-    void send_answer_frame(const QByteArray& payload, qint64 now_ms);
-    void schedule(QByteArray bytes, qint64 due_ms);
-    void report(qint64 now_ms, bool boot_loader, QByteArray request, QByteArray answer) const;
+    void take_frames(double now_ms);
+    void take_boot_loader_requests(double now_ms);
+    void send_answer_frame(const QByteArray& payload, double now_ms);
+    void schedule(QByteArray bytes, double due_ms);
+    void report(double now_ms, bool boot_loader, QByteArray request, QByteArray answer) const;
 
     DeviceState device_;
+    int latency_ms_; // from the last byte of a request to the first of its answer
     BootLoader loader_;
     Faults faults_;
     bool in_boot_loader_ = false;
     QByteArray received_;
 
     struct Pending {
-        qint64 due_ms;
+        double due_ms;
         QByteArray bytes;
     };
     std::deque<Pending> outbox_;
-    qint64 last_due_ms_ = std::numeric_limits<qint64>::min();
+    double last_due_ms_ = -std::numeric_limits<double>::infinity();
     qint64 answers_since_faults_set_ = 0;
     std::function<void(const Event&)> observer_;
 };

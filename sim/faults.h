@@ -34,7 +34,7 @@ struct Faults {
     QByteArray garbage_between_frames;
     // Every framed answer goes out in two parts, the second `split_gap_ms` later.
     bool split_answers = false;
-    // Added to the device's processing time of every answer.
+    // Added to the device's latency for every answer.
     int answer_delay_ms = 0;
     // Every write is acknowledged as usual, but the device keeps the values
     // it had (a setting it refuses, a memory that no longer takes writes).

@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cmath>
 #include <cstring>
 #include <fcntl.h>
 #include <poll.h>
@@ -122,12 +123,13 @@ void PtyServer::read_from_client() {
 }
 
 void PtyServer::schedule_next_output() {
-    const qint64 next = device_.next_transmit_ms();
+    const double next = device_.next_transmit_ms();
     if (next == Concentrator::nothing_pending) {
         output_due_.stop();
         return;
     }
-    output_due_.start(static_cast<int>(std::clamp<qint64>(next - clock_.elapsed(), 0, 60000)));
+    output_due_.start(static_cast<int>(
+        std::clamp<double>(std::ceil(next - static_cast<double>(clock_.elapsed())), 0, 60000)));
 }
 
 void PtyServer::write_due_output() {

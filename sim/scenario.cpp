@@ -219,6 +219,7 @@ const std::map<QByteArray, Key>& keys() {
         k["FLOW_SELECTOR_U"] = {set_integer(&Scenario::flow_selector_u, 0, 255)};
         k["FLOW_SELECTOR_O"] = {set_integer(&Scenario::flow_selector_o, 0, 255)};
         k["ACOUSTIC_ALARM"] = {set_integer(&Scenario::acoustic_alarm, 0, 255)};
+        k["LATENCY_MS"] = {set_integer(&Scenario::latency_ms, 0, 60000)};
         // Live status
         k["ALARMS"] = {set_live_integer(&LiveSettings::alarms, 0, 255)};
         k["ALARMS2"] = {set_live_integer(&LiveSettings::alarms2, 0, 255)};

@@ -39,6 +39,9 @@ struct Scenario {
     std::uint8_t flow_selector_u = 4;
     std::uint8_t flow_selector_o = 10;
     std::uint8_t acoustic_alarm = 1;
+    // Milliseconds from the last byte of a request to the first of its
+    // answer, on top of the wire time in both directions.
+    int latency_ms = 1;
 
     LiveSettings live;
 

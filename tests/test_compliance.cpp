@@ -26,7 +26,8 @@ using namespace veltrako::testing;
 namespace {
 
 struct Harness {
-    explicit Harness(const QByteArray& scenario_text = {}) {
+    explicit Harness(const QByteArray& scenario_text = {},
+                     link::SimLink::WireTiming timing = link::SimLink::WireTiming::instant) {
         QString error;
         const auto scenario =
             sim::parse_scenario("SW=5301\nCLOCK=2025-01-01 00:00:00\n" + scenario_text, &error);
@@ -37,8 +38,8 @@ struct Harness {
             if (!e.boot_loader)
                 received << e.request;
         });
-        ctx =
-            std::make_unique<AppContext>(clock, ui, std::make_unique<link::SimLink>(clock, device));
+        ctx = std::make_unique<AppContext>(clock, ui,
+                                           std::make_unique<link::SimLink>(clock, device, timing));
         for (int n = 6001; n <= 6015; ++n)
             ctx->language.language_text[n] = QStringLiteral("text%1").arg(n);
         ctx->language.language_text[11102] = QStringLiteral("Record Nr.:");
@@ -55,6 +56,20 @@ struct Harness {
     void tick() {
         clock.advance_ms(50);
         protocol::timer1_tick(*ctx);
+    }
+    // Clicks "Speicher auslesen" and polls until the readout has ended.
+    void read() {
+        cmd_complianceread_Click(*ctx);
+        for (int i = 0; i < 2000 && !ctx->compliance.state.has_data; ++i)
+            tick();
+    }
+    // The record numbers of the "k" requests the device took, in order.
+    QList<int> record_requests() const {
+        QList<int> numbers;
+        for (const QByteArray& p : received)
+            if (p.startsWith('k'))
+                numbers << int(protocol::PayloadReader(p).be16_signed(2));
+        return numbers;
     }
     int requests(char letter) const {
         return int(std::count_if(received.begin(), received.end(),
@@ -131,6 +146,10 @@ private slots:
             << QByteArray("COMPLIANCE_RING_SIZE=1000\nCOMPLIANCE_GENERATE=1010\n"
                           "COMPLIANCE_FROM=2020-01-01\nCOMPLIANCE_TO=2024-12-01\n")
             << 1010 << false << true;
+        QTest::newRow("5000 announced: the table ends after index 4096")
+            << QByteArray("COMPLIANCE_RING_SIZE=8192\nCOMPLIANCE_GENERATE=5000\n"
+                          "COMPLIANCE_FROM=2010-01-01\nCOMPLIANCE_TO=2024-12-01\n")
+            << 4096 << false << false;
     }
     void readout_ends() {
         QFETCH(QByteArray, scenario);
@@ -142,9 +161,13 @@ private slots:
         h.received.clear();
         cmd_complianceread_Click(*h.ctx);
         QVERIFY(h.memory().page.record_visible && !h.memory().page.print_enabled);
+        // A second click while it runs changes nothing.
+        QVERIFY(!h.memory().page.read_enabled);
+        cmd_complianceread_Click(*h.ctx);
         for (int i = 0; i < 2000 && !h.state().has_data; ++i)
             h.tick();
         QVERIFY(h.state().has_data && h.state().from_device);
+        QVERIFY(h.memory().page.read_enabled);
         QCOMPARE(h.state().last_index, last_index);
         QCOMPARE(h.requests('K'), 1);
         QCOMPARE(h.requests('k'), last_index + 1);
@@ -154,8 +177,92 @@ private slots:
         const auto& r = h.memory().records;
         QCOMPARE(last_index > 0 && r[std::size_t(last_index)] == r[0], duplicate_kept);
         QCOMPARE(r[std::size_t(last_index)].end == to_stamp(h.clock.now()), ends_now);
-        QVERIFY(r[std::size_t(last_index) + 1] == ComplianceRecord{});
+        QVERIFY(last_index == table_upper || r[std::size_t(last_index) + 1] == ComplianceRecord{});
         QVERIFY(h.memory().page.chart_shown && h.memory().page.save_enabled);
+    }
+
+    // Whatever the device's pace, every record arrives, each at its place.
+    void readout_reads_every_record_in_order_data() {
+        QTest::addColumn<QByteArray>("device");
+        QTest::addColumn<int>("drop_every"); // answers lost once the readout runs
+        QTest::addColumn<bool>("paced");     // the rest of the readout waits 20 ms a record
+        QTest::newRow("an answer lost: repeated, then paced") << QByteArray() << 97 << true;
+        QTest::newRow("a slow device: 25 ms per answer")
+            << QByteArray("LATENCY_MS=25\n") << 0 << false;
+    }
+    void readout_reads_every_record_in_order() {
+        QFETCH(QByteArray, device);
+        QFETCH(int, drop_every);
+        QFETCH(bool, paced);
+        const QByteArray memory("COMPLIANCE_GENERATE=300\nCOMPLIANCE_FROM=2020-01-01\n"
+                                "COMPLIANCE_TO=2024-12-01\n");
+        Harness quick(memory);
+        quick.connect();
+        quick.read();
+        QCOMPARE(quick.state().last_index, 300);
+
+        Harness h(memory + device, link::SimLink::WireTiming::realistic);
+        h.connect();
+        sim::Faults faults = h.device->faults();
+        faults.drop_every = drop_every;
+        h.device->set_faults(faults);
+        h.received.clear();
+        h.read();
+        QVERIFY(h.state().has_data && h.memory().page.chart_shown);
+        QCOMPARE(h.state().last_index, 300);
+        for (int i = 0; i < 300; ++i)
+            QVERIFY2(h.memory().records[std::size_t(i)] == quick.memory().records[std::size_t(i)],
+                     qPrintable(QString::number(i)));
+        QCOMPARE(h.memory().records[300].start, quick.memory().records[300].start);
+        // Asked in order; a lost answer only repeats its own request.
+        const QList<int> asked = h.record_requests();
+        QCOMPARE(asked.first(), 0);
+        QCOMPARE(asked.last(), 300);
+        for (int i = 1; i < asked.size(); ++i)
+            QVERIFY(asked[i] == asked[i - 1] + 1 || (drop_every && asked[i] == asked[i - 1]));
+        QCOMPARE(asked.size() > 301, drop_every > 0);
+        QCOMPARE(h.ctx->protocol.paced_reads, paced);
+    }
+
+    // "Abbrechen" while the records come in: no further request, the count
+    // read is kept, no chart; the answer on its way is ignored.
+    void cancel_stops_the_readout() {
+        Harness h(
+            "COMPLIANCE_GENERATE=300\nCOMPLIANCE_FROM=2020-01-01\nCOMPLIANCE_TO=2024-12-01\n");
+        h.connect();
+        h.received.clear();
+        // Before the next tick: the count and the first record stay unasked.
+        cmd_complianceread_Click(*h.ctx);
+        compliance_cancel(*h.ctx);
+        for (int i = 0; i < 3; ++i)
+            h.tick();
+        QCOMPARE(h.requests('K') + h.requests('k'), 0);
+
+        int asked_when_cancelled = -1;
+        h.clock.on_wait = [&](int) {
+            if (asked_when_cancelled < 0 && h.state().read_index == 100) {
+                asked_when_cancelled = h.state().read_index;
+                compliance_cancel(*h.ctx);
+            }
+        };
+        cmd_complianceread_Click(*h.ctx);
+        for (int i = 0; i < 40; ++i)
+            h.tick();
+        QCOMPARE(asked_when_cancelled, 100);
+        QCOMPARE(h.record_requests().size(), 101);
+        QCOMPARE(h.memory().readout.phase(), progress::Phase::cancelled);
+        QCOMPARE(h.memory().readout.standing().done, 100);
+        QVERIFY(h.memory().records[99] != ComplianceRecord{});
+        QVERIFY(h.memory().records[100] == ComplianceRecord{});
+        QVERIFY(!h.state().has_data && !h.memory().page.chart_shown);
+        QVERIFY(!h.memory().page.record_visible && !h.memory().page.save_enabled);
+        QVERIFY(h.memory().page.read_enabled);
+
+        h.clock.on_wait = nullptr;
+        h.received.clear();
+        h.read();
+        QCOMPARE(h.requests('K'), 1);
+        QCOMPARE(h.state().last_index, 300);
     }
 
     void answer_fields_data() {
@@ -489,8 +596,9 @@ private slots:
         follow_link_state(*h.ctx);
         QVERIFY(h.memory().page.read_enabled && h.memory().page.delete_enabled);
         cmd_complianceread_Click(*h.ctx);
-        QVERIFY(h.memory().page.record_visible && h.memory().page.read_enabled);
+        QVERIFY(h.memory().page.record_visible && !h.memory().page.read_enabled);
         protocol::reset_link_state(*h.ctx);
+        QCOMPARE(h.memory().readout.phase(), progress::Phase::idle);
         QVERIFY(!h.memory().page.record_visible && !h.memory().page.delete_enabled);
         QVERIFY(!h.memory().page.read_enabled && h.memory().page.dauer_text.isEmpty());
         QCOMPARE(h.state().record_count, 0);

@@ -1,17 +1,22 @@
 // The "Compliance" page in the window, offscreen: its buttons follow the
 // usage memory, the picture box draws the chart and redraws at a new size,
-// and the month summary sits under it.
+// the month summary sits under it, and a readout shows its progress.
 
 #include "app_context.h"
 #include "compliance/compliance_print.h"
 #include "fake_link.h"
 #include "frm_main.h"
+#include "link/sim_link.h"
 #include "manual_clock.h"
 #include "pages.h"
+#include "protocol/poll_cycle.h"
+#include "sim/concentrator.h"
+#include "sim/scenario.h"
 
 #include <QImage>
 #include <QLabel>
 #include <QLineEdit>
+#include <QProgressBar>
 #include <QPushButton>
 #include <QTabWidget>
 #include <QTest>
@@ -81,6 +86,69 @@ private slots:
         QCOMPARE(compliance_printed_for(form, ctx).patient, QString("Erika Muster"));
         QCOMPARE(compliance::compliance_pdf_name(ctx.compliance.state, ctx.compliance.records, 0),
                  QString("Compliance_Testdaten_2006-12.pdf"));
+    }
+
+    // A readout from the simulated device: the progress row while the
+    // records come in, the read button off, and "Abbrechen" leaving the
+    // number read and no chart.
+    void readout_shows_progress_and_cancels() {
+        ManualClock clock;
+        FrmMain form;
+        QString error;
+        const auto scenario = sim::parse_scenario(
+            "COMPLIANCE_GENERATE=400\nCOMPLIANCE_FROM=2020-01-01\nCOMPLIANCE_TO=2024-12-01\n",
+            &error);
+        QVERIFY2(scenario, qPrintable(error));
+        AppContext ctx{
+            clock, form,
+            std::make_unique<link::SimLink>(clock, std::make_shared<sim::Concentrator>(*scenario))};
+        form.bind(ctx);
+        const QStringList texts{"Cancel", "Time left:", "Live values paused", "Records read:"};
+        for (int i = 0; i < texts.size(); ++i)
+            ctx.language.language_text[8300 + i] = texts[i];
+        form.tab1()->setCurrentIndex(2);
+        form.show();
+        const auto tick = [&] {
+            clock.advance_ms(50);
+            protocol::timer1_tick(ctx);
+        };
+        protocol::connect_routine(ctx);
+        for (int i = 0; i < 100 && !(ctx.device.live_valid && ctx.protocol.queue_count == 0); ++i)
+            tick();
+        auto* read = form.control_as<QPushButton>("cmd_complianceread");
+        auto* cancel = form.control_as<QPushButton>("cmd_compliancecancel");
+        auto* bar = form.control_as<QProgressBar>("pb_compliance");
+        const auto label = [&](const char* name) {
+            return form.control_as<QLabel>(QLatin1String(name))->text();
+        };
+        QVERIFY(read->isEnabled());
+        QVERIFY(bar->isHidden() || !bar->parentWidget()->isVisible());
+
+        read->click();
+        bool looked = false;
+        clock.on_wait = [&](int) {
+            if (looked || ctx.compliance.state.read_index != 200)
+                return;
+            looked = true;
+            QVERIFY(!read->isEnabled());
+            QVERIFY(bar->isVisible() && cancel->isVisible());
+            // Shown ten times a second of the readout, not for every record.
+            QCOMPARE(bar->maximum(), 401);
+            QVERIFY2(bar->value() > 100 && bar->value() <= 200, qPrintable(bar->text()));
+            QCOMPARE(bar->text(), QString("%1 / 401").arg(bar->value()));
+            QVERIFY2(label("lbl_compliancetime").startsWith("Time left: 0:"),
+                     qPrintable(label("lbl_compliancetime")));
+            QCOMPARE(label("lbl_compliancenote"), "Live values paused");
+            cancel->click();
+        };
+        for (int i = 0; i < 20; ++i)
+            tick();
+        QVERIFY(looked);
+        QCOMPARE(label("lbl_compliancenote"), "Records read: 200");
+        QVERIFY(!bar->isVisible() && !cancel->isVisible());
+        QVERIFY(read->isEnabled());
+        QVERIFY(!form.control("cmd_complianceprint")->isEnabled());
+        QVERIFY(label("l_compliancesummary").isEmpty());
     }
 };
 

@@ -356,19 +356,35 @@ private slots:
         QCOMPARE(saved, 1);
     }
 
+    // Record reads go on without waiting for the next tick: each as soon as
+    // the answer before it was handled, or, once a readout has shown a slow
+    // device, 20 ms after the one before.
+    void compliance_reads_run_without_waiting_for_ticks_data() {
+        QTest::addColumn<bool>("paced");
+        QTest::addColumn<int>("least_ms");
+        QTest::addColumn<int>("most_ms");
+        QTest::newRow("as fast as the answers come") << false << 59 << 59 * 5;
+        QTest::newRow("paced after a repetition") << true << 59 * 20 << 60 * 20;
+    }
     void compliance_reads_run_without_waiting_for_ticks() {
+        QFETCH(bool, paced);
+        QFETCH(int, least_ms);
+        QFETCH(int, most_ms);
         Harness h;
         connect_routine(*h.ctx);
         h.tick(40);
         h.received.clear();
         h.ctx->protocol.queue_count = 0;
         h.ctx->protocol.waiting_reply = false;
+        h.ctx->protocol.paced_reads = paced;
         for (int n = 0; n < 60; ++n)
             queue_command(*h.ctx, cmd::compliance_record(std::uint16_t(n)));
         int nested = 0;
         int waits = 0;
-        h.clock.on_wait = [&](int) {
+        int waited_ms = 0;
+        h.clock.on_wait = [&](int ms) {
             ++waits;
+            waited_ms += ms;
             // The timer fires during the wait; the guard turns it away.
             const qint32 before = h.ctx->protocol.tick_count;
             timer1_tick(*h.ctx);
@@ -378,6 +394,8 @@ private slots:
         QCOMPARE(h.received.count() - h.received.count("I") - h.received.count("T"), 60);
         QVERIFY(waits >= 59);
         QCOMPARE(nested, waits);
+        QVERIFY2(waited_ms >= least_ms && waited_ms <= most_ms,
+                 qPrintable(QString::number(waited_ms)));
         QVERIFY(h.ctx->protocol.timer_busy == false);
     }
 

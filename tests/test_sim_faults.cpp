@@ -92,23 +92,23 @@ private slots:
     void split_answers() {
         sim::Concentrator device(scenario_from(quiet + "SPLIT_ANSWERS=on\n"));
         device.receive(protocol::build_frame("?"), 100);
-        const qint64 first = device.next_transmit_ms();
+        const double first = device.next_transmit_ms();
         const QByteArray head = device.transmit(first);
         QVERIFY(!head.isEmpty());
         QVERIFY(frame_payloads(head).isEmpty());
-        const qint64 second = device.next_transmit_ms();
+        const double second = device.next_transmit_ms();
         QCOMPARE(second - first, sim::Faults::split_gap_ms);
         QVERIFY(device.transmit(second - 1).isEmpty());
         QCOMPARE(frame_payloads(head + device.transmit(second)), (QList<QByteArray>{"?5121"}));
     }
 
-    // The answer is due the processing time plus the delay after the
+    // The answer is due the device's latency plus the delay after the
     // command, and no earlier.
     void answer_delay() {
-        sim::Concentrator device(scenario_from("ANSWER_DELAY_MS=100"));
+        sim::Concentrator device(scenario_from("LATENCY_MS=7\nANSWER_DELAY_MS=100"));
         device.receive(protocol::build_frame("?"), 500);
-        const qint64 due = device.next_transmit_ms();
-        QCOMPARE(due, 500 + sim::Concentrator::processing_ms + 100);
+        const double due = device.next_transmit_ms();
+        QCOMPARE(due, 500 + 7 + 100);
         QVERIFY(device.transmit(due - 1).isEmpty());
         QCOMPARE(frame_payloads(device.transmit(due)), (QList<QByteArray>{"?5121"}));
     }

@@ -43,6 +43,8 @@ struct Session {
     bool read_status() {
         const qsizetype shown = d.ui.status_tables.size();
         status::cmd_sysstatread_Click(d.ctx);
+        // A second click while the first readout runs does nothing.
+        status::cmd_sysstatread_Click(d.ctx);
         return tick_until([&] { return d.ui.status_tables.size() > shown; });
     }
     int reads_of(int n) const { return requests.count(protocol::cmd::read_status_record(n)); }
@@ -81,6 +83,10 @@ private slots:
         QCOMPARE(s.reads_of(records + 2), 0);
         QCOMPARE(s.reads_of(33), 0);
         QVERIFY(!s.d.ui.busy);
+        const progress::Standing done = s.d.ctx.status.readout.standing();
+        QCOMPARE(done.phase, progress::Phase::finished);
+        QCOMPARE(done.done, records);
+        QCOMPARE(done.percent(), records ? 100 : 0);
         const QStringList lines = s.d.ui.status_tables.last().split("\r\n");
         QCOMPARE(lines.size(), 8 + records + 1);
         QCOMPARE(lines[3], "Datum       " + s.d.clock.now().toString("dd.MM.yyyy HH:mm:ss"));

@@ -167,6 +167,7 @@ void FrmMain::bind(AppContext& ctx) {
             [&ctx] { status::cmd_sysstatsave_Click(ctx); });
     bind_geraet_page(*this, ctx);
     bind_page_compliance(*this, ctx);
+    bind_status_progress(*this, ctx);
     bind_protokoll_page(*this, ctx);
 
     connection_changed(ctx.link.connection, ctx.link.connection_text);
@@ -317,8 +318,10 @@ void FrmMain::follow_device_controls() {
     const bool on = link::device_controls_enabled(*ctx_);
     for (const char* name :
          {"cmd_setsn", "cmd_resetbstd", "cmd_setbstd", "cmd_setdatetime", "cmd_Restzeit",
-          "cmd_t_reset", "pic_akustO21", "pic_akustO22", "pic_akustvollo", "cmd_sysstatread"})
+          "cmd_t_reset", "pic_akustO21", "pic_akustO22", "pic_akustvollo"})
         control(QLatin1String(name))->setEnabled(on);
+    // A status readout runs once: its button stays off until it has ended.
+    control(QStringLiteral("cmd_sysstatread"))->setEnabled(on && !ctx_->status.readout.running());
     for (QWidget* w :
          controls_named(QStringLiteral("cb_vs")) + controls_named(QStringLiteral("cb_t")))
         w->setEnabled(on);

@@ -10,6 +10,7 @@
 #include "frm_main.h"
 #include "pages.h"
 #include "printing.h"
+#include "progress_row.h"
 
 #include <QGridLayout>
 #include <QHBoxLayout>
@@ -65,13 +66,16 @@ QWidget* build_page_compliance() {
     auto* right = new QVBoxLayout;
     right->addWidget(new ComplianceChartWidget, 1);
     right->addWidget(make_label(QStringLiteral("l_compliancesummary"), 0, QString()));
+    right->addWidget(new ProgressRow(QStringLiteral("compliance"), true));
     layout->addLayout(right, 1);
     return page;
 }
 
 namespace {
 
-void refresh_page(FrmMain& form, const compliance::CompliancePage& p) {
+// `repaint_chart`: the chart is shown, or was until now. An empty chart is
+// not repainted for every record a readout brings in.
+void refresh_page(FrmMain& form, const compliance::CompliancePage& p, bool repaint_chart) {
     const auto enable = [&](const char* name, bool on) {
         form.control(QLatin1String(name))->setEnabled(on);
     };
@@ -81,6 +85,8 @@ void refresh_page(FrmMain& form, const compliance::CompliancePage& p) {
     enable("cmd_complianceprint", p.print_enabled);
     enable("cmd_prevmonth", p.prev_enabled);
     enable("cmd_nextmonth", p.next_enabled);
+    enable("cmd_complianceload", p.replace_enabled);
+    enable("cmd_compliance_test", p.replace_enabled);
     form.control_as<QLineEdit>(QStringLiteral("t_compliancedauer"))->setText(p.dauer_text);
     auto* record = form.control_as<QLabel>(QStringLiteral("l_recordnumber"));
     if (!p.record_caption.isEmpty())
@@ -88,7 +94,8 @@ void refresh_page(FrmMain& form, const compliance::CompliancePage& p) {
     record->setVisible(p.record_visible);
     form.control_as<QLabel>(QStringLiteral("l_compliancesummary"))
         ->setText(p.chart_shown ? p.summary_text : QString());
-    form.control(QStringLiteral("p_compliance"))->update();
+    if (repaint_chart)
+        form.control(QStringLiteral("p_compliance"))->update();
 }
 
 // Prints the shown month on the printer the technician chooses. The
@@ -124,7 +131,11 @@ compliance::PrintedFor compliance_printed_for(const FrmMain& form, const AppCont
 void bind_page_compliance(FrmMain& form, AppContext& ctx) {
     compliance::install_compliance(ctx);
     form.findChild<ComplianceChartWidget*>(QStringLiteral("p_compliance"))->set_source(&ctx);
-    ctx.compliance.page_changed = [&form, &ctx] { refresh_page(form, ctx.compliance.page); };
+    ctx.compliance.page_changed = [&form, &ctx, chart_was_shown = true]() mutable {
+        const bool shown = ctx.compliance.page.chart_shown;
+        refresh_page(form, ctx.compliance.page, shown || chart_was_shown);
+        chart_was_shown = shown;
+    };
     const auto on_click = [&form](const char* name, auto handler) {
         QObject::connect(form.control_as<QPushButton>(QLatin1String(name)), &QPushButton::clicked,
                          &form, handler);
@@ -140,6 +151,15 @@ void bind_page_compliance(FrmMain& form, AppContext& ctx) {
              });
     on_click("cmd_prevmonth", [&ctx] { compliance::cmd_prevmonth_Click(ctx); });
     on_click("cmd_nextmonth", [&ctx] { compliance::cmd_nextmonth_Click(ctx); });
+    on_click("cmd_compliancecancel", [&ctx] { compliance::compliance_cancel(ctx); });
+    auto* row = form.findChild<ProgressRow*>(QStringLiteral("compliance_progress"));
+    ctx.compliance.readout.changed = [row, &ctx] {
+        // While the records come in, the poll tick waits: no live status is
+        // asked for until the readout ends.
+        row->show_standing(ctx.compliance.readout.standing(),
+                           {ctx.language.text(8300), ctx.language.text(8301),
+                            ctx.language.text(8302), ctx.language.text(8303)});
+    };
     compliance::compliance_buttons(ctx, compliance::link_enabled(ctx));
 }
 

@@ -25,5 +25,7 @@ void bind_page_compliance(FrmMain& form, AppContext& ctx);
 // What a compliance printout says beyond the table: the patient typed on the
 // "Protokoll" page and the print date.
 compliance::PrintedFor compliance_printed_for(const FrmMain& form, const AppContext& ctx);
+// Shows a status readout's progress on the "System Status" page.
+void bind_status_progress(FrmMain& form, AppContext& ctx);
 
 } // namespace veltrako::ui

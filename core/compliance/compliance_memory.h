@@ -4,6 +4,8 @@
 // monthly chart, and what the "Compliance" page shows. One instance lives in
 // the application context.
 
+#include "progress/progress.h"
+
 #include <QString>
 
 #include <array>
@@ -57,8 +59,10 @@ struct CompliancePage {
     bool print_enabled = false;  // cmd_complianceprint
     bool prev_enabled = false;   // cmd_prevmonth
     bool next_enabled = false;   // cmd_nextmonth
-    QString dauer_text;          // t_compliancedauer
-    QString record_caption;      // l_recordnumber
+    // cmd_complianceload and cmd_compliance_test: both replace the table.
+    bool replace_enabled = true;
+    QString dauer_text;     // t_compliancedauer
+    QString record_caption; // l_recordnumber
     bool record_visible = false;
     bool chart_shown = false; // p_compliance holds the chart of shown_month
     QString summary_text;     // the month summary under the chart
@@ -68,6 +72,9 @@ struct ComplianceMemory {
     ComplianceRecords records{};
     ComplianceState state;
     CompliancePage page;
+    // A readout from the device: records read of the records asked for.
+    // Cancelled, it keeps the number read until the table is cleared.
+    progress::Progress readout;
     // Called after the page's values changed.
     std::function<void()> page_changed;
 };

@@ -11,6 +11,7 @@
 #include <QLocale>
 #include <QRandomGenerator>
 
+#include <algorithm>
 #include <cmath>
 
 namespace veltrako::compliance {
@@ -42,6 +43,7 @@ int round_half_even(double v) {
 
 void finish_readout(AppContext& ctx) {
     ComplianceMemory& m = ctx.compliance;
+    m.readout.finish(ctx.clock.elapsed_ms());
     m.page.record_visible = false;
     m.state.shown_month = 0;
     m.state.has_data = true;
@@ -82,16 +84,23 @@ void compliance_clear(ComplianceMemory& memory) {
     memory.page.summary_text.clear();
     // Whatever ends the table's contents ends a readout too.
     memory.page.record_visible = false;
+    memory.readout.reset();
 }
 
 void compliance_buttons(AppContext& ctx, bool enable) {
     ComplianceMemory& m = ctx.compliance;
     const ComplianceState& s = m.state;
     CompliancePage& p = m.page;
-    p.read_enabled = enable;
+    // Deliberately off while a readout runs: a second click would start
+    // over in the middle of the records and leave a wrong chart.
+    // Nor may the table be erased, loaded or replaced by test data under a
+    // readout that is still filling it.
+    const bool running = m.readout.running();
+    p.read_enabled = enable && !running;
     p.save_enabled = s.from_device && s.has_data;
     p.print_enabled = s.has_data;
-    p.delete_enabled = enable;
+    p.delete_enabled = enable && !running;
+    p.replace_enabled = !running;
     p.prev_enabled = s.has_prev_month;
     p.next_enabled = s.has_next_month;
     p.dauer_text = s.has_data ? device::format_value(s.total_hours, 1, QLocale()) : QString();
@@ -110,7 +119,11 @@ void cmd_complianceread_Click(AppContext& ctx) {
     if (ctx.link.device_handle == 0)
         return;
     ComplianceMemory& m = ctx.compliance;
+    if (m.readout.running())
+        return;
     compliance_clear(m);
+    ctx.protocol.paced_reads = false;
+    m.readout.start(ctx.clock.elapsed_ms());
     compliance_buttons(ctx, link_enabled(ctx));
     m.page.record_caption = ctx.language.text(record_label_tag);
     m.page.record_visible = true;
@@ -118,6 +131,18 @@ void cmd_complianceread_Click(AppContext& ctx) {
     protocol::queue_command(ctx, protocol::cmd::compliance_count());
     protocol::queue_command(
         ctx, protocol::cmd::compliance_record(static_cast<std::uint16_t>(m.state.read_index)));
+}
+
+void compliance_cancel(AppContext& ctx) {
+    ComplianceMemory& m = ctx.compliance;
+    if (!m.readout.running())
+        return;
+    // The request on the wire, if any, is answered and ignored.
+    protocol::drop_queued(ctx, 'K');
+    protocol::drop_queued(ctx, 'k');
+    m.page.record_visible = false;
+    m.readout.cancel(ctx.clock.elapsed_ms());
+    compliance_buttons(ctx, link_enabled(ctx));
 }
 
 Stamp device_time(const QByteArray& payload, int position) {
@@ -130,9 +155,13 @@ Stamp device_time(const QByteArray& payload, int position) {
 void compliance_answer(AppContext& ctx, const QByteArray& payload) {
     ComplianceMemory& m = ctx.compliance;
     ComplianceState& s = m.state;
+    if (m.readout.phase() == progress::Phase::cancelled)
+        return;
     const protocol::PayloadReader r(payload);
     if (payload.startsWith('K')) {
         s.record_count = r.be16_signed(2);
+        // Records 0 to the count are asked for, as far as the table reaches.
+        m.readout.set_total(std::min(s.record_count, table_upper) + 1, ctx.clock.elapsed_ms());
         return;
     }
     const int number = r.be16_signed(2);
@@ -147,6 +176,8 @@ void compliance_answer(AppContext& ctx, const QByteArray& payload) {
                QString::number(number);
         if (log.size() > protocol::comm_log_limit)
             log.truncate(protocol::comm_log_kept);
+        // A device that answers out of step is not read at full speed.
+        ctx.protocol.paced_reads = true;
     }
     ComplianceRecord& record = m.records[static_cast<std::size_t>(s.read_index)];
     record = {start, end};
@@ -162,6 +193,7 @@ void compliance_answer(AppContext& ctx, const QByteArray& payload) {
     if (s.read_index == s.record_count)
         record.end = to_stamp(ctx.clock.now()); // the period still running ends now
     notify(m);
+    m.readout.advance(s.read_index + 1, ctx.clock.elapsed_ms());
     if (s.read_index < table_upper && !wrapped && s.read_index < s.record_count) {
         s.read_index += 1;
         protocol::queue_command(

@@ -35,9 +35,14 @@ void compliance_buttons(AppContext& ctx, bool enable);
 // has the page draw the chart.
 void compliance_show(AppContext& ctx);
 
-// "Speicher auslesen": asks for the count, then for record 0.
+// "Speicher auslesen": asks for the count, then for record 0. Does nothing
+// while a readout runs.
 void cmd_complianceread_Click(AppContext& ctx);
+// "Abbrechen" during a readout: no further record is asked for; the records
+// read so far stay in the table, with no chart and nothing to save or print.
+void compliance_cancel(AppContext& ctx);
 // A "K" or "k" answer. Throws protocol::InterpretError on a malformed one.
+// After a cancelled readout, answers still on their way are ignored.
 void compliance_answer(AppContext& ctx, const QByteArray& payload);
 // "Speicher löschen", after an OK/Cancel question.
 void cmd_compliancedelete_Click(AppContext& ctx);

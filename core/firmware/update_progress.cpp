@@ -12,14 +12,6 @@ QString ProgressStep::caption() const {
            QLatin1Char('/') + device::format_value(blocks, 0, locale);
 }
 
-QString minutes_seconds(qint64 ms) {
-    const qint64 seconds = ms <= 0 ? 0 : (ms + 999) / 1000;
-    const QLocale locale;
-    const QString ss = device::format_value(static_cast<double>(seconds % 60), 0, locale);
-    return device::format_value(static_cast<double>(seconds / 60), 0, locale) + QLatin1Char(':') +
-           (ss.size() < 2 ? QLatin1Char('0') + ss : ss);
-}
-
 ProgressStep ProgressClock::step(int block, qint64 now_ms) const {
     ProgressStep s;
     s.block = block;

@@ -4,6 +4,8 @@
 // still take. The window shows a modal dialog that cannot be closed, the
 // command line a line on stderr, tests record the steps.
 
+#include "progress/progress.h"
+
 #include <QString>
 #include <QtGlobal>
 
@@ -19,9 +21,7 @@ struct ProgressStep {
     QString caption() const;
 };
 
-// Minutes and seconds, "m:ss", rounded up to the next second so that a
-// remaining time never reads 0:00 while a block is still to go.
-QString minutes_seconds(qint64 ms);
+using progress::minutes_seconds;
 
 class UpdateProgress {
 public:

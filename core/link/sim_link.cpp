@@ -11,6 +11,10 @@ namespace {
 constexpr FtHandle sim_handle = 1;
 }
 
+double SimLink::now_ms() const {
+    return static_cast<double>(clock_.elapsed_us()) / 1000.0;
+}
+
 SimLink::SimLink(Clock& clock, std::shared_ptr<SimPeer> peer, WireTiming timing)
     : clock_(clock), peer_(std::move(peer)), timing_(timing) {}
 
@@ -31,7 +35,7 @@ FtStatus SimLink::open(int index, FtHandle& handle) {
     to_device_.clear();
     to_host_.clear();
     rx_queue_.clear();
-    host_line_free_ms_ = device_line_free_ms_ = static_cast<double>(clock_.elapsed_ms());
+    host_line_free_ms_ = device_line_free_ms_ = now_ms();
     handle = sim_handle;
     return FT_OK;
 }
@@ -83,14 +87,14 @@ bool SimLink::line_settings_match() const {
 }
 
 void SimLink::pump() {
-    const double now = static_cast<double>(clock_.elapsed_ms());
+    const double now = now_ms();
     if (timing_ == WireTiming::instant) {
         for (const InFlight& chunk : to_device_)
             if (line_settings_match())
-                peer_->receive(chunk.bytes, static_cast<qint64>(now));
+                peer_->receive(chunk.bytes, now);
         to_device_.clear();
-        if (peer_->next_transmit_ms() <= static_cast<qint64>(now))
-            rx_queue_ += peer_->transmit(static_cast<qint64>(now));
+        if (peer_->next_transmit_ms() <= now)
+            rx_queue_ += peer_->transmit(now);
         return;
     }
 
@@ -100,19 +104,16 @@ void SimLink::pump() {
         const double host_done = to_device_.empty() ? std::numeric_limits<double>::infinity()
                                                     : to_device_.front().start_ms +
                                                           to_device_.front().bytes.size() * byte_ms;
-        const qint64 device_ready = peer_->next_transmit_ms();
-        const double device_at = device_ready == SimPeer::nothing_pending
-                                     ? std::numeric_limits<double>::infinity()
-                                     : static_cast<double>(device_ready);
+        const double device_at = peer_->next_transmit_ms();
         const double t = std::min(host_done, device_at);
         if (t > now)
             break;
         if (host_done <= device_at) {
             if (line_settings_match())
-                peer_->receive(to_device_.front().bytes, static_cast<qint64>(std::ceil(host_done)));
+                peer_->receive(to_device_.front().bytes, host_done);
             to_device_.pop_front();
         } else {
-            const QByteArray out = peer_->transmit(device_ready);
+            const QByteArray out = peer_->transmit(device_at);
             if (!out.isEmpty()) {
                 const double start = std::max(device_at, device_line_free_ms_);
                 device_line_free_ms_ = start + out.size() * byte_ms;
@@ -164,7 +165,7 @@ FtStatus SimLink::write(FtHandle handle, const QByteArray& bytes, std::uint32_t&
     written = 0;
     if (const FtStatus s = check(handle); s != FT_OK)
         return s;
-    const double now = static_cast<double>(clock_.elapsed_ms());
+    const double now = now_ms();
     const double start = std::max(now, host_line_free_ms_);
     host_line_free_ms_ = start + bytes.size() * byte_ms;
     to_device_.push_back({bytes, start});

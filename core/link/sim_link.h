@@ -51,6 +51,7 @@ private:
     };
 
     FtStatus check(FtHandle handle);
+    double now_ms() const;
     // Moves bytes whose time has come across the wire in both directions.
     void pump();
     bool line_settings_match() const;

@@ -16,6 +16,9 @@ bool queue_command(AppContext& ctx, const QByteArray& payload);
 // Sends the oldest queued command unless an answer is outstanding or the
 // device's version withholds it; a withheld command is dropped.
 void send_next(AppContext& ctx);
+// Takes every queued command whose payload begins with `letter` out of the
+// queue, the others keeping their order; one already sent stays outstanding.
+void drop_queued(AppContext& ctx, char letter);
 // Whether the device's version lets this payload through the queue.
 bool send_permitted(const AppContext& ctx, const QByteArray& payload);
 // One tick of Timer1.

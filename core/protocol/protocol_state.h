@@ -19,6 +19,11 @@ struct ProtocolState {
     int retry_count = 0;
     qint32 tick_count = 0;
     bool timer_busy = false; // re-entrancy guard of the poll tick
+    // The rest of this record readout sends each "k" and then waits 20 ms,
+    // instead of sending it the moment the previous answer is handled: set
+    // by a repetition after a time-out and by a record number other than the
+    // one asked for, cleared when a readout starts.
+    bool paced_reads = false;
 };
 
 } // namespace veltrako::protocol

@@ -67,6 +67,7 @@ void status_record(AppContext& ctx, const PayloadReader& r, int address) {
         if (static_cast<int>(records.size()) < n + 1)
             records.resize(static_cast<std::size_t>(n + 1));
         records[static_cast<std::size_t>(n)] = r.bytes(5, cmd::status_record_size);
+        ctx.status.readout.advance(n, ctx.clock.elapsed_ms());
         if (n < cmd::status_record_max) {
             queue_command(ctx, cmd::read_status_record(n + 1));
             return;
@@ -74,6 +75,7 @@ void status_record(AppContext& ctx, const PayloadReader& r, int address) {
     }
     // An erased record or the last slot ends the readout.
     ctx.ui.set_busy(false);
+    ctx.status.readout.finish(ctx.clock.elapsed_ms());
     if (ctx.hooks.status_readout_complete)
         ctx.hooks.status_readout_complete();
     if (ctx.status.mark == status::ReadoutMark::pending)

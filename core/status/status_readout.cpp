@@ -90,8 +90,13 @@ void install_status_memory(AppContext& ctx) {
 void cmd_sysstatread_Click(AppContext& ctx) {
     if (!connected(ctx))
         return;
+    // Deliberately once: a second click while the records come in would
+    // empty the list in the middle of the chain.
+    if (ctx.status.readout.running())
+        return;
     ctx.ui.set_busy(true);
     ctx.status.restart();
+    ctx.status.readout.start(ctx.clock.elapsed_ms(), protocol::cmd::status_record_max);
     protocol::queue_command(ctx, protocol::cmd::read_status_record(1));
 }
 

@@ -18,8 +18,9 @@ namespace veltrako::status {
 // table goes to the page, and a readout started for saving is saved.
 void install_status_memory(AppContext& ctx);
 
-// cmd_sysstatread: with a device connected, shows the hourglass, empties the
-// record list and asks for record 1; the answers carry the chain on.
+// cmd_sysstatread: with a device connected and no readout running, shows the
+// hourglass, empties the record list and asks for record 1; the answers
+// carry the chain on.
 void cmd_sysstatread_Click(AppContext& ctx);
 // cmd_sysstatsave: saves the table, asking where.
 void cmd_sysstatsave_Click(AppContext& ctx);

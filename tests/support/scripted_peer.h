@@ -17,12 +17,12 @@ public:
     std::function<QByteArray(const QByteArray& payload)> answer = [](const QByteArray& p) {
         return p.left(1);
     };
-    qint64 answer_delay_ms = 0;
+    double answer_delay_ms = 0;
     bool present = true;
     QList<QByteArray> received;
 
     bool plugged_in() const override { return present; }
-    void receive(const QByteArray& bytes, qint64 now_ms) override {
+    void receive(const QByteArray& bytes, double now_ms) override {
         buffer_ += bytes;
         for (;;) {
             const protocol::FrameStep step = protocol::scan_frame(buffer_);
@@ -40,19 +40,19 @@ public:
                 pending_.append({now_ms + answer_delay_ms, protocol::build_frame(reply)});
         }
     }
-    QByteArray transmit(qint64 now_ms) override {
+    QByteArray transmit(double now_ms) override {
         QByteArray out;
         while (!pending_.isEmpty() && pending_.first().due <= now_ms)
             out += pending_.takeFirst().bytes;
         return out;
     }
-    qint64 next_transmit_ms() const override {
+    double next_transmit_ms() const override {
         return pending_.isEmpty() ? nothing_pending : pending_.first().due;
     }
 
 private:
     struct Pending {
-        qint64 due;
+        double due;
         QByteArray bytes;
     };
     QByteArray buffer_;
