@@ -90,87 +90,89 @@ private slots:
         QVERIFY2(text.contains(title) && text.contains("VO2-0012345"), qPrintable(text));
         // Numbers stay in the system's locale.
         QVERIFY2(text.contains(lc_all.startsWith("de") ? "4,5" : "4.5"), qPrintable(text));
-        // On a terminal, a readout's progress is one line rewritten in place,
-        // ending with all records read; stdout is as without it.
-        void progress_line_on_a_terminal_data() {
-            QTest::addColumn<QStringList>("arguments");
-            QTest::addColumn<QByteArray>("last");
-            QTest::newRow("compliance") << QStringList{"--link", "sim", "compliance"}
-                                        << QByteArray("\rrecords 61 / 61, 100%\x1b[K\n");
-            QTest::newRow("status") << QStringList{"--link", "sim:status_example", "status"}
-                                    << QByteArray("\rrecords 3 / 3, 100%\x1b[K\n");
-        }
-        void progress_line_on_a_terminal() {
-            QFETCH(QStringList, arguments);
-            QFETCH(QByteArray, last);
-            const veltrako::testing::TerminalRun r = veltrako::testing::run_with_terminal_stderr(
-                QStringLiteral(VELTRAKO2_CLI_PATH), arguments);
-            QCOMPARE(r.exit_code, 0);
-            QVERIFY2(r.terminal.endsWith(last), r.terminal.right(200).constData());
-            QCOMPARE(r.terminal.count('\n'), 1);
-            QVERIFY(r.terminal.startsWith("\rrecords 0"));
-            const Run plain = run_cli(arguments);
-            QCOMPARE(r.out.count('\n'), plain.out.count('\n'));
-            QVERIFY(r.out.count('\n') >= 2);
-        }
+    }
 
-        void refuses_what_it_cannot_do_data() {
-            QTest::addColumn<QStringList>("arguments");
-            QTest::addColumn<int>("exit_code");
-            QTest::addColumn<QString>("message");
-            QTest::newRow("month 13")
-                << QStringList{"compliance", "--month", "2026-13"} << 2 << "--month takes yyyy-mm";
-            QTest::newRow("delete with output")
-                << QStringList{"compliance", "--delete", "--pdf", "x.pdf"} << 2 << "--delete";
-            QTest::newRow("saving loaded data")
-                << QStringList{"compliance", "--load", "in.txt", "--out", "x.txt"} << 2 << "--out";
-            QTest::newRow("faulty file")
-                << QStringList{"compliance", "--load", "bad.txt"} << 1 << "(1|02.01.2026)";
-        }
-        void refuses_what_it_cannot_do() {
-            QFETCH(QStringList, arguments);
-            QFETCH(int, exit_code);
-            QFETCH(QString, message);
-            QTemporaryDir dir;
-            QFile bad(dir.filePath("bad.txt"));
-            QVERIFY(bad.open(QIODevice::WriteOnly));
-            bad.write("1|02.01.2026\r\n");
-            bad.close();
-            for (QString& a : arguments)
-                if (a.endsWith(".txt") || a.endsWith(".pdf"))
-                    a = dir.filePath(a);
-            const Run r = run_cli(QStringList{"--link", "sim"} + arguments);
-            QCOMPARE(r.exit_code, exit_code);
-            QVERIFY2(r.err.contains(message), qPrintable(r.err));
-            QVERIFY(r.out.isEmpty());
-            QVERIFY(!QFile::exists(dir.filePath("x.pdf")) && !QFile::exists(dir.filePath("x.txt")));
-        }
+    // On a terminal, a readout's progress is one line rewritten in place,
+    // ending with all records read; stdout is as without it.
+    void progress_line_on_a_terminal_data() {
+        QTest::addColumn<QStringList>("arguments");
+        QTest::addColumn<QByteArray>("last");
+        QTest::newRow("compliance") << QStringList{"--link", "sim", "compliance"}
+                                    << QByteArray("\rrecords 61 / 61, 100%\x1b[K\n");
+        QTest::newRow("status") << QStringList{"--link", "sim:status_example", "status"}
+                                << QByteArray("\rrecords 3 / 3, 100%\x1b[K\n");
+    }
+    void progress_line_on_a_terminal() {
+        QFETCH(QStringList, arguments);
+        QFETCH(QByteArray, last);
+        const veltrako::testing::TerminalRun r = veltrako::testing::run_with_terminal_stderr(
+            QStringLiteral(VELTRAKO2_CLI_PATH), arguments);
+        QCOMPARE(r.exit_code, 0);
+        QVERIFY2(r.terminal.endsWith(last), r.terminal.right(200).constData());
+        QCOMPARE(r.terminal.count('\n'), 1);
+        QVERIFY(r.terminal.startsWith("\rrecords 0"));
+        const Run plain = run_cli(arguments);
+        QCOMPARE(r.out.count('\n'), plain.out.count('\n'));
+        QVERIFY(r.out.count('\n') >= 2);
+    }
 
-        void delete_sends_the_erase_only_when_confirmed_data() {
-            QTest::addColumn<QStringList>("answer");
-            QTest::addColumn<int>("exit_code");
-            QTest::addColumn<bool>("sent");
-            QTest::newRow("no answer") << QStringList{} << 2 << false;
-            QTest::newRow("--no") << QStringList{"--no"} << 0 << false;
-            QTest::newRow("--yes") << QStringList{"--yes"} << 0 << true;
-        }
-        void delete_sends_the_erase_only_when_confirmed() {
-            QFETCH(QStringList, answer);
-            QFETCH(int, exit_code);
-            QFETCH(bool, sent);
-            QTemporaryDir dir;
-            const QString log = dir.filePath("log.txt");
-            const Run r = run_cli(QStringList{"--link", "sim", "--log", log} + answer +
-                                  QStringList{"compliance", "--delete"});
-            QCOMPARE(r.exit_code, exit_code);
-            QFile f(log);
-            QVERIFY(f.open(QIODevice::ReadOnly));
-            // "Z" goes out as the hex byte 5A on an OUT line of its own.
-            static const QRegularExpression erase(R"(^OUT .*\s5A \r?$)",
-                                                  QRegularExpression::MultilineOption);
-            QCOMPARE(erase.match(QString::fromLatin1(f.readAll())).hasMatch(), sent);
-        }
-    };
+    void refuses_what_it_cannot_do_data() {
+        QTest::addColumn<QStringList>("arguments");
+        QTest::addColumn<int>("exit_code");
+        QTest::addColumn<QString>("message");
+        QTest::newRow("month 13") << QStringList{"compliance", "--month", "2026-13"} << 2
+                                  << "--month takes yyyy-mm";
+        QTest::newRow("delete with output")
+            << QStringList{"compliance", "--delete", "--pdf", "x.pdf"} << 2 << "--delete";
+        QTest::newRow("saving loaded data")
+            << QStringList{"compliance", "--load", "in.txt", "--out", "x.txt"} << 2 << "--out";
+        QTest::newRow("faulty file")
+            << QStringList{"compliance", "--load", "bad.txt"} << 1 << "(1|02.01.2026)";
+    }
+    void refuses_what_it_cannot_do() {
+        QFETCH(QStringList, arguments);
+        QFETCH(int, exit_code);
+        QFETCH(QString, message);
+        QTemporaryDir dir;
+        QFile bad(dir.filePath("bad.txt"));
+        QVERIFY(bad.open(QIODevice::WriteOnly));
+        bad.write("1|02.01.2026\r\n");
+        bad.close();
+        for (QString& a : arguments)
+            if (a.endsWith(".txt") || a.endsWith(".pdf"))
+                a = dir.filePath(a);
+        const Run r = run_cli(QStringList{"--link", "sim"} + arguments);
+        QCOMPARE(r.exit_code, exit_code);
+        QVERIFY2(r.err.contains(message), qPrintable(r.err));
+        QVERIFY(r.out.isEmpty());
+        QVERIFY(!QFile::exists(dir.filePath("x.pdf")) && !QFile::exists(dir.filePath("x.txt")));
+    }
 
-    QTEST_MAIN(TestCliCompliance)
+    void delete_sends_the_erase_only_when_confirmed_data() {
+        QTest::addColumn<QStringList>("answer");
+        QTest::addColumn<int>("exit_code");
+        QTest::addColumn<bool>("sent");
+        QTest::newRow("no answer") << QStringList{} << 2 << false;
+        QTest::newRow("--no") << QStringList{"--no"} << 0 << false;
+        QTest::newRow("--yes") << QStringList{"--yes"} << 0 << true;
+    }
+    void delete_sends_the_erase_only_when_confirmed() {
+        QFETCH(QStringList, answer);
+        QFETCH(int, exit_code);
+        QFETCH(bool, sent);
+        QTemporaryDir dir;
+        const QString log = dir.filePath("log.txt");
+        const Run r = run_cli(QStringList{"--link", "sim", "--log", log} + answer +
+                              QStringList{"compliance", "--delete"});
+        QCOMPARE(r.exit_code, exit_code);
+        QFile f(log);
+        QVERIFY(f.open(QIODevice::ReadOnly));
+        // "Z" goes out as the hex byte 5A on an OUT line of its own.
+        static const QRegularExpression erase(R"(^OUT .*\s5A \r?$)",
+                                              QRegularExpression::MultilineOption);
+        QCOMPARE(erase.match(QString::fromLatin1(f.readAll())).hasMatch(), sent);
+    }
+};
+
+QTEST_MAIN(TestCliCompliance)
 #include "test_cli_compliance.moc"
