@@ -14,9 +14,9 @@
 #include "live_chart.h"
 #include "pages.h"
 #include "protocol/poll_cycle.h"
-#include "status/status_readout.h"
 #include "report/report_file.h"
 #include "report_page.h"
+#include "status/status_readout.h"
 
 #include <QAction>
 #include <QCloseEvent>
@@ -258,6 +258,7 @@ void FrmMain::device_record_changed() {
     apply_preset_buttons(*this, ctx_->presets);
     chart_->set_data_valid(ctx_->device.live_valid);
     compliance::follow_link_state(*ctx_);
+    show_other_device_note(*this, *ctx_);
 }
 
 void FrmMain::show_status_table(const QString& text) {
