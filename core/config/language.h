@@ -3,6 +3,7 @@
 // optional font size, read from "lang" + code + ".txt" beside the program.
 
 #include <QString>
+#include <QStringList>
 
 #include <vector>
 
@@ -30,5 +31,7 @@ struct LanguageTables {
 // stored before it. A missing file leaves the tables empty, so every tagged
 // caption comes out empty and the fault is plain to see.
 bool load_language(LanguageTables& tables, const QString& path, UserInterface& ui);
+// The same on the lines of a file already read.
+bool load_language_lines(LanguageTables& tables, const QStringList& lines, UserInterface& ui);
 
 } // namespace veltrako::config
