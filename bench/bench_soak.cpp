@@ -5,15 +5,22 @@
 // simulated day takes as long as the work it holds, not a day. Wire timing
 // is the real one at 115200 baud, measured on the driven clock.
 //
-// A full send queue ("Outbuffer overflow") resets the link and leaves Timer1
-// off, as it does for the technician; the soak then waits ten seconds and
-// chooses "Verbindung initialisieren", as the technician would.
+// A second run does the same on a healthy link (the "default" sample, cable
+// in), for comparison.
 //
-// Prints the answers handled, time-outs, reconnections, the resident memory
-// at the start, middle and end, whether the device record agrees with the
-// simulator after the last answer, and last "memory: flat" (end within 2 %
-// of middle) or "memory: grew N %". After HOURS it runs on only until every
-// field of the record has been answered since the last reset.
+// Should the send queue ever fill ("Outbuffer overflow"), the link resets and
+// Timer1 stays off, as it does for the technician; the soak then waits ten
+// seconds and chooses "Verbindung initialisieren", as the technician would.
+// Periodic requests are not queued twice, so on either link that count
+// should be 0.
+//
+// Prints for each run the answers handled (in all and per simulated hour),
+// time-outs, queue overflows, reconnections, the resident memory at the
+// start, middle and end, whether the device record agrees with the simulator
+// after the last answer, and last "memory: flat" (end within 2 % of middle)
+// or "memory: grew N %". After HOURS it runs on only until every field of
+// the record has been answered since the last reset. Exits with 1 when a
+// run lost state or its queue overflowed.
 //
 //   build/bin/bench_soak HOURS
 
@@ -32,9 +39,11 @@
 #include <QFile>
 #include <QSet>
 
+#include <algorithm>
 #include <cmath>
 #include <cstdio>
 #include <unistd.h>
+#include <vector>
 
 using namespace veltrako;
 
@@ -140,20 +149,14 @@ QStringList lost_state(const AppContext& ctx, const sim::Concentrator& device,
     return lost;
 }
 
-} // namespace
-
-int main(int argc, char** argv) {
-    QCoreApplication app(argc, argv);
-    const double hours = argc > 1 ? QByteArray(argv[1]).toDouble() : 0;
-    if (hours <= 0) {
-        std::fprintf(stderr, "usage: bench_soak HOURS\n");
-        return 2;
-    }
+// One soak: HOURS on the named sample, the cable pulled every hour or not.
+// Prints its lines; false when the record lost state or the queue overflowed.
+bool soak(const QString& sample, bool pull_cable, double hours) {
     QString error;
-    const auto scenario = sim::load_scenario(QStringLiteral("flaky"), &error);
+    const auto scenario = sim::load_scenario(sample, &error);
     if (!scenario) {
         std::fprintf(stderr, "bench_soak: %s\n", qPrintable(error));
-        return 1;
+        return false;
     }
 
     QElapsedTimer wall;
@@ -166,14 +169,19 @@ int main(int argc, char** argv) {
         std::make_unique<link::SimLink>(clock, device, link::SimLink::WireTiming::realistic));
 
     long answers = 0;
-    long reconnects = 0;      // the program found the device again by itself
-    long menu_reconnects = 0; // "Verbindung initialisieren" after an overflow
-    qint64 axis_start_ms = 0; // first live answer since the record was cleared
+    std::vector<long> answers_per_hour; // one entry per simulated hour begun
+    long reconnects = 0;                // the program found the device again by itself
+    long menu_reconnects = 0;           // "Verbindung initialisieren" after an overflow
+    qint64 axis_start_ms = 0;           // first live answer since the record was cleared
     qint64 last_live_ms = 0;
     QSet<QByteArray> answered; // record_answers() handled since the last reset
     AtAnswer at_answer;
     ctx.payload_handler = [&](const QByteArray& payload) {
         ++answers;
+        const auto hour = static_cast<std::size_t>(clock.elapsed_ms() / hour_ms);
+        if (answers_per_hour.size() <= hour)
+            answers_per_hour.resize(hour + 1, 0);
+        ++answers_per_hour[hour];
         const bool restarts = !ctx.device.live_valid;
         protocol::dispatch_response(ctx, payload);
         const QByteArray key = answer_key(payload);
@@ -215,7 +223,7 @@ int main(int argc, char** argv) {
             ++menu_reconnects;
             protocol::connect_routine(ctx);
         }
-        const bool pulled = clock.elapsed_ms() % hour_ms >= pull_at_ms &&
+        const bool pulled = pull_cable && clock.elapsed_ms() % hour_ms >= pull_at_ms &&
                             clock.elapsed_ms() % hour_ms < pull_at_ms + pull_for_ms;
         if (pulled != device->faults().unplug) {
             sim::Faults f = device->faults();
@@ -228,13 +236,22 @@ int main(int argc, char** argv) {
     const long end_kb = resident_kb();
     const QStringList lost = lost_state(ctx, *device, at_answer, last_live_ms - axis_start_ms);
 
+    // Whole simulated hours only: the run-on past HOURS is not one.
+    const auto whole_hours = std::min<std::size_t>(answers_per_hour.size(),
+                                                   static_cast<std::size_t>(total_ms / hour_ms));
     std::printf("simulated hours: %g (ran on %.1f s for the record to fill)\n", hours,
                 (clock.elapsed_ms() - total_ms) / 1000.0);
     std::printf("answers handled: %ld\n", answers);
+    if (whole_hours > 0) {
+        const auto first = answers_per_hour.begin();
+        const auto last = first + static_cast<std::ptrdiff_t>(whole_hours);
+        std::printf("answers per hour: first %ld, last %ld, lowest %ld, highest %ld\n", *first,
+                    *(last - 1), *std::min_element(first, last), *std::max_element(first, last));
+    }
     std::printf("time-outs: %ld\n", ui.timeouts);
-    std::printf("reconnects: %ld by the program itself, %ld by the menu after %ld queue "
-                "overflows\n",
-                reconnects, menu_reconnects, ui.overflows);
+    std::printf("queue overflows: %ld\n", ui.overflows);
+    std::printf("reconnects: %ld by the program itself, %ld by the menu\n", reconnects,
+                menu_reconnects);
     std::printf("resident memory: start %ld kB, middle %ld kB, end %ld kB\n", start_kb, middle_kb,
                 end_kb);
     std::printf("wall time: %.1f s\n", wall.elapsed() / 1000.0);
@@ -247,5 +264,22 @@ int main(int argc, char** argv) {
         std::printf("memory: flat\n");
     else
         std::printf("memory: grew %.1f %%\n", growth);
-    return lost.isEmpty() ? 0 : 1;
+    return lost.isEmpty() && ui.overflows == 0;
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    QCoreApplication app(argc, argv);
+    const double hours = argc > 1 ? QByteArray(argv[1]).toDouble() : 0;
+    if (hours <= 0) {
+        std::fprintf(stderr, "usage: bench_soak HOURS\n");
+        return 2;
+    }
+    std::printf("== bad cable: the \"flaky\" sample, pulled for %lld s every hour\n",
+                pull_for_ms / 1000);
+    const bool flaky_ok = soak(QStringLiteral("flaky"), true, hours);
+    std::printf("== healthy link: the \"default\" sample\n");
+    const bool healthy_ok = soak(QStringLiteral("default"), false, hours);
+    return flaky_ok && healthy_ok ? 0 : 1;
 }

@@ -3,9 +3,7 @@
 
 #include "config/text_file.h"
 #include "firmware/firmware_file.h"
-
-#include <QFile>
-#include <QTemporaryDir>
+#include "fuzz_support.h"
 
 #include <cstdint>
 #include <cstdlib>
@@ -13,18 +11,10 @@
 using namespace veltrako;
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    static QTemporaryDir dir;
-    const QString path = dir.filePath(QStringLiteral("input.ae6"));
-    QFile file(path);
-    if (!file.open(QIODevice::WriteOnly))
-        return 0;
-    file.write(reinterpret_cast<const char*>(data), static_cast<qint64>(size));
-    file.close();
-    const auto lines = config::read_text_lines(path);
-    if (!lines)
-        return 0;
+    // The same decoding as a file's bytes get, without the file.
+    const QStringList lines = config::decode_text_lines(fuzz::input_bytes(data, size));
     firmware::FirmwareImage image;
-    const firmware::FileCheck check = firmware::parse_firmware_lines(*lines, image);
+    const firmware::FileCheck check = firmware::parse_firmware_lines(lines, image);
     if (check.fault != firmware::FileFault::none)
         return 0;
     // Accepted: every line converts and starts a loader block, and no

@@ -2,10 +2,9 @@
 // them: any content must load or be refused, and a file that loads holds
 // only timings the device can take.
 
+#include "config/text_file.h"
 #include "device/timing_presets.h"
-
-#include <QFile>
-#include <QTemporaryDir>
+#include "fuzz_support.h"
 
 #include <cstdint>
 #include <cstdlib>
@@ -13,18 +12,11 @@
 using namespace veltrako;
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    static QTemporaryDir dir;
-    const QString folder = dir.path() + QLatin1Char('/');
-    QFile file(folder + device::preset_file_name(1));
-    if (!file.open(QIODevice::WriteOnly))
-        return 0;
-    file.write(reinterpret_cast<const char*>(data), static_cast<qint64>(size));
-    file.close();
-    device::PresetTable table;
-    device::setup_presets(table, folder, true);
-    const device::PresetRecord& p = table.preset(1);
+    // The same decoding as a file's bytes get, without the file.
+    const QStringList lines = config::decode_text_lines(fuzz::input_bytes(data, size));
+    device::PresetRecord p;
     // Index 7 is never filled, whatever the file says.
-    if (p.loaded && p.preset_zeiten[device::preset_skipped_index] != 0)
+    if (device::parse_preset_lines(lines, p) && p.preset_zeiten[device::preset_skipped_index] != 0)
         std::abort();
     return 0;
 }

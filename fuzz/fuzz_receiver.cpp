@@ -5,7 +5,6 @@
 // arbitrary payloads and not only CRC failures. Status records that end a
 // readout are put into the table, in either layout.
 
-#include "app_context.h"
 #include "fuzz_support.h"
 #include "protocol/frame_codec.h"
 #include "protocol/frames.h"
@@ -18,9 +17,8 @@ using namespace veltrako;
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     if (size < 2)
         return 0;
-    fuzz::StillClock clock;
-    fuzz::SilentUi ui;
-    AppContext ctx(clock, ui, nullptr);
+    static fuzz::ReusedContext reused;
+    AppContext& ctx = reused.fresh();
     // The end of a status readout formats whatever records arrived.
     status::install_status_memory(ctx);
     const int chunk = 1 + data[0] % 64;

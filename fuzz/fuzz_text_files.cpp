@@ -1,29 +1,23 @@
 // The configuration file and the language file are read from beside the
 // program, where anyone can edit them: any content must load or be refused.
+// The bytes go through the same decoding as a file's, without the file.
 
 #include "config/config.h"
 #include "config/language.h"
+#include "config/text_file.h"
 #include "fuzz_support.h"
-
-#include <QFile>
-#include <QTemporaryDir>
 
 #include <cstdint>
 
 using namespace veltrako;
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    static QTemporaryDir dir;
-    const QString path = dir.filePath(QStringLiteral("input.txt"));
-    QFile file(path);
-    if (!file.open(QIODevice::WriteOnly))
-        return 0;
-    file.write(reinterpret_cast<const char*>(data), static_cast<qint64>(size));
-    file.close();
+    const QStringList lines = config::decode_text_lines(fuzz::input_bytes(data, size));
     fuzz::SilentUi ui;
     config::Config cfg;
-    config::load_config(cfg, path, dir.path() + QLatin1Char('/'), ui);
-    config::LanguageTables tables;
-    config::load_language(tables, path, ui);
+    config::load_config_lines(cfg, lines, QStringLiteral("/opt/veltrako2/"), ui);
+    // Loading empties the tables first, so one set serves every input.
+    static config::LanguageTables tables;
+    config::load_language_lines(tables, lines, ui);
     return 0;
 }

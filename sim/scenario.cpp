@@ -3,6 +3,8 @@
 #include "device_family.h"
 #include "scenario_values.h"
 
+#include "config/text_file.h"
+
 #include <QDir>
 #include <QFile>
 #include <QRegularExpression>
@@ -359,9 +361,12 @@ bool check_together(const ParseState& p, QString* error) {
 
 std::optional<Scenario> parse_scenario(const QByteArray& text, QString* error) {
     ParseState p;
-    const QList<QByteArray> lines = text.split('\n');
+    // Read like every text file of the program (UTF-8 or Windows-1252, any
+    // line end). The device's texts are single bytes that the program shows
+    // as Latin-1, so "SERIAL=Müller" gives the device the byte 0xFC for "ü".
+    const QStringList lines = config::decode_text_lines(text);
     for (int n = 1; n <= lines.size(); ++n) {
-        const QByteArray line = lines.at(n - 1).trimmed();
+        const QByteArray line = lines.at(n - 1).toLatin1().trimmed();
         if (line.isEmpty() || line.startsWith('#'))
             continue;
         const qsizetype eq = line.indexOf('=');

@@ -28,15 +28,16 @@ private slots:
     void out_then_print() {
         QTemporaryDir dir;
         const QString file = dir.filePath(QStringLiteral("report.txt"));
-        const Run r = run_cli({"--link", "sim", "report", "--out", file, "t_Patient=Erika Muster",
+        const Run r = run_cli({"--link", "sim", "report", "--out", file, "t_Patient=Jürgen Müller",
                                "ck_stk=1", "T_ORT=Bonn", "t_Bemerkungen=a|b"});
         QVERIFY2(r.exit_code == 0, qPrintable(r.err));
         QFile f(file);
         QVERIFY(f.open(QIODevice::ReadOnly));
         const QByteArray bytes = f.readAll();
         QCOMPARE(bytes.count("\r\n"), 50);
-        for (const char* line : {"t_Patient|Erika Muster\r\n", "ck_stk|1\r\n", "t_Ort|Bonn\r\n",
-                                 "t_Bemerkungen|a/b\r\n", "ck_Leistung|\r\n", "VEEPROM|\r\n"})
+        for (const char* line :
+             {"t_Patient|J\xC3\xBCrgen M\xC3\xBCller\r\n", "ck_stk|1\r\n", "t_Ort|Bonn\r\n",
+              "t_Bemerkungen|a/b\r\n", "ck_Leistung|\r\n", "VEEPROM|\r\n"})
             QVERIFY2(bytes.contains(line), line);
         // The device was read: serial number and hours are there.
         QVERIFY(bytes.contains("\r\nSN|VO2-"));
@@ -45,8 +46,17 @@ private slots:
 
         if (QStandardPaths::findExecutable(QStringLiteral("pdftotext")).isEmpty())
             QSKIP("pdftotext is not installed");
+        // The same report as a Windows program saves it: Windows-1252, CR
+        // alone at each line end.
+        QFile ansi(dir.filePath(QStringLiteral("ansi.txt")));
+        QVERIFY(ansi.open(QIODevice::WriteOnly));
+        ansi.write(QString::fromUtf8(bytes)
+                       .replace(QStringLiteral("\r\n"), QStringLiteral("\r"))
+                       .toLatin1());
+        ansi.close();
         const QString pdf = dir.filePath(QStringLiteral("report.pdf"));
-        const Run printed = run_cli({"--lang", "de", "report", "--print", file, "--pdf", pdf});
+        const Run printed =
+            run_cli({"--lang", "de", "report", "--print", ansi.fileName(), "--pdf", pdf});
         QVERIFY2(printed.exit_code == 0, qPrintable(printed.err));
         const QString text = veltrako::testing::pdf_text(pdf);
         const QString sn = QString::fromUtf8(bytes)
@@ -55,8 +65,8 @@ private slots:
         const QString hours = QString::fromUtf8(bytes)
                                   .section(QStringLiteral("\r\nBSTD|"), 1)
                                   .section(QLatin1Char('\r'), 0, 0);
-        for (const QString& expected :
-             {QStringLiteral("Erika Muster"), sn.trimmed(), hours, QStringLiteral("Prüfprotokoll")})
+        for (const QString& expected : {QStringLiteral("Jürgen Müller"), sn.trimmed(), hours,
+                                        QStringLiteral("Prüfprotokoll")})
             QVERIFY2(text.contains(expected), qPrintable(expected));
     }
 

@@ -9,6 +9,7 @@
 #include "protocol/poll_cycle.h"
 #include "sim_helpers.h"
 
+#include <QFile>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -51,9 +52,10 @@ struct Recorder final : firmware::UpdateProgress {
 // device record read, and the English texts loaded.
 struct Bench {
     explicit Bench(const QByteArray& faults = {})
-        : device(scenario_from("NOISE=off\nSW=5121\nSW_AFTER_UPDATE=5122\nHARDWARE_ID=AE61\n" +
-                               faults)),
-          linked(device, link::SimLink::WireTiming::realistic) {
+        : Bench(scenario_from("NOISE=off\nSW=5121\nSW_AFTER_UPDATE=5122\nHARDWARE_ID=AE61\n" +
+                              faults)) {}
+    explicit Bench(const sim::Scenario& scenario)
+        : device(scenario), linked(device, link::SimLink::WireTiming::realistic) {
         AppContext& ctx = linked.ctx;
         ctx.program_dir = dir.path() + QLatin1Char('/');
         ctx.config_path = dir.filePath(QStringLiteral("veltrako2.ini"));
@@ -181,14 +183,19 @@ private slots:
         QCOMPARE(s.caption(), QStringLiteral("Software Update Block %1/2000").arg(block));
     }
 
+    // The sample file shipped beside the programs, on the default scenario's
+    // device.
     void whole_update_against_the_device() {
-        Bench b;
+        const auto default_device = sim::load_scenario(QStringLiteral("default"));
+        QVERIFY(default_device);
+        Bench b(*default_device);
         AppContext& ctx = b.linked.ctx;
         QCOMPARE(ctx.device.SW, QString("5121"));
         QTemporaryDir elsewhere;
-        const QStringList lines = data_lines(5);
         const QString path = elsewhere.filePath("new.ae6");
-        QVERIFY(config::write_text_lines(path, header + lines));
+        QVERIFY(QFile::copy(QStringLiteral(VELTRAKO2_SAMPLE_FIRMWARE), path));
+        const QStringList lines = config::read_text_lines(path)->mid(2);
+        const int n = int(lines.size());
 
         QCOMPARE(b.update(path), UpdateResult::done);
         QCOMPARE(b.linked.ui.dialogs.size(), 1);
@@ -210,11 +217,11 @@ private slots:
             programmed << QByteArray::fromHex(l.toLatin1());
         QCOMPARE(b.linked.device->boot_loader().programmed_lines(), programmed);
         QVERIFY(!b.linked.device->in_boot_loader());
-        QCOMPARE(b.progress.log, (QStringList{"begin 5", "end"}));
-        QCOMPARE(b.progress.steps.size(), 5);
+        QCOMPARE(b.progress.log, (QStringList{QStringLiteral("begin %1").arg(n), "end"}));
+        QCOMPARE(b.progress.steps.size(), n);
         // Each block takes the first poll's wait and no more: the loader's ">"
         // is on the wire well within it.
-        for (int i = 0; i < 5; ++i)
+        for (int i = 0; i < n; ++i)
             QCOMPARE(b.progress.steps[i].elapsed_ms, 40 * i);
 
         // The program has connected again by itself and shows the new software.

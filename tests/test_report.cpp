@@ -107,7 +107,7 @@ private slots:
 
         int shown = 0;
         QVERIFY(open_report(h.ctx, [&] { ++shown; }));
-        QCOMPARE(shown, 2);
+        QCOMPARE(shown, 1); // once, with the file read
         QCOMPARE(h.ctx.report.value(key), loaded);
         QCOMPARE(h.ctx.report.value(QStringLiteral("t_Zubehoer")), QStringLiteral("Nasenbrille"));
         QVERIFY(h.ctx.report.device_valid());
@@ -224,8 +224,8 @@ private slots:
         QCOMPARE(h.ctx.report.value(QStringLiteral("t_Patient")), QStringLiteral("Otto"));
     }
 
-    // Opening empties the report first; a cancelled dialog leaves it empty
-    // and not valid, a file that cannot be read says so.
+    // A cancelled dialog or a file that cannot be read leaves the report as
+    // it was, unsaved changes included; only the unreadable file says so.
     void open_cancelled_or_unreadable_data() {
         QTest::addColumn<bool>("cancel");
         QTest::newRow("cancelled") << true;
@@ -236,14 +236,48 @@ private slots:
         Harness h;
         take_snapshot(h.ctx.report, live_device(), true);
         h.ctx.report.set_value(QStringLiteral("t_Patient"), QStringLiteral("Otto"));
+        h.ctx.report.report_changed = true;
         if (!cancel)
             h.ui.file_answers = {h.path(QStringLiteral("gone.txt"))};
         int shown = 0;
         QVERIFY(!open_report(h.ctx, [&] { ++shown; }));
-        QCOMPARE(shown, 1);
-        QVERIFY(!h.ctx.report.device_valid());
-        QVERIFY(h.ctx.report.value(QStringLiteral("t_Patient")).isEmpty());
+        QCOMPARE(shown, 0);
+        QVERIFY(h.ctx.report.device_valid() && h.ctx.report.report_changed);
+        QCOMPARE(h.ctx.report.value(QStringLiteral("t_Patient")), QStringLiteral("Otto"));
+        QCOMPARE(h.ctx.report.report_device.SN, live_device().SN);
         QCOMPARE(h.ui.messages.size(), cancel ? 0 : 1);
+    }
+
+    // The page says so when the report is of another device than the one
+    // connected, and only then.
+    void other_device_note_data() {
+        QTest::addColumn<QString>("report_sn");
+        QTest::addColumn<QString>("connected_sn");
+        QTest::addColumn<bool>("connected");
+        QTest::addColumn<QString>("note");
+        QTest::newRow("another device") << "VO2-1"
+                                        << "VO2-2 " << true << "t8200 VO2-1 t8201 VO2-2";
+        QTest::newRow("the same, blanks aside") << "VO2-1 "
+                                                << "VO2-1" << true << "";
+        QTest::newRow("no device identified") << "VO2-1"
+                                              << "VO2-2" << false << "";
+        QTest::newRow("report without serial number") << ""
+                                                      << "VO2-2" << true << "";
+    }
+    void other_device_note() {
+        QFETCH(QString, report_sn);
+        QFETCH(QString, connected_sn);
+        QFETCH(bool, connected);
+        config::LanguageTables language;
+        language.language_text[8200] = QStringLiteral("t8200");
+        language.language_text[8201] = QStringLiteral("t8201");
+        ReportRecord r;
+        r.report_device.live_valid = true;
+        r.report_device.SN = report_sn;
+        device::DeviceRecord device;
+        device.live_valid = connected;
+        device.SN = connected_sn;
+        QTEST(report::other_device_note(r, device, language), "note");
     }
 
     // Saving needs valid device data; an existing file is replaced only on

@@ -12,6 +12,7 @@
 
 #include <QCheckBox>
 #include <QImage>
+#include <QLabel>
 #include <QLineEdit>
 #include <QPlainTextEdit>
 #include <QPushButton>
@@ -146,6 +147,23 @@ private slots:
         QCOMPARE(h.get<QPlainTextEdit>("t_zubehoer")->toPlainText(), QStringLiteral("Maske"));
         QVERIFY(!h.get<QLineEdit>("t_Datum")->text().isEmpty());
         QVERIFY(h.ctx.report.report_changed);
+    }
+
+    // A report of another device says so until the page shows this
+    // device's report again or the connection is gone.
+    void report_of_another_device_says_so() {
+        Harness h;
+        h.ctx.language.language_text[8200] = QStringLiteral("Protokoll zu");
+        h.ctx.language.language_text[8201] = QStringLiteral("angeschlossen");
+        h.open_page();
+        const QLabel* note = h.get<QLabel>("lbl_anderes_geraet");
+        QVERIFY(note->isHidden());
+        h.ctx.report.report_device.SN = QStringLiteral("VO2-9");
+        show_report(h.form, h.ctx);
+        QVERIFY(!note->isHidden());
+        QCOMPARE(note->text(), QStringLiteral("Protokoll zu VO2-9 angeschlossen VO2-1"));
+        protocol::reset_link_state(h.ctx);
+        QVERIFY(note->isHidden());
     }
 
     void picture_draws_the_snapshot() {

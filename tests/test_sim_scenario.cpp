@@ -56,18 +56,25 @@ private slots:
         QCOMPARE(got, error);
     }
 
-    // Values reach the device as they were written, CR LF files included.
+    // Values reach the device as they were written, in files from any editor:
+    // the device's bytes are Latin-1 whichever encoding the file had.
+    void values_reach_the_device_data() {
+        QTest::addColumn<QByteArray>("serial_line");
+        QTest::addColumn<QByteArray>("line_end");
+        QTest::newRow("UTF-8, CR LF") << QByteArray("sn=VO2 M\xC3\xBC") << QByteArray("\r\n");
+        QTest::newRow("Windows-1252, CR alone") << QByteArray("sn=VO2 M\xFC") << QByteArray("\r");
+    }
     void values_reach_the_device() {
-        DirectDevice d(QByteArray("# a comment\r\n"
-                                  "  SW = 2141  \r\n"
-                                  "INFO=\"-no \\\"info\\\"\\x01\\r\\n\"\r\n"
-                                  "sn=VO2 1\r\n"
-                                  "HOURS=999999:50\r\n"
-                                  "REMAINING=0x1F4\r\n"
-                                  "ACOUSTIC_ALARM=255\r\n"));
+        QFETCH(QByteArray, serial_line);
+        QFETCH(QByteArray, line_end);
+        const QList<QByteArray> lines{
+            "# a comment",       "  SW = 2141  ",   "INFO=\"-no \\\"info\\\"\\x01\\r\\n\"",
+            serial_line,         "HOURS=999999:50", "REMAINING=0x1F4",
+            "ACOUSTIC_ALARM=255"};
+        DirectDevice d(lines.join(line_end) + line_end);
         QCOMPARE(d.answer("?"), QByteArray("?2141"));
         QCOMPARE(d.answer("!"), QByteArray("!-no \"info\"\x01\r\n"));
-        QCOMPARE(d.answer(bytes_of({'e', 0, 0xF0, 12})).mid(4), QByteArray("VO2 1       "));
+        QCOMPARE(d.answer(bytes_of({'e', 0, 0xF0, 12})).mid(4), QByteArray("VO2 M\xFC      "));
         QCOMPARE(d.answer(bytes_of({'e', 0, 0x80, 7})).mid(4), bytes_of({9, 9, 9, 9, 9, 9, 5}));
         QCOMPARE(d.answer("S"), bytes_of({'S', 0x01, 0xF4}));
         QCOMPARE(d.answer("X"), bytes_of({'X', 255}));

@@ -334,6 +334,7 @@ void FrmMain::follow_device_controls() {
     // A device left in its boot loader can be programmed again at once.
     menu_action(QStringLiteral("men_Softwareupdate"))->setEnabled(on || ctx_->link.boot_loader);
     compliance::follow_link_state(*ctx_);
+    show_other_device_note(*this, *ctx_);
 }
 
 void FrmMain::show_status_table(const QString& text) {

@@ -112,6 +112,14 @@ QWidget* device_data() {
         make_label(QStringLiteral("lbl_geraetedaten"), 11070, QStringLiteral("Gerätedaten"));
     heading->setFont(heading_font());
     layout->addWidget(heading);
+    // Says when the report on the page is of another device than the one
+    // connected; its text is made when a report is shown.
+    auto* other_device = new QLabel;
+    other_device->setObjectName(QStringLiteral("lbl_anderes_geraet"));
+    other_device->setWordWrap(true);
+    other_device->setStyleSheet(QStringLiteral("color: rgb(200, 0, 0); font-weight: bold;"));
+    other_device->hide();
+    layout->addWidget(other_device);
     // Picture box for the snapshot of the device data; drawn by the report.
     auto* picture = new DeviceDataPicture;
     picture->setObjectName(QStringLiteral("p_geraetedaten"));

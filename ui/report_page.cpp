@@ -9,6 +9,7 @@
 
 #include <QCheckBox>
 #include <QGroupBox>
+#include <QLabel>
 #include <QLineEdit>
 #include <QPageLayout>
 #include <QPageSize>
@@ -76,9 +77,17 @@ void show_device_data(FrmMain& form, const AppContext& ctx) {
     form.control(QStringLiteral("cmd_save"))->setEnabled(valid);
     form.control(QStringLiteral("frm_protokoll"))->setEnabled(valid);
     form.control(QStringLiteral("p_geraetedaten"))->update();
+    show_other_device_note(form, ctx);
 }
 
 } // namespace
+
+void show_other_device_note(FrmMain& form, const AppContext& ctx) {
+    auto* label = form.control_as<QLabel>(QStringLiteral("lbl_anderes_geraet"));
+    const QString note = report::other_device_note(ctx.report, ctx.device, ctx.language);
+    label->setText(note);
+    label->setVisible(!note.isEmpty());
+}
 
 void show_report(FrmMain& form, AppContext& ctx) {
     for (const report::ShownField& field : report::report_view(ctx.report))

@@ -44,6 +44,10 @@ void show_report(FrmMain& form, AppContext& ctx);
 // collect_report: every report control into the record.
 void collect_report(FrmMain& form, AppContext& ctx);
 
+// The line that says the report on the page is of another device than the
+// one connected, shown only then; follows the report and the device record.
+void show_other_device_note(FrmMain& form, const AppContext& ctx);
+
 // The report's device data follows the device record (start-up, connecting,
 // a device found again).
 void refresh_report(FrmMain& form, AppContext& ctx);

@@ -166,10 +166,12 @@ bool compliance_load(AppContext& ctx) {
     return load_compliance_file(ctx, path);
 }
 
-bool load_compliance_file(AppContext& ctx, const QString& path) {
+namespace {
+
+// Lines read, or nothing when the file could not be read at all.
+bool load_lines(AppContext& ctx, const std::optional<QStringList>& lines) {
     ComplianceMemory& m = ctx.compliance;
     compliance_clear(m);
-    const auto lines = config::read_text_lines(path);
     const LoadedLines loaded =
         lines ? read_compliance_lines(*lines, m.records, QLocale()) : LoadedLines{};
     if (!loaded.ok) {
@@ -189,6 +191,16 @@ bool load_compliance_file(AppContext& ctx, const QString& path) {
     s.serial_number = serial_from_file_name(s.file_name);
     compliance_show(ctx);
     return true;
+}
+
+} // namespace
+
+bool load_compliance_file(AppContext& ctx, const QString& path) {
+    return load_lines(ctx, config::read_text_lines(path));
+}
+
+bool load_compliance_lines(AppContext& ctx, const QStringList& lines) {
+    return load_lines(ctx, lines);
 }
 
 } // namespace veltrako::compliance

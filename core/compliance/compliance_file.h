@@ -57,5 +57,7 @@ bool compliance_load(AppContext& ctx);
 // Reads `path` into the emptied table and shows the latest month; a faulty
 // line is reported with the line itself. True when the whole file was read.
 bool load_compliance_file(AppContext& ctx, const QString& path);
+// The same on the lines of a file already read.
+bool load_compliance_lines(AppContext& ctx, const QStringList& lines);
 
 } // namespace veltrako::compliance

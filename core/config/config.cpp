@@ -62,22 +62,31 @@ void set_config_defaults(Config& config, const QString& default_dir) {
     config.INITDIR = program_folder(default_dir);
 }
 
+namespace {
+
+bool load_failed(Config& config, const QString& default_dir, UserInterface& ui) {
+    set_config_defaults(config, default_dir);
+    ui.show_msg(QStringLiteral("unable to load configuration"));
+    return false;
+}
+
+} // namespace
+
 bool load_config(Config& config, const QString& path, const QString& default_dir,
                  UserInterface& ui) {
-    const auto fail = [&] {
-        set_config_defaults(config, default_dir);
-        ui.show_msg(QStringLiteral("unable to load configuration"));
-        return false;
-    };
-
     const std::optional<QStringList> lines = read_text_lines(path);
     if (!lines)
-        return fail();
-    for (const QString& line : *lines) {
+        return load_failed(config, default_dir, ui);
+    return load_config_lines(config, *lines, default_dir, ui);
+}
+
+bool load_config_lines(Config& config, const QStringList& lines, const QString& default_dir,
+                       UserInterface& ui) {
+    for (const QString& line : lines) {
         if (line.isEmpty())
             continue;
         if (!apply_line(config, line))
-            return fail();
+            return load_failed(config, default_dir, ui);
     }
     return true;
 }

@@ -36,6 +36,9 @@ void set_config_defaults(Config& config, const QString& default_dir);
 // load configuration" is shown and the result is false.
 bool load_config(Config& config, const QString& path, const QString& default_dir,
                  UserInterface& ui);
+// The same on the lines of a file already read.
+bool load_config_lines(Config& config, const QStringList& lines, const QString& default_dir,
+                       UserInterface& ui);
 
 // Writes the five lines; TIMEOUT in the user's locale, as load_config reads
 // it. False on any error, without a message.

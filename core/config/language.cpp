@@ -34,31 +34,44 @@ quint8 LanguageTables::size(int n) const {
     return language_size[static_cast<std::size_t>(n)];
 }
 
-bool load_language(LanguageTables& tables, const QString& path, UserInterface& ui) {
+namespace {
+
+bool load_failed(UserInterface& ui) {
+    ui.show_msg(QStringLiteral("Language File could not be loaded."));
+    return false;
+}
+
+void clear_tables(LanguageTables& tables) {
     std::fill(tables.language_text.begin(), tables.language_text.end(), QString());
     std::fill(tables.language_size.begin(), tables.language_size.end(), quint8{0});
+}
 
-    const auto fail = [&ui] {
-        ui.show_msg(QStringLiteral("Language File could not be loaded."));
-        return false;
-    };
+} // namespace
 
+bool load_language(LanguageTables& tables, const QString& path, UserInterface& ui) {
     // Our language files are UTF-8 (texts such as "Gerät" and "Prüfer");
     // read_text_lines decodes them so.
     const std::optional<QStringList> lines = read_text_lines(path);
-    if (!lines)
-        return fail();
-    for (const QString& raw : *lines) {
+    if (!lines) {
+        clear_tables(tables);
+        return load_failed(ui);
+    }
+    return load_language_lines(tables, *lines, ui);
+}
+
+bool load_language_lines(LanguageTables& tables, const QStringList& lines, UserInterface& ui) {
+    clear_tables(tables);
+    for (const QString& raw : lines) {
         const QString line = raw.trimmed();
         if (line.isEmpty() || line.startsWith(QLatin1Char('*')))
             continue;
         const QStringList fields = line.split(QLatin1Char('|'));
         if (fields.size() < 3)
-            return fail();
+            return load_failed(ui);
         const int number = bounded_number(fields[0], language_entries - 1);
         const int size = bounded_number(fields[1], max_font_size);
         if (number < 0 || size < 0)
-            return fail();
+            return load_failed(ui);
         const auto at = static_cast<std::size_t>(number);
         tables.language_text[at] = fields[2];
         tables.language_size[at] = static_cast<quint8>(size);

@@ -4,6 +4,7 @@
 
 #include <QLocale>
 #include <QString>
+#include <QStringList>
 
 #include <vector>
 
@@ -35,6 +36,8 @@ struct LanguageTables {
 // stored before it. A missing file leaves the tables empty, so every tagged
 // caption comes out empty and the fault is plain to see.
 bool load_language(LanguageTables& tables, const QString& path, UserInterface& ui);
+// The same on the lines of a file already read.
+bool load_language_lines(LanguageTables& tables, const QStringList& lines, UserInterface& ui);
 
 // The locale of the two-letter language code (--lang) for words about dates:
 // "de" gives German month names and "dd.MM.yyyy"; an unknown code gives the

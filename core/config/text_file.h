@@ -1,7 +1,10 @@
 #pragma once
-// The one way the program reads and writes its text files: UTF-8, lines
-// ended by CR LF on writing, CR LF or LF accepted on reading.
+// The one way the program reads and writes its text files. Reading accepts
+// what older tools left behind: UTF-8 with or without a byte order mark, or
+// else the Windows ANSI code page (Windows-1252), and lines ended by CR LF,
+// LF or a lone CR. Writing is always UTF-8 with CR LF.
 
+#include <QByteArray>
 #include <QString>
 #include <QStringList>
 
@@ -9,10 +12,13 @@
 
 namespace veltrako::config {
 
-// All lines of the file without their line ends; a final line end does not
-// start another (empty) line. A UTF-8 byte order mark at the start, as
-// Windows editors like to put there, is dropped. Empty when the file cannot be
-// read.
+// The lines of a file's bytes without their line ends; a final line end does
+// not start another (empty) line. Bytes that are valid UTF-8 are read so (a
+// leading byte order mark dropped); anything else is Windows-1252, so that
+// "M\xFCller" saved by a Windows program reads as "Müller".
+QStringList decode_text_lines(const QByteArray& bytes);
+
+// decode_text_lines of the whole file; empty when the file cannot be read.
 std::optional<QStringList> read_text_lines(const QString& path);
 
 // Writes every line followed by CR LF. The file is replaced whole or not at

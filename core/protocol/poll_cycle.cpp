@@ -143,23 +143,37 @@ void receive(AppContext& ctx) {
     }
 }
 
+// A periodic request is not queued again while the same request still waits
+// in the queue: the one waiting asks the device the same thing. Queuing it
+// every time, as the schedule alone would, fills the queue on a bad cable,
+// where repeated time-outs hold it up, until "Outbuffer overflow" resets the
+// link and leaves Timer1 off. Commands that a user or a readout queues do not
+// come through here and are never dropped.
+void queue_periodic_request(AppContext& ctx, const QByteArray& payload) {
+    const ProtocolState& p = ctx.protocol;
+    const auto waiting = p.send_queue.begin() + 1;
+    if (std::find(waiting, waiting + p.queue_count, payload) != waiting + p.queue_count)
+        return;
+    queue_command(ctx, payload);
+}
+
 void queue_periodic(AppContext& ctx) {
     const qint32 t = ctx.protocol.tick_count;
     const QString v = version_code(ctx);
     if (tick_mod(t, 8) == 0 || tick_mod(t, 8) == 4)
-        queue_command(ctx, cmd::live_status());
+        queue_periodic_request(ctx, cmd::live_status());
     if (tick_mod(t, 8) == 2)
-        queue_command(ctx, cmd::read_clock());
+        queue_periodic_request(ctx, cmd::read_clock());
     if (tick_mod(t, 400) == 11)
-        queue_command(ctx, cmd::read_hours());
+        queue_periodic_request(ctx, cmd::read_hours());
     if (tick_mod(t, 40) == 34)
-        queue_command(ctx, cmd::read_remaining());
+        queue_periodic_request(ctx, cmd::read_remaining());
     if (v >= QLatin1String("52")) {
         if (tick_mod(t, 100) == 35)
-            queue_command(ctx, cmd::information());
+            queue_periodic_request(ctx, cmd::information());
         const int slot = tick_mod(t, 400);
         if (slot >= 21 && slot <= 33 && slot % 2 == 1)
-            queue_command(ctx, cmd::read_timing((slot - 21) / 2));
+            queue_periodic_request(ctx, cmd::read_timing((slot - 21) / 2));
     }
     // Devices from "70" on keep their status memory saved automatically
     // once per connection when the configuration asks for it.

@@ -144,8 +144,9 @@ bool save_report(AppContext& ctx) {
 }
 
 bool open_report(AppContext& ctx, const std::function<void()>& show) {
-    ctx.report = ReportRecord{};
-    show();
+    // The report on the page stays as it is until a file has been read: a
+    // cancelled dialog or an unreadable file must not cost the technician
+    // what was typed, nor grey out the buttons.
     FileDialogRequest request;
     request.title = ctx.language.text(7003);
     request.start_dir = ctx.config.INITDIR;
@@ -155,11 +156,13 @@ bool open_report(AppContext& ctx, const std::function<void()>& show) {
     if (path.isEmpty())
         return false;
     remember_dialog_folder(ctx, path);
-    if (!load_report_file(ctx.report, path)) {
+    ReportRecord opened;
+    if (!load_report_file(opened, path)) {
         ctx.ui.show_msg(ctx.language.text(7007) + QLatin1Char(' ') + QDir::toNativeSeparators(path),
                         MsgIcon::critical);
         return false;
     }
+    ctx.report = std::move(opened);
     show();
     return true;
 }

@@ -47,9 +47,10 @@ bool load_report_file(ReportRecord& report, const QString& path);
 // it and says so. True when a file was written.
 bool save_report(AppContext& ctx);
 
-// cmd_open: empties and shows the record, asks for a file, reads it, marks the
-// device data valid and shows it. `show` puts the record on the page. True
-// when a file was read.
+// cmd_open: asks for a file, reads it into a fresh record, marks the device
+// data valid and shows it (`show` puts the record on the page). Cancelling,
+// or a file that cannot be read, leaves the report as it was. True when a
+// file was read.
 bool open_report(AppContext& ctx, const std::function<void()>& show);
 
 // Before the program ends: when the report has unsaved changes, asks Save,

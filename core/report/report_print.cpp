@@ -11,6 +11,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <optional>
 
 namespace veltrako::report {
 
@@ -240,21 +241,64 @@ public:
         }
     }
 
+    // Height of a caption-and-value row in the present font.
+    double row_height() const { return s_.text_height(QStringLiteral("X")) + 50; }
+
+    // One row from x to x_end at row_y: the caption, the value in bold at
+    // the right, a thin line under it. A row without a value is a title,
+    // its caption in bold.
+    void row(const QString& caption, const std::optional<QString>& value, double x, double x_end,
+             double row_y) {
+        const double h = row_height();
+        s_.set_bold(!value);
+        s_.move_to(x + 40, row_y + 25);
+        print::print_markup(s_, markup_safe(caption));
+        s_.set_bold(true);
+        if (value)
+            plain(s_, x_end - 40, row_y + 25, one_line(*value), Alignment::right);
+        s_.set_bold(false);
+        s_.draw_line(x, row_y + h, x_end, row_y + h, row_grey);
+    }
+
     // Caption and value rows in a column, with a thin line under each.
     double rows(const CaptionRows& data, double x, double x_end, double top, double points = 9.5) {
         use_font(s_, points);
-        const double h = s_.text_height(QStringLiteral("X")) + 50;
         double row_y = top;
         for (const auto& [caption, value] : data) {
-            s_.move_to(x + 40, row_y + 25);
-            print::print_markup(s_, markup_safe(caption));
-            s_.set_bold(true);
-            plain(s_, x_end - 40, row_y + 25, one_line(value), Alignment::right);
-            s_.set_bold(false);
-            row_y += h;
-            s_.draw_line(x, row_y, x_end, row_y, row_grey);
+            row(caption, value, x, x_end, row_y);
+            row_y += row_height();
         }
         return row_y;
+    }
+
+    // Two columns of rows side by side, from `left` to x_mid_end and from
+    // x_mid to `right`, the right one under its title. Rows go line by line:
+    // a line that does not fit above the foot of the page goes on the next
+    // one, where the right column's title comes again if it has rows left.
+    void paired_rows(const CaptionRows& left_rows, double x_mid_end, const QString& right_title,
+                     const CaptionRows& right_rows, double x_mid) {
+        use_font(s_, 9.5);
+        std::size_t l = 0;
+        std::size_t r = 0;
+        bool title_due = true;
+        while (l < left_rows.size() || r < right_rows.size() || title_due) {
+            const double above = y;
+            need(row_height(), bottom);
+            if (y < above && r < right_rows.size())
+                title_due = true;
+            if (l < left_rows.size()) {
+                row(left_rows[l].first, left_rows[l].second, left, x_mid_end, y);
+                ++l;
+            }
+            if (title_due) {
+                row(right_title, std::nullopt, x_mid, right, y);
+                title_due = false;
+            } else if (r < right_rows.size()) {
+                row(right_rows[r].first, right_rows[r].second, x_mid, right, y);
+                ++r;
+            }
+            y += row_height();
+        }
     }
 
     DrawingSurface& s_;
@@ -280,10 +324,9 @@ CaptionRows device_data_rows(const ReportRecord& report, const config::LanguageT
              key != QLatin1String("SOLL_VOLUMENSTROM") && !model.flow_selectors) ||
             (key == QLatin1String("ALARMSIGNAL") && !model.acoustic))
             continue;
-        const QString value =
-            key == QLatin1String("REST")
-                ? d.rest_text
-                : device::parameter_value(d, key, locale).trimmed();
+        const QString value = key == QLatin1String("REST")
+                                  ? d.rest_text
+                                  : device::parameter_value(d, key, locale).trimmed();
         rows.emplace_back(language.text(row.text), value);
     }
     return rows;
@@ -413,17 +456,8 @@ void print_report(DrawingSurface& s, const ReportRecord& report,
     // The device data of the snapshot: values left, valve timings right.
     page.heading(language.text(11070));
     page.need(2600, page.bottom);
-    const double top = page.y;
-    const double data_end =
-        page.rows(device_data_rows(report, language, locale), left, mid - 250, top);
-    use_font(s, 9.5, true);
-    s.move_to(mid + 40, top + 25);
-    print::print_markup(s, markup_safe(language.text(7016)));
-    const double timings_top = top + s.text_height(QStringLiteral("X")) + 50;
-    s.draw_line(mid, timings_top, right, timings_top, row_grey);
-    const double timings_end =
-        page.rows(timing_rows(report, language, locale), mid, right, timings_top);
-    page.y = std::max(data_end, timings_end);
+    page.paired_rows(device_data_rows(report, language, locale), mid - 250, language.text(7016),
+                     timing_rows(report, language, locale), mid);
 
     // Signature, at the foot of the page.
     use_font(s, 9);

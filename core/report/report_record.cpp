@@ -68,6 +68,17 @@ void refresh_report_device(ReportRecord& report, const device::DeviceRecord& dev
         device::clear_device_record(report.report_device);
 }
 
+QString other_device_note(const ReportRecord& report, const device::DeviceRecord& connected,
+                          const config::LanguageTables& language) {
+    const QString report_sn = report.report_device.SN.trimmed();
+    const QString connected_sn = connected.SN.trimmed();
+    if (!report.device_valid() || !connected.live_valid || report_sn.isEmpty() ||
+        connected_sn.isEmpty() || report_sn == connected_sn)
+        return {};
+    return language.text(8200) + QLatin1Char(' ') + report_sn + QLatin1Char(' ') +
+           language.text(8201) + QLatin1Char(' ') + connected_sn;
+}
+
 void set_report_defaults(ReportRecord& report, const QDateTime& now) {
     report.set_value(QStringLiteral("t_Datum"), now.toString(QStringLiteral("dd.MM.yyyy")));
     report.set_value(QStringLiteral("t_Uhrzeit"), now.toString(QStringLiteral("HH:mm:ss")));

@@ -4,6 +4,7 @@
 // the page was opened. The page only copies values between this record and
 // its controls; every rule lives here, so it is checked without widgets.
 
+#include "config/language.h"
 #include "device/device_record.h"
 
 #include <QDateTime>
@@ -55,6 +56,12 @@ void take_snapshot(ReportRecord& report, const device::DeviceRecord& device, boo
 // changed, alone: a reconnection must not pass an unsaved report off as
 // saved.
 void refresh_report_device(ReportRecord& report, const device::DeviceRecord& device);
+
+// When a report opened from a file names another serial number than the
+// device connected now: the line that says so on the page. Empty while no
+// device has been identified, and for a report of this device.
+QString other_device_note(const ReportRecord& report, const device::DeviceRecord& connected,
+                          const config::LanguageTables& language);
 
 // Today's date and the present time into "t_Datum" and "t_Uhrzeit".
 void set_report_defaults(ReportRecord& report, const QDateTime& now);
