@@ -168,8 +168,10 @@ bool compliance_load(AppContext& ctx) {
 
 namespace {
 
-// Lines read, or nothing when the file could not be read at all.
-bool load_lines(AppContext& ctx, const std::optional<QStringList>& lines) {
+// Lines read, or nothing when the file could not be read at all. `path`
+// names the file they came from, when they came from one: its name is all
+// a loaded file tells of its device.
+bool load_lines(AppContext& ctx, const std::optional<QStringList>& lines, const QString& path) {
     ComplianceMemory& m = ctx.compliance;
     compliance_clear(m);
     const LoadedLines loaded =
@@ -196,11 +198,11 @@ bool load_lines(AppContext& ctx, const std::optional<QStringList>& lines) {
 } // namespace
 
 bool load_compliance_file(AppContext& ctx, const QString& path) {
-    return load_lines(ctx, config::read_text_lines(path));
+    return load_lines(ctx, config::read_text_lines(path), path);
 }
 
 bool load_compliance_lines(AppContext& ctx, const QStringList& lines) {
-    return load_lines(ctx, lines);
+    return load_lines(ctx, lines, {});
 }
 
 } // namespace veltrako::compliance
