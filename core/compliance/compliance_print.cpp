@@ -34,16 +34,6 @@ QString markup_safe(QString text) {
         .replace(QLatin1Char('\t'), QLatin1Char(' '));
 }
 
-// The text cut to `width` with "…", so that a long value stays on the page.
-QString fitted(const print::DrawingSurface& s, const QString& text, double width) {
-    if (s.text_width(text) <= width)
-        return text;
-    QString cut = text;
-    while (!cut.isEmpty() && s.text_width(cut + QChar(0x2026)) > width)
-        cut.chop(1);
-    return cut + QChar(0x2026);
-}
-
 // The month the page shows, chosen as the chart chooses it, without touching
 // the state.
 Stamp shown_month(const ComplianceState& state, const ComplianceRecords& records, Stamp now) {
@@ -129,7 +119,7 @@ void compliance_print_page(print::DrawingSurface& surface, ComplianceState& stat
         surface.print(caption + QLatin1Char(':'), false);
         surface.set_bold(true);
         surface.move_to(value_x, y);
-        surface.print(fitted(surface, value, page_width - margin - value_x), false);
+        surface.print(print::fitted_text(surface, value, page_width - margin - value_x), false);
         y += line_height;
     }
     surface.set_bold(false);

@@ -40,4 +40,13 @@ void DrawingSurface::print(const QString& text, bool line_end) {
         move_to(0, y_ + text_height(QString()));
 }
 
+QString fitted_text(const DrawingSurface& s, const QString& text, double width) {
+    if (s.text_width(text) <= width)
+        return text;
+    QString cut = text;
+    while (!cut.isEmpty() && s.text_width(cut + QChar(0x2026)) > width)
+        cut.chop(1);
+    return cut + QChar(0x2026);
+}
+
 } // namespace veltrako::print

@@ -105,4 +105,8 @@ private:
     double y_ = 0;
 };
 
+// `text` cut to `width` in the surface's current font, with "…" where it was
+// cut, so that a long value stays inside its column or on the page.
+QString fitted_text(const DrawingSurface& s, const QString& text, double width);
+
 } // namespace veltrako::print

@@ -19,6 +19,7 @@ namespace {
 
 using print::Alignment;
 using print::DrawingSurface;
+using print::fitted_text;
 using print::Rgb;
 
 constexpr Rgb rule_grey{150, 150, 150};
@@ -75,17 +76,6 @@ void plain(DrawingSurface& s, double x, double y, const QString& text,
            Alignment alignment = Alignment::left) {
     s.move_to(x, y);
     print::print_run(s, text, alignment);
-}
-
-// The text cut to `width` with "…", so that a long value never runs into
-// the next column.
-QString fitted(const DrawingSurface& s, const QString& text, double width) {
-    if (s.text_width(text) <= width)
-        return text;
-    QString cut = text;
-    while (!cut.isEmpty() && s.text_width(cut + QChar(0x2026)) > width)
-        cut.chop(1);
-    return cut + QChar(0x2026);
 }
 
 // One line of text, the line breaks of typed text made blanks.
@@ -174,7 +164,7 @@ public:
         print::print_markup(s_, markup_safe(text(caption)));
         use_font(s_, 10.5);
         const double value_x = x + caption_width;
-        plain(s_, value_x + 40, y, fitted(s_, one_line(value), x_end - value_x - 80));
+        plain(s_, value_x + 40, y, fitted_text(s_, one_line(value), x_end - value_x - 80));
         const double line_y = y + std::max(h, s_.text_height(QStringLiteral("X"))) + 10;
         s_.draw_line(value_x, line_y, x_end, line_y, rule_grey);
     }
@@ -401,7 +391,7 @@ void print_report(DrawingSurface& s, const ReportRecord& report,
         s.move_to(x, page.y + 50);
         print::print_markup(s, markup_safe(language.text(id_captions[i])));
         use_font(s, 10.5, true);
-        plain(s, x, page.y + 70 + caption_h, fitted(s, one_line(id_values[i]), column - 160));
+        plain(s, x, page.y + 70 + caption_h, fitted_text(s, one_line(id_values[i]), column - 160));
     }
     page.y += band_h;
     page.continuation = language.text(7010) + QStringLiteral(" \u2013 ") + d.SN.trimmed() +
