@@ -13,6 +13,9 @@
 #include <QMessageBox>
 #include <QTranslator>
 
+#include <cstdio>
+#include <cstdlib>
+
 using namespace veltrako;
 
 namespace {
@@ -35,6 +38,26 @@ void answer_without_display(int& argc, char** argv, QCommandLineParser& parser) 
         parser.showVersion();
 }
 
+// While the window system is being opened. Without a display Qt ends the
+// program with abort() and the advice to reinstall it; whoever started it
+// (a technician over a remote shell, a script, a display that went away) is
+// told instead what is missing, and the program ends as any failed start
+// does, with status 1 and no core dump. Exiting at once is the only safe
+// way out: Qt is half set up and nothing of ours exists yet.
+void explain_start_failure(QtMsgType type, const QMessageLogContext& context,
+                           const QString& message) {
+    std::fprintf(stderr, "%s\n", qPrintable(qFormatLogMessage(type, context, message)));
+    if (type != QtFatalMsg)
+        return;
+    const QByteArray display = qgetenv("DISPLAY");
+    std::fprintf(stderr,
+                 "veltrako2: the window cannot be shown: no display could be opened (DISPLAY=%s)."
+                 " Start it on a desktop, or use veltrako2-cli.\n",
+                 display.isEmpty() ? "not set" : display.constData());
+    std::fflush(stderr);
+    std::_Exit(1);
+}
+
 } // namespace
 
 int main(int argc, char** argv) {
@@ -53,7 +76,9 @@ int main(int argc, char** argv) {
     parser.addOptions({link_opt, lang_opt});
     answer_without_display(argc, argv, parser);
 
+    qInstallMessageHandler(explain_start_failure);
     QApplication app(argc, argv);
+    qInstallMessageHandler(nullptr);
     name_application();
     parser.process(app);
 

@@ -230,6 +230,17 @@ private slots:
         QVERIFY2(r.out.contains(said), qPrintable(r.out));
     }
 
+    // A display that cannot be opened is said, and the start fails as any
+    // failed start does: status 1, not an abort with a core dump.
+    void no_display_is_a_clear_failure() {
+        const veltrako::testing::ProgramCopy copy(VELTRAKO2_PATH);
+        QVERIFY(copy.ok());
+        const Run r = copy.run({"--link", "sim"}, 20000,
+                               {{"DISPLAY", ":4242"}, {"QT_QPA_PLATFORM", "xcb"}});
+        QCOMPARE(r.exit_code, 1);
+        QVERIFY2(r.err.contains("no display could be opened (DISPLAY=:4242)"), qPrintable(r.err));
+    }
+
     void payload_arguments_data() {
         QTest::addColumn<QString>("argument");
         QTest::addColumn<QByteArray>("payload");
