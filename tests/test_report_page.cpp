@@ -161,6 +161,7 @@ private slots:
         h.ctx.device.live_valid = false;
         h.open_page();
         const int empty = ink();
+        QCOMPARE(empty, 0); // nothing to draw without device data
         h.ctx.device.live_valid = true;
         h.open_page();
         QVERIFY2(ink() > empty + 200, qPrintable(QString::number(ink())));
