@@ -4,6 +4,7 @@
 
 #include "apply_language.h"
 #include "frm_main.h"
+#include "report_harness.h"
 
 #include <QAction>
 #include <QGroupBox>
@@ -34,18 +35,16 @@ private slots:
         QTest::addColumn<QString>("tab_entry"); // none: no language file
         // Title, the five tabs, men_datei, men_beenden, cmd_setsn, frmZeiten, lbl_AlarmT.
         QTest::addColumn<QString>("captions");
-        QTest::newRow("from the file") << "Gerät/Protokoll"
-                                       << "veltrako2 Service|Gerät|Protokoll|Compliance|"
-                                          "System Status|Entwickler|File|Quit|Set|Times|T";
-        QTest::newRow("surplus tab pieces ignored")
-            << "A/B//D/E/F"
-            << "veltrako2 Service|A|B||D|E|File|Quit|Set|Times|T";
-        QTest::newRow("no language file") << ""
-                                          << "||Protokoll|Compliance|System Status|Entwickler|||||";
+        testing::row("from the file", "Gerät/Protokoll",
+                     "veltrako2 Service|Gerät|Protokoll|Compliance|System Status|Entwickler|"
+                     "File|Quit|Set|Times|T");
+        testing::row("surplus tab pieces ignored", "A/B//D/E/F",
+                     "veltrako2 Service|A|B||D|E|File|Quit|Set|Times|T");
+        testing::row("no language file", "",
+                     "||Protokoll|Compliance|System Status|Entwickler|||||");
     }
     void captions() {
         QFETCH(QString, tab_entry);
-        QFETCH(QString, captions);
         FrmMain form;
         const int designed = form.control("lbl_t", 0)->font().pointSize();
         const bool file = !tab_entry.isEmpty();
@@ -68,7 +67,7 @@ private slots:
             << form.control_as<QPushButton>("cmd_setsn")->text()
             << form.control_as<QGroupBox>("frmZeiten")->title()
             << form.control_as<QLabel>("lbl_AlarmT")->text();
-        QCOMPARE(got.join('|'), captions);
+        QTEST(got.join('|'), "captions");
 
         // A size belongs to the one control its entry names.
         QCOMPARE(form.tab1()->tabBar()->font().pointSize(), file ? 10 : designed);

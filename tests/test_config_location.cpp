@@ -10,6 +10,7 @@
 #include "fake_user_interface.h"
 #include "manual_clock.h"
 #include "protocol/poll_cycle.h"
+#include "report_harness.h"
 #include "status/status_readout.h"
 
 #include <QDir>
@@ -19,6 +20,7 @@
 
 using namespace veltrako;
 using namespace veltrako::config;
+using namespace veltrako::testing;
 
 namespace {
 
@@ -28,17 +30,6 @@ constexpr QFileDevice::Permissions read_only = QFileDevice::ReadOwner | QFileDev
                                                QFileDevice::ReadGroup | QFileDevice::ExeGroup |
                                                QFileDevice::ReadOther | QFileDevice::ExeOther;
 constexpr QFileDevice::Permissions writable = read_only | QFileDevice::WriteOwner;
-
-void write_file(const QString& path, const QByteArray& bytes) {
-    QFile file(path);
-    QVERIFY(file.open(QIODevice::WriteOnly));
-    file.write(bytes);
-}
-
-QByteArray read_file(const QString& path) {
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("<missing>");
-}
 
 // True for root, whom a missing write bit does not stop.
 bool write_bits_ignored() {
@@ -78,22 +69,15 @@ private slots:
         QTest::addColumn<QString>("seed_path");
         QTest::addColumn<QString>("user_dir");
 
-        QTest::newRow("own folder")
-            << "/home/tech/veltrako2" << true << "/home/tech/veltrako2/veltrako2.ini"
-            << ""
-            << "/home/tech/veltrako2/";
-        QTest::newRow("own folder with separator")
-            << "/home/tech/veltrako2/" << true << "/home/tech/veltrako2/veltrako2.ini"
-            << ""
-            << "/home/tech/veltrako2/";
-        QTest::newRow("installed")
-            << "/opt/veltrako2/" << false << "/home/tech/.config/veltrako2/veltrako2.ini"
-            << "/opt/veltrako2/veltrako2.ini"
-            << "/home/tech/Documents/";
-        QTest::newRow("installed, no separator")
-            << "/opt/veltrako2" << false << "/home/tech/.config/veltrako2/veltrako2.ini"
-            << "/opt/veltrako2/veltrako2.ini"
-            << "/home/tech/Documents/";
+        const char* own = "/home/tech/veltrako2/veltrako2.ini";
+        const char* user = "/home/tech/.config/veltrako2/veltrako2.ini";
+        row("own folder", "/home/tech/veltrako2", true, own, "", "/home/tech/veltrako2/");
+        row("own folder with separator", "/home/tech/veltrako2/", true, own, "",
+            "/home/tech/veltrako2/");
+        row("installed", "/opt/veltrako2/", false, user, "/opt/veltrako2/veltrako2.ini",
+            "/home/tech/Documents/");
+        row("installed, no separator", "/opt/veltrako2", false, user,
+            "/opt/veltrako2/veltrako2.ini", "/home/tech/Documents/");
     }
     void choose() {
         QFETCH(QString, program_dir);
@@ -114,11 +98,11 @@ private slots:
         QTest::addColumn<bool>("ini_writable");
         QTest::addColumn<bool>("folder_writable");
         QTest::addColumn<bool>("expected");
-        QTest::newRow("fresh folder") << false << false << true << true;
-        QTest::newRow("own settings") << true << true << true << true;
-        QTest::newRow("read-only file") << true << false << true << false;
-        QTest::newRow("read-only folder") << true << true << false << false;
-        QTest::newRow("read-only folder, no file") << false << false << false << false;
+        row("fresh folder", false, false, true, true);
+        row("own settings", true, true, true, true);
+        row("read-only file", true, false, true, false);
+        row("read-only folder", true, true, false, false);
+        row("read-only folder, no file", false, false, false, false);
     }
     void probe() {
         QFETCH(bool, ini_there);
@@ -141,11 +125,6 @@ private slots:
             QCOMPARE(read_file(ini), shipped_ini); // the probe left the settings alone
         QCOMPARE(QDir(dir.path()).entryList(QDir::Files | QDir::Hidden).size(),
                  ini_there ? 1 : 0); // and no probe file behind
-    }
-
-    void a_missing_program_folder_is_not_writable() {
-        QTemporaryDir dir;
-        QVERIFY(!can_write_config(dir.filePath(QStringLiteral("gone/veltrako2.ini"))));
     }
 
     // Two starts of an installed copy: the shipped settings are read from the
@@ -193,32 +172,11 @@ private slots:
         QCOMPARE(QDir(program.dir.path()).entryList(QDir::Files | QDir::Hidden).size(), 1);
     }
 
-    // The communication log goes where the user may write.
-    void communication_log_goes_to_the_user_dir() {
-        QTemporaryDir home;
-        const ConfigLocation location =
-            choose_config_location(QStringLiteral("/opt/veltrako2/"), false,
-                                   {home.filePath(QStringLiteral(".config/veltrako2")),
-                                    home.filePath(QStringLiteral("Dokumente"))});
-        prepare_config_location(location);
-
-        testing::ManualClock clock;
-        testing::FakeUserInterface ui;
-        AppContext ctx(clock, ui, nullptr);
-        ctx.program_dir = QStringLiteral("/opt/veltrako2/");
-        ctx.user_dir = location.user_dir;
-        clock.set_now(QDateTime(QDate(2024, 5, 6), QTime(7, 8, 9), Qt::UTC));
-        log_comm(ctx, QStringLiteral("OUT"), QStringLiteral("49 "));
-        const QString path = protocol::cmd_saveprotokoll(ctx);
-        QCOMPARE(path, home.filePath(QStringLiteral("Dokumente/protokoll20240506070809.txt")));
-        QVERIFY(read_file(path).startsWith("OUT "));
-        QVERIFY(ui.messages.isEmpty());
-    }
-
-    // The status save leaves without a word when the chosen folder cannot be
-    // remembered; on an installed copy it must still write, and remember the
-    // folder in the user's settings.
-    void status_save_is_written_from_an_installed_copy() {
+    // On an installed copy the communication log goes where the user may
+    // write. The status save leaves without a word when the chosen folder
+    // cannot be remembered; on an installed copy it must still write, and
+    // remember the folder in the user's settings.
+    void files_from_an_installed_copy() {
         QTemporaryDir home;
         const UserFolders folders{home.filePath(QStringLiteral(".config/veltrako2")),
                                   home.filePath(QStringLiteral("Documents"))};
@@ -234,6 +192,13 @@ private slots:
         ctx.config_path = location.config_path;
         ctx.user_dir = location.user_dir;
         set_config_defaults(ctx.config, location.user_dir);
+        clock.set_now(QDateTime(QDate(2024, 5, 6), QTime(7, 8, 9), Qt::UTC));
+        log_comm(ctx, QStringLiteral("OUT"), QStringLiteral("49 "));
+        const QString log = protocol::cmd_saveprotokoll(ctx);
+        QCOMPARE(log, folders.documents_dir + QStringLiteral("/protokoll20240506070809.txt"));
+        QVERIFY(read_file(log).startsWith("OUT "));
+        QVERIFY(ui.messages.isEmpty());
+
         ctx.device.SN = QStringLiteral("VO2-7E00042 ");
         ctx.device.SW = QStringLiteral("52A");
         ctx.link.device_handle = 1; // a device is connected

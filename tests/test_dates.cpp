@@ -1,6 +1,7 @@
 // Dates as the device and the files give them, and numbers in the user's locale.
 
 #include "config/dates.h"
+#include "report_harness.h"
 
 #include <QLocale>
 #include <QTest>
@@ -8,6 +9,7 @@
 #include <climits>
 
 using namespace veltrako::config;
+using veltrako::testing::row;
 
 namespace {
 
@@ -25,15 +27,13 @@ private slots:
     void make_date_rolls_over_and_clamps_data() {
         QTest::addColumn<QList<int>>("parts"); // day, month, year, hour, minute, second
         QTest::addColumn<QDateTime>("expected");
-        QTest::newRow("valid date unchanged")
-            << QList<int>{15, 6, 2021, 13, 45, 30} << at(2021, 6, 15, 13, 45, 30);
-        QTest::newRow("32 January") << QList<int>{32, 1, 2024, 0, 0, 0} << at(2024, 2, 1);
-        QTest::newRow("31 February") << QList<int>{31, 2, 2023, 0, 0, 0} << at(2023, 2, 28);
-        QTest::newRow("31 February, leap year")
-            << QList<int>{31, 2, 2024, 0, 0, 0} << at(2024, 2, 29);
-        QTest::newRow("month 13") << QList<int>{5, 13, 2021, 0, 0, 0} << at(2022, 1, 5);
-        QTest::newRow("second -1")
-            << QList<int>{1, 1, 2021, 0, 0, -1} << at(2020, 12, 31, 23, 59, 59);
+        row("valid date unchanged", QList<int>{15, 6, 2021, 13, 45, 30},
+            at(2021, 6, 15, 13, 45, 30));
+        row("32 January", QList<int>{32, 1, 2024, 0, 0, 0}, at(2024, 2, 1));
+        row("31 February", QList<int>{31, 2, 2023, 0, 0, 0}, at(2023, 2, 28));
+        row("31 February, leap year", QList<int>{31, 2, 2024, 0, 0, 0}, at(2024, 2, 29));
+        row("month 13", QList<int>{5, 13, 2021, 0, 0, 0}, at(2022, 1, 5));
+        row("second -1", QList<int>{1, 1, 2021, 0, 0, -1}, at(2020, 12, 31, 23, 59, 59));
     }
     void make_date_rolls_over_and_clamps() {
         QFETCH(QList<int>, parts);
@@ -51,12 +51,12 @@ private slots:
     void parse_date_data() {
         QTest::addColumn<QString>("text");
         QTest::addColumn<QDateTime>("expected");
-        QTest::newRow("date and time") << "01.03.2024 23:59:59" << at(2024, 3, 1, 23, 59, 59);
-        QTest::newRow("same day alone") << "01.03.2024" << at(2024, 3, 1);
-        QTest::newRow("blanks around") << "  15.06.2021 13:45:30 " << at(2021, 6, 15, 13, 45, 30);
-        QTest::newRow("time of day only") << "12:00" << QDateTime();
-        QTest::newRow("two blanks make seven parts") << "15.06.2021  13:45:30" << QDateTime();
-        QTest::newRow("garbage time") << "15.06.2021 13:4x:30" << QDateTime();
+        row("date and time", "01.03.2024 23:59:59", at(2024, 3, 1, 23, 59, 59));
+        row("same day alone", "01.03.2024", at(2024, 3, 1));
+        row("blanks around", "  15.06.2021 13:45:30 ", at(2021, 6, 15, 13, 45, 30));
+        row("time of day only", "12:00", QDateTime());
+        row("two blanks make seven parts", "15.06.2021  13:45:30", QDateTime());
+        row("garbage time", "15.06.2021 13:4x:30", QDateTime());
     }
     void parse_date() {
         QFETCH(QString, text);
@@ -68,10 +68,10 @@ private slots:
         QTest::addColumn<QString>("text");
         QTest::addColumn<double>("value"); // -1: not a number
         const QLocale c = QLocale::c();
-        QTest::newRow("C: point") << c << "1.5" << 1.5;
-        QTest::newRow("C: comma") << c << "1,5" << -1.0;
-        QTest::newRow("C: infinity") << c << "inf" << -1.0;
-        QTest::newRow("de: comma") << QLocale(QLocale::German, QLocale::Germany) << "37,3" << 37.3;
+        row("C: point", c, "1.5", 1.5);
+        row("C: comma", c, "1,5", -1.0);
+        row("C: infinity", c, "inf", -1.0);
+        row("de: comma", QLocale(QLocale::German, QLocale::Germany), "37,3", 37.3);
     }
     void text_to_number() {
         QFETCH(QLocale, locale);
@@ -84,9 +84,8 @@ private slots:
     void message_time_text_data() {
         QTest::addColumn<QLocale>("locale");
         QTest::addColumn<QString>("expected");
-        QTest::newRow("de") << QLocale(QLocale::German, QLocale::Germany) << "02.03.26 10:05:07";
-        QTest::newRow("en_US") << QLocale(QLocale::English, QLocale::UnitedStates)
-                               << "3/2/26 10:05:07 AM";
+        row("de", QLocale(QLocale::German, QLocale::Germany), "02.03.26 10:05:07");
+        row("en_US", QLocale(QLocale::English, QLocale::UnitedStates), "3/2/26 10:05:07 AM");
     }
     void message_time_text() {
         QFETCH(QLocale, locale);

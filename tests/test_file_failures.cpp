@@ -7,12 +7,10 @@
 #include "compliance/compliance_file.h"
 #include "compliance/compliance_readout.h"
 #include "config/config.h"
-#include "fake_link.h"
-#include "fake_user_interface.h"
-#include "manual_clock.h"
 #include "protocol/poll_cycle.h"
 #include "report/report_file.h"
 #include "report/report_record.h"
+#include "report_harness.h"
 #include "status/status_table.h"
 
 #include <QDir>
@@ -33,79 +31,49 @@ namespace {
 
 const QByteArray old_content = "old\r\n";
 
-struct Fixture {
-    ManualClock clock{QDateTime(QDate(2026, 3, 2), QTime(14, 5, 9), Qt::UTC)};
-    FakeUserInterface ui;
-    AppContext ctx{clock, ui, std::make_unique<FakeLink>()};
-    QString folder;
-
-    explicit Fixture(const QString& dir) : folder(dir + QLatin1Char('/')) {
-        ctx.program_dir = folder;
-        ctx.user_dir = folder;
-        // The settings file lives elsewhere, so that only the file under
-        // test is written into the folder.
-        ctx.config.INITDIR = folder;
-    }
-};
-
-// One of the program's files: where it goes and how the program writes it.
+// One of the program's files: its name, and how the program writes it.
 struct Writer {
-    std::function<QString(Fixture&)> target;
-    std::function<bool(Fixture&)> write;
+    const char* what;
+    const char* file;
+    std::function<bool(Desk&, const QString&)> write;
 };
 
-Writer configuration() {
-    return {[](Fixture& f) { return f.folder + QStringLiteral("veltrako2.ini"); },
-            [](Fixture& f) {
-                f.ctx.config.AUTOSAVEDIR = QString(200, QLatin1Char('x'));
-                return config::save_config(f.ctx.config,
-                                           f.folder + QStringLiteral("veltrako2.ini"));
-            }};
-}
-
-Writer communication_log() {
-    return {[](Fixture& f) { return f.folder + QStringLiteral("protokoll20260302140509.txt"); },
-            [](Fixture& f) {
-                f.ctx.comm_log.comm_log = QString(2000, QLatin1Char('#')) + QStringLiteral("\r\n");
-                return !protocol::cmd_saveprotokoll(f.ctx).isEmpty();
-            }};
-}
-
-Writer status_dump() {
-    return {[](Fixture& f) { return f.folder + QStringLiteral("Status_VO2.txt"); },
-            [](Fixture& f) {
-                const QString table =
-                    QStringList(40, QString(120, QLatin1Char('-'))).join(QStringLiteral("\r\n"));
-                return status::write_status_table(f.folder + QStringLiteral("Status_VO2.txt"),
-                                                  table);
-            }};
-}
-
-Writer compliance_file() {
-    return {[](Fixture& f) { return f.folder + QStringLiteral("Compliance_VO2.txt"); },
-            [](Fixture& f) {
-                QRandomGenerator random(7);
-                compliance::compliance_testdata(f.ctx.compliance, random);
-                return compliance::write_compliance_file(
-                    f.folder + QStringLiteral("Compliance_VO2.txt"), f.ctx.compliance, QLocale());
-            }};
-}
-
-// The report goes through the "Speichern" button: dialog, overwrite
-// question, file.
-Writer inspection_report() {
-    return {[](Fixture& f) { return f.folder + QStringLiteral("Report_VO2.txt"); },
-            [](Fixture& f) {
-                device::DeviceRecord d;
-                d.live_valid = true;
-                d.SN = QStringLiteral("VO2-7E00042 ");
-                d.BSTD = QStringLiteral("012345:30");
-                report::take_snapshot(f.ctx.report, d, true);
-                f.ui.file_answers << f.folder + QStringLiteral("Report_VO2.txt");
-                f.ui.yes_no_answers << true;
-                return report::save_report(f.ctx);
-            }};
-}
+const Writer writers[] = {
+    {"configuration", "veltrako2.ini",
+     [](Desk& f, const QString& path) {
+         f.ctx.config.AUTOSAVEDIR = QString(200, QLatin1Char('x'));
+         return config::save_config(f.ctx.config, path);
+     }},
+    {"communication log", "protokoll20260302140509.txt",
+     [](Desk& f, const QString&) {
+         f.ctx.comm_log.comm_log = QString(2000, QLatin1Char('#')) + QStringLiteral("\r\n");
+         return !protocol::cmd_saveprotokoll(f.ctx).isEmpty();
+     }},
+    {"status dump", "Status_VO2.txt",
+     [](Desk&, const QString& path) {
+         return status::write_status_table(
+             path, QStringList(40, QString(120, QLatin1Char('-'))).join(QStringLiteral("\r\n")));
+     }},
+    {"compliance file", "Compliance_VO2.txt",
+     [](Desk& f, const QString& path) {
+         QRandomGenerator random(7);
+         compliance::compliance_testdata(f.ctx.compliance, random);
+         return compliance::write_compliance_file(path, f.ctx.compliance, QLocale());
+     }},
+    // The report goes through the "Speichern" button: dialog, overwrite
+    // question, file.
+    {"report", "Report_VO2.txt",
+     [](Desk& f, const QString& path) {
+         device::DeviceRecord d;
+         d.live_valid = true;
+         d.SN = QStringLiteral("VO2-7E00042 ");
+         d.BSTD = QStringLiteral("012345:30");
+         report::take_snapshot(f.ctx.report, d, true);
+         f.ui.file_answers << path;
+         f.ui.yes_no_answers << true;
+         return report::save_report(f.ctx);
+     }},
+};
 
 enum class Fault { none, disk_full, folder_in_the_way, read_only_folder };
 
@@ -129,11 +97,6 @@ private:
     void (*old_handler_)(int) = nullptr;
 };
 
-QByteArray read_all(const QString& path) {
-    QFile f(path);
-    return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray();
-}
-
 } // namespace
 
 class TestFileFailures : public QObject {
@@ -142,8 +105,6 @@ private slots:
     void written_whole_or_not_at_all_data() {
         QTest::addColumn<int>("writer");
         QTest::addColumn<Fault>("fault");
-        const char* names[] = {"configuration", "communication log", "status dump",
-                               "compliance file", "report"};
         const std::pair<Fault, const char*> faults[] = {
             {Fault::none, "written"},
             {Fault::disk_full, "disk full part-way"},
@@ -151,31 +112,25 @@ private slots:
             {Fault::read_only_folder, "read-only folder"}};
         for (int w = 0; w < 5; ++w)
             for (const auto& [fault, what] : faults)
-                QTest::addRow("%s, %s", names[w], what) << w << fault;
+                QTest::addRow("%s, %s", writers[w].what, what) << w << fault;
     }
 
     void written_whole_or_not_at_all() {
         QFETCH(int, writer);
         QFETCH(Fault, fault);
-        const Writer writers[] = {configuration(), communication_log(), status_dump(),
-                                  compliance_file(), inspection_report()};
         const Writer& w = writers[writer];
-
-        QTemporaryDir dir;
-        Fixture f(dir.path());
-        // The settings file of the report's dialog goes to a folder of its own.
+        Desk f;
+        const QTemporaryDir& dir = f.dir;
+        // The settings file of the report's dialog goes to a folder of its
+        // own, so that only the file under test is written into the folder.
         QTemporaryDir settings;
         f.ctx.config_path = settings.filePath(QStringLiteral("veltrako2.ini"));
-        const QString target = w.target(f);
+        const QString target = f.path(QLatin1String(w.file));
         if (fault == Fault::folder_in_the_way) {
             QVERIFY(QDir().mkpath(target));
-            QFile inside(target + QStringLiteral("/keep.txt"));
-            QVERIFY(inside.open(QIODevice::WriteOnly));
-            inside.write(old_content);
+            QVERIFY(write_file(target + QStringLiteral("/keep.txt"), old_content));
         } else {
-            QFile old(target);
-            QVERIFY(old.open(QIODevice::WriteOnly));
-            old.write(old_content);
+            QVERIFY(write_file(target, old_content));
         }
         const QStringList before =
             QDir(dir.path()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot);
@@ -184,11 +139,11 @@ private slots:
         switch (fault) {
         case Fault::none:
         case Fault::folder_in_the_way:
-            written = w.write(f);
+            written = w.write(f, target);
             break;
         case Fault::disk_full: {
             const FileSizeLimit full(64);
-            written = w.write(f);
+            written = w.write(f, target);
             break;
         }
         case Fault::read_only_folder: {
@@ -202,7 +157,7 @@ private slots:
                                       QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
                 QSKIP("running as the superuser: a read-only folder does not stop writes");
             }
-            written = w.write(f);
+            written = w.write(f, target);
             QFile::setPermissions(dir.path(),
                                   QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
             QFile::setPermissions(target, QFile::ReadOwner | QFile::WriteOwner);
@@ -214,7 +169,7 @@ private slots:
         QCOMPARE(QDir(dir.path()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot), before);
         if (fault == Fault::none) {
             QVERIFY(written);
-            const QByteArray now = read_all(target);
+            const QByteArray now = read_file(target);
             QVERIFY(now.size() > 64);
             QVERIFY(now.endsWith("\r\n"));
             return;
@@ -222,9 +177,9 @@ private slots:
         QVERIFY(!written);
         if (fault == Fault::folder_in_the_way) {
             QVERIFY(QFileInfo(target).isDir());
-            QCOMPARE(read_all(target + QStringLiteral("/keep.txt")), old_content);
+            QCOMPARE(read_file(target + QStringLiteral("/keep.txt")), old_content);
         } else {
-            QCOMPARE(read_all(target), old_content);
+            QCOMPARE(read_file(target), old_content);
         }
     }
 };

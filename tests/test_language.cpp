@@ -2,20 +2,13 @@
 
 #include "config/language.h"
 #include "fake_user_interface.h"
-
-#include <QFile>
-#include <QTemporaryDir>
-#include <QTest>
+#include "report_harness.h"
 
 using namespace veltrako;
 using namespace veltrako::config;
+using namespace veltrako::testing;
 
 namespace {
-
-bool write_file(const QString& path, const QByteArray& bytes) {
-    QFile file(path);
-    return file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size();
-}
 
 // Every stored entry as "number|size|text", in number order.
 QStringList entries(const LanguageTables& tables) {
@@ -36,26 +29,24 @@ private slots:
         QTest::addColumn<bool>("ok");
         QTest::addColumn<QStringList>("stored");
         // A Windows editor puts a byte order mark first.
-        QTest::newRow("comment after a byte order mark and blanks")
-            << QByteArray("\xEF\xBB\xBF   * 11000|0|nicht\r\n11001|0|Datei\r\n") << true
-            << QStringList{"11001|0|Datei"};
-        QTest::newRow("the later line wins")
-            << QByteArray("11000|0|Alt\r\n11000|12|Neu\r\n") << true << QStringList{"11000|12|Neu"};
-        QTest::newRow("first and last number") << QByteArray("0|0|Null\r\n20000|255|Ende\r\n")
-                                               << true << QStringList{"0|0|Null", "20000|255|Ende"};
-        QTest::newRow("20001 stops, later lines unread")
-            << QByteArray("11000|0|A\r\n20001|0|B\r\n11001|0|C\r\n") << false
-            << QStringList{"11000|0|A"};
-        QTest::newRow("size 256") << QByteArray("11000|0|A\r\n11001|256|B\r\n11002|0|C\r\n")
-                                  << false << QStringList{"11000|0|A"};
-        QTest::newRow("two fields") << QByteArray("11000|0|A\r\n11001|0\r\n11002|0|C\r\n") << false
-                                    << QStringList{"11000|0|A"};
-        QTest::newRow("UTF-8 text survives, up to the next bar")
-            << QByteArray("11001|10|Ger\xC3\xA4t/Pr\xC3\xBC"
-                          "fer \xE2\x80\x93 \xC2\xB0"
-                          "C|Rest\r\n")
-            << true << QStringList{"11001|10|Gerät/Prüfer – °C"};
-        QTest::newRow("missing file") << QByteArray() << false << QStringList{};
+        row("comment after a byte order mark and blanks",
+            QByteArray("\xEF\xBB\xBF   * 11000|0|nicht\r\n11001|0|Datei\r\n"), true,
+            QStringList{"11001|0|Datei"});
+        row("the later line wins", QByteArray("11000|0|Alt\r\n11000|12|Neu\r\n"), true,
+            QStringList{"11000|12|Neu"});
+        row("first and last number", QByteArray("0|0|Null\r\n20000|255|Ende\r\n"), true,
+            QStringList{"0|0|Null", "20000|255|Ende"});
+        const QStringList first_only{"11000|0|A"};
+        row("20001 stops, later lines unread",
+            QByteArray("11000|0|A\r\n20001|0|B\r\n11001|0|C\r\n"), false, first_only);
+        row("size 256", QByteArray("11000|0|A\r\n11001|256|B\r\n11002|0|C\r\n"), false, first_only);
+        row("two fields", QByteArray("11000|0|A\r\n11001|0\r\n11002|0|C\r\n"), false, first_only);
+        row("UTF-8 text survives, up to the next bar",
+            QByteArray("11001|10|Ger\xC3\xA4t/Pr\xC3\xBC"
+                       "fer \xE2\x80\x93 \xC2\xB0"
+                       "C|Rest\r\n"),
+            true, QStringList{"11001|10|Gerät/Prüfer – °C"});
+        row("missing file", QByteArray(), false, QStringList{});
     }
     // Each file is loaded over the texts of an earlier one, which must not survive.
     void load() {

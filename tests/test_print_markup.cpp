@@ -1,15 +1,17 @@
 // The print markup on the recording surface: runs and fonts, where they sit
 // against tab stops and base line, how far a line moves down, the fixed-width
-// text helpers, and which printer the print dialog opens on.
+// text wrapping, and which printer the print dialog opens on.
 
 #include "print/fixed_text.h"
 #include "print/markup.h"
 #include "print/printer_choice.h"
 #include "print/recording_surface.h"
+#include "report_harness.h"
 
 #include <QTest>
 
 using namespace veltrako::print;
+using veltrako::testing::row;
 
 namespace {
 
@@ -52,43 +54,32 @@ private slots:
         QTest::addColumn<QString>("column");
         QTest::addColumn<QStringList>("runs");
         QTest::addColumn<bool>("error"); // the column is answered with "ERROR"
-        QTest::newRow("bold run then normal run")
-            << "'b'Strong'/b' plain" << QStringList{"Strong|B|10|Arial", " plain||10|Arial"}
-            << false;
-        QTest::newRow("underline on and off")
-            << "'u'under'/u'over" << QStringList{"under|U|10|Arial", "over||10|Arial"} << false;
-        QTest::newRow("bold and underline together")
-            << "'b''u'both" << QStringList{"both|BU|10|Arial"} << false;
-        QTest::newRow("unknown tag bold") << "'bold'word" << QStringList{"word||10|Arial"} << false;
-        QTest::newRow("tags are case-sensitive")
-            << "'B'word'U'" << QStringList{"word||10|Arial"} << false;
-        QTest::newRow("empty tag ignored, no literal quote")
-            << "it''s" << QStringList{"it||10|Arial", "s||10|Arial"} << false;
-        QTest::newRow("font name trimmed")
-            << "'font  Courier New 'x" << QStringList{"x||10|Courier New"} << false;
-        QTest::newRow("font without blank")
-            << "'fontTimes'x" << QStringList{"x||10|Times"} << false;
-        QTest::newRow("font without a name keeps the font")
-            << "'font 'x" << QStringList{"x||10|Arial"} << false;
-        QTest::newRow("size with decimal comma")
-            << "'size 7,5'x" << QStringList{"x||7.5|Arial"} << false;
-        QTest::newRow("size that is no number")
-            << "'size abc'x" << QStringList{"x||10|Arial"} << false;
-        QTest::newRow("alignment tags print nothing")
-            << "'center''right''left'" << QStringList{} << false;
-        QTest::newRow("unclosed quote") << "abc'b" << QStringList{"abc||10|Arial"} << true;
-        QTest::newRow("unclosed after a tag")
-            << "x'b'y'/b" << QStringList{"x||10|Arial", "y|B|10|Arial"} << true;
+        row("bold run then normal run", "'b'Strong'/b' plain",
+            QStringList{"Strong|B|10|Arial", " plain||10|Arial"}, false);
+        row("underline on and off", "'u'under'/u'over",
+            QStringList{"under|U|10|Arial", "over||10|Arial"}, false);
+        row("bold and underline together", "'b''u'both", QStringList{"both|BU|10|Arial"}, false);
+        row("unknown tag bold", "'bold'word", QStringList{"word||10|Arial"}, false);
+        row("tags are case-sensitive", "'B'word'U'", QStringList{"word||10|Arial"}, false);
+        row("empty tag ignored, no literal quote", "it''s",
+            QStringList{"it||10|Arial", "s||10|Arial"}, false);
+        row("font name trimmed", "'font  Courier New 'x", QStringList{"x||10|Courier New"}, false);
+        row("font without blank", "'fontTimes'x", QStringList{"x||10|Times"}, false);
+        row("font without a name keeps the font", "'font 'x", QStringList{"x||10|Arial"}, false);
+        row("size with decimal comma", "'size 7,5'x", QStringList{"x||7.5|Arial"}, false);
+        row("size that is no number", "'size abc'x", QStringList{"x||10|Arial"}, false);
+        row("alignment tags print nothing", "'center''right''left'", QStringList{}, false);
+        row("unclosed quote", "abc'b", QStringList{"abc||10|Arial"}, true);
+        row("unclosed after a tag", "x'b'y'/b", QStringList{"x||10|Arial", "y|B|10|Arial"}, true);
     }
 
     void runs_and_fonts() {
         QFETCH(QString, column);
-        QFETCH(QStringList, runs);
         QFETCH(bool, error);
         RecordingSurface surface;
         surface.move_to(1000, 1000);
         QCOMPARE(print_markup(surface, column), error ? QStringLiteral("ERROR") : QString());
-        QCOMPARE(describe_all(surface), runs);
+        QTEST(describe_all(surface), "runs");
         for (const RecordedRun& run : surface.runs)
             QCOMPARE(run.y,
                      1000.0 - (run.font.points - 10) * 0.8 * 24); // top moves with the size only
@@ -103,22 +94,20 @@ private slots:
         QTest::addColumn<double>("expected");
 
         const TabStops middle{0, 5953};
-        QTest::newRow("centred under the middle of the page")
-            << "\t'center'Title" << middle << 15 << "Title" << 1 << 5968.0;
-        QTest::newRow("title line: bold, larger, centred")
-            << "\t'center''size 13''b'Compliance'/b''size 11''/center'" << middle << 15
-            << "Compliance" << 1 << 5968.0;
-        QTest::newRow("right edge on the stop")
-            << "'right'99,5" << TabStops{4000} << 0 << "99,5" << 2 << 4000.0;
-        QTest::newRow("left edge on the stop plus page_left")
-            << "a\tb" << TabStops{100, 3000} << 15 << "b" << 0 << 3015.0;
-        QTest::newRow("alignment back to left in the next column")
-            << "'right'a\tb" << TabStops{2000, 3000} << 0 << "b" << 0 << 3000.0;
-        QTest::newRow("normal run after a bold run")
-            << "'b'Bold'/b'Normal" << TabStops{1000} << 0 << "Normal" << 0
-            << 1000 + RecordingSurface::width_in(bold_font(), QStringLiteral("Bold"));
-        QTest::newRow("column after an unclosed quote")
-            << "abc'b\tnext" << TabStops{0, 2000} << 0 << "next" << 0 << 2000.0;
+        row("centred under the middle of the page", "\t'center'Title", middle, 15, "Title", 1,
+            5968.0);
+        row("title line: bold, larger, centred",
+            "\t'center''size 13''b'Compliance'/b''size 11''/center'", middle, 15, "Compliance", 1,
+            5968.0);
+        row("right edge on the stop", "'right'99,5", TabStops{4000}, 0, "99,5", 2, 4000.0);
+        row("left edge on the stop plus page_left", "a\tb", TabStops{100, 3000}, 15, "b", 0,
+            3015.0);
+        row("alignment back to left in the next column", "'right'a\tb", TabStops{2000, 3000}, 0,
+            "b", 0, 3000.0);
+        row("normal run after a bold run", "'b'Bold'/b'Normal", TabStops{1000}, 0, "Normal", 0,
+            1000 + RecordingSurface::width_in(bold_font(), QStringLiteral("Bold")));
+        row("column after an unclosed quote", "abc'b\tnext", TabStops{0, 2000}, 0, "next", 0,
+            2000.0);
     }
 
     void run_positions() {
@@ -127,20 +116,19 @@ private slots:
         QFETCH(int, page_left);
         QFETCH(QString, run);
         QFETCH(int, edge);
-        QFETCH(double, expected);
         RecordingSurface surface;
         surface.move_to(0, 500);
         QVERIFY(print_line(surface, line, tab_stops, page_left));
         const RecordedRun* found = surface.find_run(run);
         QVERIFY(found);
-        QCOMPARE(found->x + RecordingSurface::width_of(*found) * edge / 2, expected);
+        QTEST(found->x + RecordingSurface::width_of(*found) * edge / 2, "expected");
     }
 
     void sizes_share_base_line_data() {
         QTest::addColumn<int>("first");
         QTest::addColumn<int>("second");
-        QTest::newRow("14 then 10") << 14 << 10;
-        QTest::newRow("10 then 14") << 10 << 14;
+        row("14 then 10", 14, 10);
+        row("10 then 14", 10, 14);
     }
 
     void sizes_share_base_line() {
@@ -169,28 +157,24 @@ private slots:
         QTest::addColumn<double>("lines_down"); // in 10-point line heights
         QTest::addColumn<QStringList>("printed");
 
-        QTest::newRow("empty line: half the height of X")
-            << "" << 1 << true << 0.5 << QStringList{};
-        QTest::newRow("text line") << "text" << 1 << true << 1.0 << QStringList{"text"};
-        QTest::newRow("columns") << "a\tb\tc" << 3 << true << 1.0 << QStringList{"a", "b", "c"};
-        QTest::newRow("only tags") << "'b''/b'" << 1 << true << 1.0 << QStringList{};
-        QTest::newRow("missing tab stop ends the line")
-            << "a\tb\tc" << 2 << false << 0.0 << QStringList{"a", "b"};
-        QTest::newRow("no tab stop at all") << "a" << 0 << false << 0.0 << QStringList{};
+        row("empty line: half the height of X", "", 1, true, 0.5, QStringList{});
+        row("text line", "text", 1, true, 1.0, QStringList{"text"});
+        row("columns", "a\tb\tc", 3, true, 1.0, QStringList{"a", "b", "c"});
+        row("only tags", "'b''/b'", 1, true, 1.0, QStringList{});
+        row("missing tab stop ends the line", "a\tb\tc", 2, false, 0.0, QStringList{"a", "b"});
+        row("no tab stop at all", "a", 0, false, 0.0, QStringList{});
     }
 
     void line_advance() {
         QFETCH(QString, line);
         QFETCH(int, stop_count);
-        QFETCH(bool, result);
         QFETCH(double, lines_down);
-        QFETCH(QStringList, printed);
         RecordingSurface surface;
         surface.move_to(777, 1000);
         const double line_height = surface.text_height(QStringLiteral("X"));
-        QCOMPARE(print_line(surface, line, stops(stop_count), 0), result);
+        QTEST(print_line(surface, line, stops(stop_count), 0), "result");
         QCOMPARE(surface.current_y(), 1000 + lines_down * line_height);
-        QCOMPARE(surface.run_texts(), printed);
+        QTEST(surface.run_texts(), "printed");
         for (const RecordedRun& run : surface.runs)
             QCOMPARE(run.y, 1000.0);
     }
@@ -225,43 +209,24 @@ private slots:
         QVERIFY(surface.current_x() == 100.0 && surface.current_y() == 5000.0);
     }
 
-    void pad_to_data() {
-        QTest::addColumn<QString>("text");
-        QTest::addColumn<int>("width");
-        QTest::addColumn<QString>("expected");
-        QTest::newRow("padded") << "abc" << 5 << "abc  ";
-        QTest::newRow("cut") << "abcdef" << 3 << "abc";
-        QTest::newRow("exact") << "abc" << 3 << "abc";
-        QTest::newRow("empty padded") << "" << 2 << "  ";
-        QTest::newRow("no width") << "abc" << 0 << "";
-    }
-
-    void pad_to() {
-        QFETCH(QString, text);
-        QFETCH(int, width);
-        QFETCH(QString, expected);
-        QCOMPARE(veltrako::print::pad_to(text, width), expected);
-    }
-
     void wrap_fixed_data() {
         QTest::addColumn<QString>("text");
         QTest::addColumn<int>("width");
         QTest::addColumn<int>("indent");
         QTest::addColumn<QString>("expected");
-        QTest::newRow("last piece padded") << "abcdefgh" << 3 << 2 << "abc\r\n  def\r\n  gh ";
-        QTest::newRow("exact multiple: last piece as it is") << "abcdef" << 3 << 1 << "abc\r\n def";
-        QTest::newRow("short text padded") << "ab" << 4 << 0 << "ab  ";
-        QTest::newRow("exactly one piece") << "abcd" << 4 << 3 << "abcd";
-        QTest::newRow("empty text") << "" << 3 << 5 << "   ";
-        QTest::newRow("no width") << "abcd" << 0 << 2 << "abcd";
+        row("last piece padded", "abcdefgh", 3, 2, "abc\r\n  def\r\n  gh ");
+        row("exact multiple: last piece as it is", "abcdef", 3, 1, "abc\r\n def");
+        row("short text padded", "ab", 4, 0, "ab  ");
+        row("exactly one piece", "abcd", 4, 3, "abcd");
+        row("empty text", "", 3, 5, "   ");
+        row("no width", "abcd", 0, 2, "abcd");
     }
 
     void wrap_fixed() {
         QFETCH(QString, text);
         QFETCH(int, width);
         QFETCH(int, indent);
-        QFETCH(QString, expected);
-        QCOMPARE(veltrako::print::wrap_fixed(text, width, indent), expected);
+        QTEST(veltrako::print::wrap_fixed(text, width, indent), "expected");
     }
 
     void printer_offered_data() {
@@ -270,28 +235,21 @@ private slots:
         QTest::addColumn<QString>("second_default");
         QTest::addColumn<QString>("offered_first");
         QTest::addColumn<QString>("offered_second"); // empty: the dialog opens on a file
-        const auto row = [](const char* name, std::initializer_list<QString> v) {
-            auto& r = QTest::newRow(name);
-            for (const QString& x : v)
-                r << x;
-        };
-        row("another printer chosen", {"Office", "Lab", "Office", "Office", "Lab"});
-        row("the default chosen, default changed since",
-            {"Office", "Office", "Lab", "Office", "Office"});
-        row("printed to a file", {"Office", "", "Office", "Office", ""});
-        row("no printer installed", {"", "", "", "", ""});
+        row("another printer chosen", "Office", "Lab", "Office", "Office", "Lab");
+        row("the default chosen, default changed since", "Office", "Office", "Lab", "Office",
+            "Office");
+        row("printed to a file", "Office", "", "Office", "Office", "");
+        row("no printer installed", "", "", "", "", "");
     }
 
     void printer_offered() {
         QFETCH(QString, first_default);
         QFETCH(QString, chosen_printer);
         QFETCH(QString, second_default);
-        QFETCH(QString, offered_first);
-        QFETCH(QString, offered_second);
         PrinterChoice choice;
-        QCOMPARE(begin_printer_choice(choice, first_default), offered_first);
+        QTEST(begin_printer_choice(choice, first_default), "offered_first");
         end_printer_choice(choice, chosen_printer);
-        QCOMPARE(begin_printer_choice(choice, second_default), offered_second);
+        QTEST(begin_printer_choice(choice, second_default), "offered_second");
         QCOMPARE(choice.to_file, chosen_printer.isEmpty());
         QCOMPARE(choice.printer_default, second_default);
     }

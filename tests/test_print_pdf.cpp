@@ -9,12 +9,10 @@
 #include "pdf_output.h"
 #include "print/markup.h"
 #include "printing.h"
+#include "report_harness.h"
 
 #include <QApplication>
 #include <QPrinter>
-#include <QProcess>
-#include <QTemporaryDir>
-#include <QTest>
 
 using namespace veltrako;
 using print::DrawingSurface;
@@ -39,19 +37,6 @@ void draw_sample_page(DrawingSurface& surface) {
     printer.print_line(QStringLiteral("'size 14'Large'size 9'small\tafter"), columns);
     printer.print_line(QStringLiteral("Remarks\tnone'here"), columns);
     printer.print_line(QStringLiteral("'u'Signature'/u'"), columns);
-}
-
-QString pdf_text(const QString& pdf, int page = 0) {
-    QStringList args;
-    if (page > 0)
-        args << QStringLiteral("-f") << QString::number(page) << QStringLiteral("-l")
-             << QString::number(page);
-    args << pdf << QStringLiteral("-");
-    QProcess process;
-    process.start(QStringLiteral("pdftotext"), QStringList{QStringLiteral("-layout")} + args);
-    if (!process.waitForFinished(30000) || process.exitCode() != 0)
-        return QStringLiteral("<pdftotext failed>");
-    return QString::fromUtf8(process.readAllStandardOutput());
 }
 
 // The words, each found after the one before, or the first one missing.
@@ -95,8 +80,8 @@ private slots:
 
 void TestPrintPdf::page_read_back_data() {
     QTest::addColumn<bool>("through_printer");
-    QTest::newRow("straight to PDF") << false;
-    QTest::newRow("printer printing to a file") << true;
+    testing::row("straight to PDF", false);
+    testing::row("printer printing to a file", true);
 }
 
 void TestPrintPdf::page_read_back() {
@@ -113,8 +98,9 @@ void TestPrintPdf::page_read_back() {
     } else {
         QVERIFY2(paint::print_to_pdf(path, draw_sample_page, &error), qPrintable(error));
     }
-    const QString text = pdf_text(path);
+    const QString text = testing::pdf_layout_text(path);
     QVERIFY2(first_missing(text, sample_words).isEmpty(), qPrintable(text));
+    QCOMPARE(text.count(QLatin1Char('\f')), 1); // one page
     // The unclosed quote hid the rest of its column.
     QVERIFY2(!text.contains(QLatin1String("here")), qPrintable(text));
 }
@@ -127,7 +113,7 @@ void TestPrintPdf::pages_in_order() {
         QCOMPARE(surface.current_y(), surface.text_height(QStringLiteral("X")));
     }));
     for (int page = 1; page <= 3; ++page) {
-        const QString text = pdf_text(path, page).simplified();
+        const QString text = testing::pdf_layout_text(path, page).simplified();
         QCOMPARE(text, QStringLiteral("Page %1").arg(page));
     }
 }
@@ -175,20 +161,19 @@ void TestPrintPdf::text_inside_its_measures() {
 void TestPrintPdf::choice_reaches_printer_data() {
     QTest::addColumn<int>("dialog_copies");
     QTest::addColumn<int>("copies");
-    QTest::newRow("three copies") << 3 << 3;
-    QTest::newRow("no count means one") << 0 << 1;
+    testing::row("three copies", 3, 3);
+    testing::row("no count means one", 0, 1);
 }
 
 void TestPrintPdf::choice_reaches_printer() {
     QFETCH(int, dialog_copies);
-    QFETCH(int, copies);
     QTemporaryDir dir;
     const QString chart = dir.filePath(QStringLiteral("Compliance_VO2_2026-02.pdf"));
     const QString report = dir.filePath(QStringLiteral("Pruefprotokoll_VO2_20260302.pdf"));
     print::PrinterChoice choice;
     QPrinter printer;
     ui::apply_printer_choice(choice, printer, {QString(), chart, dialog_copies});
-    QCOMPARE(printer.copyCount(), copies);
+    QTEST(printer.copyCount(), "copies");
     // The next printout opens on a file again, but its own: never the
     // chart's PDF for the report.
     QPrinter next;

@@ -7,6 +7,7 @@
 #include "box_answers.h"
 #include "frm_main.h"
 #include "link/sim_link.h"
+#include "report_harness.h"
 #include "sim/concentrator.h"
 #include "sim/scenario.h"
 #include "startup.h"
@@ -26,10 +27,7 @@ namespace {
 struct Program {
     explicit Program(const QByteArray& scenario_text) {
         QFile::copy(QStringLiteral(VELTRAKO2_LANG_DIR "/langde.txt"), dir.filePath("langde.txt"));
-        QFile ini(dir.filePath("veltrako2.ini"));
-        ini.open(QIODevice::WriteOnly);
-        ini.write("TIMEOUT|1\r\nTIMERINTERVAL|20\r\n");
-        ini.close();
+        testing::write_file(dir.filePath("veltrako2.ini"), "TIMEOUT|1\r\nTIMERINTERVAL|20\r\n");
         QString error;
         const auto scenario = sim::parse_scenario(scenario_text, &error);
         device = std::make_shared<sim::Concentrator>(*scenario);

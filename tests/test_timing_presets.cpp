@@ -5,10 +5,10 @@
 #include "device/device_view.h"
 #include "device/timing_presets.h"
 #include "protocol/commands.h"
+#include "report_harness.h"
 #include "settings_harness.h"
 #include "test_bytes.h"
 
-#include <QFile>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -29,10 +29,8 @@ const QStringList full_file{
 };
 const Zeiten full_zeiten{10, 11, 12, 13, 14, 15, 16, 0, 18, 19, 20, 21};
 
-void write_file(const QString& path, const QStringList& lines) {
-    QFile f(path);
-    QVERIFY(f.open(QIODevice::WriteOnly));
-    f.write((lines.join("\r\n") + "\r\n").toUtf8());
+void write_lines(const QString& path, const QStringList& lines) {
+    QVERIFY(veltrako::testing::write_file(path, (lines.join("\r\n") + "\r\n").toUtf8()));
 }
 
 QStringList without(QStringList lines, const QString& key) {
@@ -51,18 +49,17 @@ private slots:
         QTest::addColumn<QString>("text");
         const QLocale de(QLocale::German, QLocale::Germany);
         const QLocale en(QLocale::English, QLocale::UnitedStates);
-        QTest::newRow("0") << de << 0 << "0,00";
-        QTest::newRow("144") << de << 144 << "5,76";
-        QTest::newRow("255") << de << 255 << "10,20";
-        QTest::newRow("27 en") << en << 27 << "1.08";
+        row("0", de, 0, "0,00");
+        row("144", de, 144, "5,76");
+        row("255", de, 255, "10,20");
+        row("27 en", en, 27, "1.08");
     }
     void selector_entries_show_seconds() {
         QFETCH(QLocale, locale);
         QFETCH(int, byte);
-        QFETCH(QString, text);
         const QStringList entries = device::timing_entries(locale);
         QCOMPARE(entries.size(), 256);
-        QCOMPARE(entries.at(byte), text); // entry k is the byte k
+        QTEST(entries.at(byte), "text"); // entry k is the byte k
     }
 
     void preset_files_data() {
@@ -70,33 +67,28 @@ private slots:
         QTest::addColumn<bool>("loaded");
         QTest::addColumn<Zeiten>("zeiten");
         QTest::addColumn<QString>("titel1");
-        QTest::newRow("every key") << full_file << true << full_zeiten << "Wenig";
+        row("every key", full_file, true, full_zeiten, "Wenig");
         Zeiten no_last = full_zeiten;
         no_last[11] = 0;
-        QTest::newRow("no ZEIT_SPUEL2OFF: index 11 is 0")
-            << without(full_file, "ZEIT_SPUEL2OFF") << true << no_last << "Wenig";
-        QTest::newRow("blanks, empty lines, unknown keys")
-            << QStringList{"", " ZEIT_A1ON = 7 ", "   ", "ZEIT_7=99", "TITEL1=a=b", "# note"}
-            << true << Zeiten{0, 0, 0, 0, 0, 7, 0, 0, 0, 0, 0, 0} << "a=b";
-        QTest::newRow("256 ends the file")
-            << QStringList{"ZEIT_VORLAUF=5", "ZEIT_PHASE1=256", "ZEIT_PHASE2=9"} << false
-            << Zeiten{5, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0} << "";
-        QTest::newRow("not a number") << QStringList{"ZEIT_A2ON=abc"} << false << Zeiten{} << "";
-        QTest::newRow("negative") << QStringList{"ZEIT_A2ON=-1"} << false << Zeiten{} << "";
-        QTest::newRow("empty value") << QStringList{"ZEIT_A2ON="} << false << Zeiten{} << "";
-        QTest::newRow("fraction") << QStringList{"ZEIT_A2ON=1.5"} << false << Zeiten{} << "";
+        row("no ZEIT_SPUEL2OFF: index 11 is 0", without(full_file, "ZEIT_SPUEL2OFF"), true, no_last,
+            "Wenig");
+        row("blanks, empty lines, unknown keys",
+            QStringList{"", " ZEIT_A1ON = 7 ", "   ", "ZEIT_7=99", "TITEL1=a=b", "# note"}, true,
+            Zeiten{0, 0, 0, 0, 0, 7, 0, 0, 0, 0, 0, 0}, "a=b");
+        row("256 ends the file", QStringList{"ZEIT_VORLAUF=5", "ZEIT_PHASE1=256", "ZEIT_PHASE2=9"},
+            false, Zeiten{5, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0}, "");
+        for (const char* bad : {"abc", "-1", "", "1.5"})
+            QTest::addRow("ZEIT_A2ON=%s", bad) << QStringList{QStringLiteral("ZEIT_A2ON=") + bad}
+                                               << false << Zeiten{} << QString();
     }
     void preset_files() {
         QFETCH(QStringList, lines);
-        QFETCH(bool, loaded);
-        QFETCH(Zeiten, zeiten);
-        QFETCH(QString, titel1);
         device::PresetRecord p;
         p.preset_zeiten.fill(77); // a second file must not inherit the first one's values
         p.titel2 = "old";
-        QCOMPARE(device::parse_preset_lines(lines, p), loaded);
-        QCOMPARE(p.preset_zeiten, zeiten);
-        QCOMPARE(p.titel1, titel1);
+        QTEST(device::parse_preset_lines(lines, p), "loaded");
+        QTEST(p.preset_zeiten, "zeiten");
+        QTEST(p.titel1, "titel1");
         if (!lines.contains("TITEL2=< 2 l/min"))
             QCOMPARE(p.titel2, QString());
     }
@@ -105,8 +97,8 @@ private slots:
     void preset_buttons() {
         QTemporaryDir dir;
         const QString folder = dir.path() + '/';
-        write_file(folder + "Zeiten_1.txt", full_file);
-        write_file(folder + "Zeiten_3.txt", {"TITEL1=x", "ZEIT_VORLAUF=300"});
+        write_lines(folder + "Zeiten_1.txt", full_file);
+        write_lines(folder + "Zeiten_3.txt", {"TITEL1=x", "ZEIT_VORLAUF=300"});
         device::PresetTable table;
         device::setup_presets(table, folder, false);
         QVERIFY(!table.shown && !table.preset(1).tried); // hidden buttons read no file
@@ -119,8 +111,8 @@ private slots:
         QVERIFY(table.preset(2).tried && !table.preset(2).loaded);
 
         // Changed or added while the program runs: not read again.
-        write_file(folder + "Zeiten_1.txt", {"TITEL1=neu", "ZEIT_VORLAUF=1"});
-        write_file(folder + "Zeiten_2.txt", full_file);
+        write_lines(folder + "Zeiten_1.txt", {"TITEL1=neu", "ZEIT_VORLAUF=1"});
+        write_lines(folder + "Zeiten_2.txt", full_file);
         device::setup_presets(table, folder, true);
         QCOMPARE(table.buttons[0].caption, QString("Wenig\r\n< 2 l/min"));
         QCOMPARE(table.preset(1).preset_zeiten[0], 10);
@@ -133,17 +125,17 @@ private slots:
     void presets_follow_the_family_data() {
         QTest::addColumn<QString>("sw");
         QTest::addColumn<bool>("wanted");
-        QTest::newRow("7E") << "7E5" << true;
-        QTest::newRow("AA") << "AA1" << true;
-        QTest::newRow("A8") << "A81" << true;
-        QTest::newRow("7C") << "7C1" << false;
-        QTest::newRow("512") << "5121" << false;
+        row("7E", "7E5", true);
+        row("AA", "AA1", true);
+        row("A8", "A81", true);
+        row("7C", "7C1", false);
+        row("512", "5121", false);
     }
     void presets_follow_the_family() {
         QFETCH(QString, sw);
         QFETCH(bool, wanted);
         QTemporaryDir dir;
-        write_file(dir.path() + "/Zeiten_2.txt", full_file);
+        write_lines(dir.path() + "/Zeiten_2.txt", full_file);
         Connected c("SW=" + sw.toLatin1() + "\n", dir.path() + '/');
         QCOMPARE(c.ctx->presets.shown, wanted);
         QCOMPARE(c.ctx->presets.buttons[1].enabled, wanted);
@@ -190,7 +182,7 @@ private slots:
 
     void preset_writes_all_but_index_7() {
         QTemporaryDir dir;
-        write_file(dir.path() + "/Zeiten_1.txt", without(full_file, "ZEIT_SPUEL2OFF"));
+        write_lines(dir.path() + "/Zeiten_1.txt", without(full_file, "ZEIT_SPUEL2OFF"));
         // A model with the rinse valve, whose record keeps only 0..6.
         Connected c("SW=7E5\nTIMINGS=1 2 3 4 5 6 7 8 9 10 11 12 13 14\n", dir.path() + '/');
         c.ui.yes_no_answers = {false, true};
@@ -226,16 +218,16 @@ private slots:
     void preset_outcome_data() {
         QTest::addColumn<QByteArray>("faults");
         QTest::addColumn<QString>("told");
-        QTest::newRow("taken") << QByteArray() << "text116";
-        QTest::newRow("kept") << QByteArray("IGNORE_WRITES=on\n")
-                              << "text8028 text8011 0: 0.40  1: 0.44  2: 0.48  3: 0.52  4: 0.56  "
-                                 "5: 0.60  6: 0.64, text8012 0: 0.04  1: 0.08";
+        row("taken", QByteArray(), "text116");
+        row("kept", QByteArray("IGNORE_WRITES=on\n"),
+            "text8028 text8011 0: 0.40  1: 0.44  2: 0.48  3: 0.52  4: 0.56  "
+            "5: 0.60  6: 0.64, text8012 0: 0.04  1: 0.08");
     }
     void preset_outcome() {
         QFETCH(QByteArray, faults);
         QFETCH(QString, told);
         QTemporaryDir dir;
-        write_file(dir.path() + "/Zeiten_1.txt", full_file);
+        write_lines(dir.path() + "/Zeiten_1.txt", full_file);
         Connected c("SW=7E5\nTIMINGS=1 2 3 4 5 6 7 8 9 10 11 12 13 14\n" + faults,
                     dir.path() + '/');
         c.serve();
