@@ -304,6 +304,21 @@ private slots:
 
     // Nothing goes out for a programmatic change, without live data, or for
     // a board without the low-power mode.
+    // The typed serial number shows at once; the remaining time only once
+    // the device has answered, and both end as the device reports them.
+    void record_is_provisional_until_the_read_back() {
+        Connected c;
+        c.ui.yes_no_answers = {true};
+        device::cmd_setsn_Click(*c.ctx, "TYPED");
+        QCOMPARE(c.ctx->device.SN, QString("TYPED"));
+        c.ui.input_answers = {"12"};
+        device::cmd_Restzeit_Click(*c.ctx);
+        QCOMPARE(c.ctx->device.rest_text, QString());
+        c.settle();
+        QCOMPARE(c.ctx->device.SN, QString("TYPED       "));
+        QCOMPARE(c.ctx->device.rest_text, QString("12"));
+    }
+
     void guards_send_nothing_data() {
         QTest::addColumn<Action>("action");
         const auto row = [](const char* name, Action act) { QTest::newRow(name) << act; };
