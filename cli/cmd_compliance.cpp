@@ -1,6 +1,7 @@
 // compliance: reads the usage memory (or a saved compliance file), writes the
 // file and/or the chart of one month as a PDF, and prints one line per month
-// with use: yyyy-mm|total hours|days used|mean hours per day used.
+// with use: yyyy-mm|total hours|days used|mean hours per day used, and with a
+// prescription |days that reached it.
 // With --delete it erases the memory after the question is answered.
 
 #include "app_context.h"
@@ -13,6 +14,7 @@
 #include "console_ui.h"
 #include "device/device_view.h"
 #include "pdf_output.h"
+#include "prescribed_hours.h"
 #include "progress_line.h"
 
 #include <QCommandLineParser>
@@ -84,16 +86,9 @@ int erase(CommandEnv& env) {
 }
 
 void print_months(const compliance::ComplianceMemory& m) {
-    const QLocale locale;
-    for (const compliance::Stamp month :
-         compliance::months_with_use(m.records, m.state.last_index)) {
-        const compliance::MonthSummary s =
-            compliance::summarise(compliance::month_periods(m.records, m.state.last_index, month));
-        print_line(compliance::from_stamp(month).toString(QStringLiteral("yyyy-MM")) +
-                   QLatin1Char('|') + device::format_value(s.total_hours, 1, locale) +
-                   QLatin1Char('|') + device::format_value(s.days_used, 0, locale) +
-                   QLatin1Char('|') + device::format_value(s.mean_hours_per_day_used, 1, locale));
-    }
+    for (const compliance::Stamp month : compliance::months_with_use(m.records, m.state.last_index))
+        print_line(compliance::month_usage_line(m.records, m.state.last_index, month,
+                                                m.prescribed_hours, QLocale()));
 }
 
 int run_compliance(CommandEnv& env) {
@@ -121,6 +116,9 @@ int run_compliance(CommandEnv& env) {
         return exit_usage;
     }
 
+    if (!take_prescribed_hours(env))
+        return exit_usage;
+
     AppContext& ctx = env.ctx;
     compliance::install_compliance(ctx);
     if (p.isSet(delete_opt))
@@ -145,7 +143,8 @@ int run_compliance(CommandEnv& env) {
             p.value(pdf_opt),
             [&](print::DrawingSurface& surface) {
                 compliance::compliance_print_page(surface, m.state, m.records, ctx.language,
-                                                  QLocale(), now, {QString(), now});
+                                                  QLocale(), now,
+                                                  {QString(), now, m.prescribed_hours});
             },
             &error);
         if (!written) {
@@ -163,9 +162,9 @@ CliCommand compliance_command() {
     CliCommand c;
     c.name = QStringLiteral("compliance");
     c.help = QStringLiteral(
-        "compliance [--out FILE] [--pdf FILE] [--month yyyy-mm]\n"
+        "compliance [--out FILE] [--pdf FILE] [--month yyyy-mm] [--prescribed-hours H]\n"
         "                     read the usage memory; one line per month: "
-        "yyyy-mm|hours|days used|mean h per day\n"
+        "yyyy-mm|hours|days used|mean h per day[|days >= H h]\n"
         "compliance --load FILE [--pdf FILE] [--month yyyy-mm]\n"
         "                     the same from a saved compliance file, without a device\n"
         "compliance --delete  erase the usage memory (answer with --yes)");
@@ -179,7 +178,8 @@ CliCommand compliance_command() {
              QStringLiteral("yyyy-mm")},
             {load_opt, QStringLiteral("compliance: read a saved compliance file instead"),
              QStringLiteral("file")},
-            {delete_opt, QStringLiteral("compliance: erase the usage memory")}};
+            {delete_opt, QStringLiteral("compliance: erase the usage memory")},
+            prescribed_hours_option()};
     };
     // Only a chart needs a drawing platform.
     c.needs_gui = [](const QCommandLineParser& parser) {

@@ -12,6 +12,7 @@
 #include "pdf_output.h"
 #include "report/report_file.h"
 #include "report/report_print.h"
+#include "report_fields.h"
 
 #include <QCommandLineParser>
 
@@ -56,21 +57,10 @@ int print_saved_report(CommandEnv& env) {
 
 int write_report(CommandEnv& env) {
     // Every field is checked before the device is touched.
-    QList<std::pair<QString, QString>> fields;
-    for (const QString& arg : env.args) {
-        const qsizetype eq = arg.indexOf(QLatin1Char('='));
-        const int index = eq > 0 ? report::report_key_index(arg.left(eq)) : 0;
-        if (index == 0)
-            return usage(QStringLiteral("unknown report field \"%1\"; the fields are %2")
-                             .arg(arg.left(eq < 0 ? arg.size() : eq),
-                                  report::report_keys().mid(1).join(QStringLiteral(", "))));
-        const QString& key = report::report_keys()[index];
-        const QString value = arg.mid(eq + 1);
-        if (report::field_kind(key) == report::FieldKind::check && value != QLatin1String("0") &&
-            value != QLatin1String("1"))
-            return usage(QStringLiteral("%1 takes 0 or 1, not \"%2\"").arg(key, value));
-        fields.append({key, value});
-    }
+    QString error;
+    const auto fields = report_fields(env.args, &error);
+    if (!fields)
+        return usage(error);
 
     const int code = env.session.connect_and_read_record();
     if (code != exit_ok)
@@ -78,7 +68,7 @@ int write_report(CommandEnv& env) {
     report::ReportRecord& record = env.ctx.report;
     report::take_snapshot(record, env.ctx.device, true);
     report::set_report_defaults(record, env.ctx.clock.now());
-    for (const auto& [key, value] : fields)
+    for (const auto& [key, value] : *fields)
         record.set_value(key, value);
     const QString out = env.parser.value(out_name);
     if (!config::write_text_lines(out, report::report_file_lines(record, QLocale()))) {

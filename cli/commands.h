@@ -14,5 +14,6 @@ CliCommand set_command();
 CliCommand reset_command();
 CliCommand compliance_command();
 CliCommand report_command();
+CliCommand visit_command();
 
 } // namespace veltrako::cli

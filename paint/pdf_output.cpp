@@ -2,39 +2,45 @@
 
 #include "painter_surface.h"
 
-#include <QFileInfo>
 #include <QMarginsF>
 #include <QPageLayout>
 #include <QPageSize>
 #include <QPainter>
 #include <QPdfWriter>
+#include <QSaveFile>
 
 #include <cmath>
 
 namespace veltrako::paint {
 
 bool print_to_pdf(const QString& path, const DocumentDrawer& draw, QString* error) {
-    QPdfWriter writer(path);
-    writer.setResolution(pdf_resolution);
-    writer.setCreator(QStringLiteral("veltrako2"));
-    writer.setPageLayout(
-        QPageLayout(QPageSize(QPageSize::A4), QPageLayout::Portrait,
-                    QMarginsF(pdf_margin_mm, pdf_margin_mm, pdf_margin_mm, pdf_margin_mm),
-                    QPageLayout::Millimeter));
-    QPainter painter;
-    if (!painter.begin(&writer)) {
+    const auto failed = [&] {
         if (error)
             *error = QStringLiteral("cannot write the PDF file %1").arg(path);
         return false;
+    };
+    // Whole or not at all, like every other file the program writes: the
+    // pages go to a temporary file that replaces `path` only once complete.
+    QSaveFile file(path);
+    if (!file.open(QIODevice::WriteOnly))
+        return failed();
+    {
+        QPdfWriter writer(&file);
+        writer.setResolution(pdf_resolution);
+        writer.setCreator(QStringLiteral("veltrako2"));
+        writer.setPageLayout(
+            QPageLayout(QPageSize(QPageSize::A4), QPageLayout::Portrait,
+                        QMarginsF(pdf_margin_mm, pdf_margin_mm, pdf_margin_mm, pdf_margin_mm),
+                        QPageLayout::Millimeter));
+        QPainter painter;
+        if (!painter.begin(&writer))
+            return failed();
+        PainterSurface surface(painter);
+        draw(surface);
+        painter.end();
     }
-    PainterSurface surface(painter);
-    draw(surface);
-    painter.end();
-    if (!QFileInfo(path).isFile() || QFileInfo(path).size() == 0) {
-        if (error)
-            *error = QStringLiteral("cannot write the PDF file %1").arg(path);
-        return false;
-    }
+    if (file.size() == 0 || !file.commit())
+        return failed();
     return true;
 }
 

@@ -128,6 +128,15 @@ private slots:
             << QStringList{"compliance", "--load", "in.txt", "--out", "x.txt"} << 2 << "--out";
         QTest::newRow("faulty file")
             << QStringList{"compliance", "--load", "bad.txt"} << 1 << "(1|02.01.2026)";
+        QTest::newRow("prescription above a day")
+            << QStringList{"compliance", "--load", "bad.txt", "--prescribed-hours", "25"} << 2
+            << "--prescribed-hours takes a number from 0 to 24";
+        QTest::newRow("visit without a folder") << QStringList{"visit"} << 2 << "--out DIR";
+        QTest::newRow("visit with an unknown field")
+            << QStringList{"visit", "--out", "v", "t_Name=x"} << 2 << "unknown report field";
+        QTest::newRow("visit with a prescription that is no number")
+            << QStringList{"visit", "--out", "v", "--prescribed-hours", "viel"} << 2
+            << "--prescribed-hours";
     }
     void refuses_what_it_cannot_do() {
         QFETCH(QStringList, arguments);
@@ -139,13 +148,50 @@ private slots:
         bad.write("1|02.01.2026\r\n");
         bad.close();
         for (QString& a : arguments)
-            if (a.endsWith(".txt") || a.endsWith(".pdf"))
+            if (a.endsWith(".txt") || a.endsWith(".pdf") || a == "v")
                 a = dir.filePath(a);
         const Run r = run_cli(QStringList{"--link", "sim"} + arguments);
         QCOMPARE(r.exit_code, exit_code);
         QVERIFY2(r.err.contains(message), qPrintable(r.err));
         QVERIFY(r.out.isEmpty());
         QVERIFY(!QFile::exists(dir.filePath("x.pdf")) && !QFile::exists(dir.filePath("x.txt")));
+        QVERIFY(!QFile::exists(dir.filePath("v")));
+    }
+
+    // With a prescription each month line gets a fifth field: the days that
+    // reached it (exactly 15 h counts; a second short does not).
+    void prescription_adds_the_days_that_reached_it() {
+        QTemporaryDir dir;
+        QFile file(dir.filePath("c.txt"));
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        file.write("0|05.01.2026 06:00:00-05.01.2026 21:00:00\r\n"
+                   "1|06.01.2026 06:00:00-06.01.2026 20:59:59\r\n");
+        file.close();
+        const Run r =
+            run_cli({"compliance", "--load", file.fileName(), "--prescribed-hours", "15"});
+        QCOMPARE(r.exit_code, 0);
+        QCOMPARE(r.out, "2026-01|30.0|2|15.0|1\n");
+    }
+
+    // The whole visit from the command line, with the device's dates fixed.
+    void visit_writes_the_folder() {
+        QTemporaryDir dir;
+        const Run r = run_cli({"--link", "sim:" VELTRAKO2_TEST_DATA "/visit.scn", "visit", "--out",
+                               dir.path(), "--prescribed-hours", "15", "t_Patient=Erika"});
+        QVERIFY2(r.exit_code == 0, qPrintable(r.err));
+        const QStringList lines = r.out.split('\n', Qt::SkipEmptyParts);
+        QCOMPARE(lines.size(), 7);
+        QVERIFY2(lines[0].startsWith(dir.path() + "/VO2-0012345_"), qPrintable(lines[0]));
+        for (const QString& file : lines.mid(1))
+            QVERIFY2(file.startsWith(lines[0] + '/') && QFileInfo(file).size() > 0,
+                     qPrintable(file));
+        if (QStandardPaths::findExecutable("pdftotext").isEmpty())
+            return;
+        const QString chart = veltrako::testing::pdf_text(lines[0] + "/Compliance_VO2-0012345.pdf");
+        for (const char* seen : {"VO2-0012345", "January 2026", "Erika", "Days ≥ 15 h: 1 of 31"})
+            QVERIFY2(chart.contains(QString::fromUtf8(seen)), qPrintable(chart));
+        const QString report = veltrako::testing::pdf_text(lines[5]);
+        QVERIFY2(report.contains("Erika") && report.contains("VO2-0012345"), qPrintable(report));
     }
 
     void delete_sends_the_erase_only_when_confirmed_data() {

@@ -404,6 +404,49 @@ private slots:
         QCOMPARE(months_with_use(m.records, m.state.last_index), expected);
     }
 
+    // Days that reached a prescription of 15 h, of the days up to the last
+    // record: a known January (and the February the last record ends in).
+    void prescription_days_data() {
+        QTest::addColumn<int>("month");
+        QTest::addColumn<double>("hours");
+        QTest::addColumn<int>("meeting");
+        QTest::addColumn<int>("counted");
+        QTest::addColumn<QString>("line");
+        // 5th: exactly 15 h; 6th: one second short; 7th/8th: 15 h across
+        // midnight, 7.5 h on each day; 9th: two stretches of 7.5 h.
+        QTest::newRow("January, wholly before the last record: all its days")
+            << 1 << 15.0 << 2 << 31 << "2021-01|60.0|5|12.0|2";
+        QTest::newRow("a lower prescription counts the split days too")
+            << 1 << 7.5 << 5 << 31 << "2021-01|60.0|5|12.0|5";
+        QTest::newRow("February up to the day of the last record's end")
+            << 2 << 15.0 << 0 << 3 << "2021-02|2.0|1|2.0|0";
+        QTest::newRow("no prescription: four fields as before")
+            << 2 << 0.0 << 0 << 3 << "2021-02|2.0|1|2.0";
+    }
+    void prescription_days() {
+        QFETCH(int, month);
+        QFETCH(double, hours);
+        QFETCH(int, meeting);
+        QFETCH(int, counted);
+        QFETCH(QString, line);
+        ComplianceMemory m;
+        fill(m, {period("2021-01-05T06:00:00", "2021-01-05T21:00:00"),
+                 period("2021-01-06T06:00:00", "2021-01-06T20:59:59"),
+                 period("2021-01-07T16:30:00", "2021-01-08T07:30:00"),
+                 period("2021-01-09T06:00:00", "2021-01-09T13:30:00"),
+                 period("2021-01-09T14:00:00", "2021-01-09T21:30:00"),
+                 period("2021-02-03T10:00:00", "2021-02-03T12:00:00")});
+        const Stamp start = make_stamp(2021, month, 1);
+        const Month mo = month_periods(m.records, m.state.last_index, start);
+        if (hours > 0) {
+            const PrescriptionDays d =
+                compliance::prescription_days(mo, hours, last_record_end(m.records, 5));
+            QCOMPARE(d.meeting, meeting);
+            QCOMPARE(d.counted, counted);
+        }
+        QCOMPARE(month_usage_line(m.records, m.state.last_index, start, hours, QLocale::c()), line);
+    }
+
     void testdata_shows_january_2007() {
         Harness h;
         QRandomGenerator random(77);

@@ -102,6 +102,54 @@ private slots:
         saved.timeout_second = saved.TIMEOUT;
         QCOMPARE(::load(path), ">" + summary(saved));
     }
+
+    // A prescription typed into the file survives every rewrite (a dialog
+    // that remembers its folder), as typed; a file without one stays without.
+    void prescription_survives_a_rewrite_data() {
+        QTest::addColumn<QByteArray>("line");
+        QTest::newRow("set") << QByteArray("VERORDNUNG|15,5");
+        QTest::newRow("no number: kept for the person to see") << QByteArray("VERORDNUNG|viel");
+        QTest::newRow("none") << QByteArray();
+    }
+    void prescription_survives_a_rewrite() {
+        QFETCH(QByteArray, line);
+        QTemporaryDir dir;
+        const QString path = dir.filePath(QStringLiteral("veltrako2.ini"));
+        QFile in(path);
+        const QByteArray text = "TIMERINTERVAL|20\r\n" + (line.isEmpty() ? line : line + "\r\n");
+        QVERIFY(in.open(QIODevice::WriteOnly) && in.write(text) == text.size());
+        in.close();
+        Config config;
+        testing::FakeUserInterface ui;
+        QVERIFY(load_config(config, path, program_dir, ui));
+        config.INITDIR = QStringLiteral("/chosen/");
+        QVERIFY(save_config(config, path));
+        QVERIFY(in.open(QIODevice::ReadOnly));
+        const QByteArray written = in.readAll();
+        QVERIFY(written.contains("INITDIR|/chosen/\r\n"));
+        QCOMPARE(written.contains("VERORDNUNG"), !line.isEmpty());
+        QVERIFY2(line.isEmpty() || written.endsWith(line + "\r\n"), written.constData());
+    }
+
+    void prescribed_hours_data() {
+        QTest::addColumn<QString>("text");
+        QTest::addColumn<double>("hours"); // -1: refused
+        QTest::newRow("empty: none") << "" << 0.0;
+        QTest::newRow("whole") << " 15 " << 15.0;
+        QTest::newRow("point") << "15.5" << 15.5;
+        QTest::newRow("the locale's comma") << "15,5" << 15.5;
+        QTest::newRow("upper end") << "24" << 24.0;
+        QTest::newRow("above a day") << "24.5" << -1.0;
+        QTest::newRow("negative") << "-1" << -1.0;
+        QTest::newRow("words") << "15 h" << -1.0;
+        QTest::newRow("not a number") << "nan" << -1.0;
+    }
+    void prescribed_hours() {
+        QFETCH(QString, text);
+        QFETCH(double, hours);
+        QLocale::setDefault(QLocale(QLocale::German, QLocale::Germany));
+        QCOMPARE(config::prescribed_hours(text).value_or(-1.0), hours);
+    }
 };
 
 QTEST_GUILESS_MAIN(TestConfig)

@@ -65,7 +65,8 @@ void when_modal(std::function<void(QWidget*)> inspect) {
 }
 
 bool tag_in_range(int tag) {
-    return (tag >= 11000 && tag <= 11113) || tag == 11500;
+    // 8402: "Servicebesuch…", a menu entry added with its own block of texts.
+    return (tag >= 11000 && tag <= 11113) || tag == 11500 || tag == 8402;
 }
 
 // Names separated by blanks; "name:first:last" stands for a control array.

@@ -10,16 +10,19 @@
 #include "dialogs.h"
 #include "firmware/firmware_update.h"
 #include "frm_firmware_progress.h"
+#include "frm_visit.h"
 #include "frm_wait.h"
 #include "geraet_handlers.h"
 #include "link/connection_state.h"
 #include "link/device_connection.h"
 #include "live_chart.h"
 #include "pages.h"
+#include "pdf_output.h"
 #include "protocol/poll_cycle.h"
 #include "report/report_file.h"
 #include "report_page.h"
 #include "status/status_readout.h"
+#include "visit/visit.h"
 
 #include <QAction>
 #include <QCloseEvent>
@@ -97,6 +100,8 @@ void FrmMain::build_menu() {
     QMenu* datei = add_menu(QStringLiteral("men_datei"), 11001, QStringLiteral("Datei"));
     datei->addAction(
         add_action(QStringLiteral("men_Softwareupdate"), 11002, QStringLiteral("Softwareupdate")));
+    datei->addAction(
+        add_action(QStringLiteral("men_Servicebesuch"), 8402, QStringLiteral("Servicebesuch…")));
     datei->addAction(add_action(QStringLiteral("men_Info"), 11003, QStringLiteral("Info")));
     datei->addSeparator();
     QAction* beenden = add_action(QStringLiteral("men_beenden"), 11004, QStringLiteral("Beenden"));
@@ -160,6 +165,8 @@ void FrmMain::bind(AppContext& ctx) {
             [this] { show_wait(QStringLiteral("info")); });
     connect(menu_action(QStringLiteral("men_Softwareupdate")), &QAction::triggered, this,
             [this, &ctx] { men_Softwareupdate_Click(ctx); });
+    connect(menu_action(QStringLiteral("men_Servicebesuch")), &QAction::triggered, this,
+            [this, &ctx] { men_Servicebesuch_Click(ctx); });
     bind_entwickler_page(ctx);
     connect(control_as<QPushButton>(QStringLiteral("cmd_sysstatread")), &QPushButton::clicked, this,
             [&ctx] { status::cmd_sysstatread_Click(ctx); });
@@ -190,6 +197,32 @@ void FrmMain::bind_entwickler_page(AppContext& ctx) {
 void FrmMain::men_Softwareupdate_Click(AppContext& ctx) {
     FrmFirmwareProgress progress(ctx.language, this);
     firmware::firmware_update(ctx, progress);
+}
+
+void FrmMain::men_Servicebesuch_Click(AppContext& ctx) {
+    collect_report(*this, ctx);
+    visit::VisitRequest request;
+    request.base_dir = ctx.config.INITDIR;
+    request.report = ctx.report;
+    request.write_pdf = [](const QString& path, int pages, const visit::PageDrawer& draw,
+                           QString* error) {
+        return paint::print_pages_to_pdf(path, pages, draw, error);
+    };
+    visit::Visit visit(ctx, std::move(request));
+    FrmVisit dialog(ctx.language, visit, this);
+    // The poll timer drives the visit as it drives the readouts it starts.
+    const auto tick = std::move(ctx.timer1.on_tick);
+    ctx.timer1.on_tick = [&] {
+        protocol::timer1_tick(ctx);
+        visit.poll();
+        dialog.refresh();
+    };
+    visit.start();
+    if (visit.running())
+        dialog.exec();
+    ctx.timer1.on_tick = tick;
+    show_msg(visit.result_text(),
+             visit.outcome() == visit::Outcome::written ? MsgIcon::information : MsgIcon::critical);
 }
 
 void FrmMain::show_wait(const QString& command, const QString& text) {
@@ -333,6 +366,7 @@ void FrmMain::follow_device_controls() {
             ->setEnabled(on && ctx_->presets.buttons[static_cast<std::size_t>(n - 1)].enabled);
     // A device left in its boot loader can be programmed again at once.
     menu_action(QStringLiteral("men_Softwareupdate"))->setEnabled(on || ctx_->link.boot_loader);
+    menu_action(QStringLiteral("men_Servicebesuch"))->setEnabled(on);
     compliance::follow_link_state(*ctx_);
     show_other_device_note(*this, *ctx_);
 }

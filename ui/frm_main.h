@@ -95,6 +95,9 @@ private:
     void index_controls();
     void bind_entwickler_page(AppContext& ctx);
     void men_Softwareupdate_Click(AppContext& ctx);
+    // "Servicebesuch…": the whole visit into a new folder under INITDIR,
+    // with the report as the form holds it.
+    void men_Servicebesuch_Click(AppContext& ctx);
     // Every control that sends to the device follows the connection.
     void follow_device_controls();
 

@@ -107,8 +107,7 @@ void compliance_print(FrmMain& form, AppContext& ctx) {
     if (!choose_printer(ctx, printer, &form,
                         compliance::compliance_pdf_name(m.state, m.records, now)))
         return;
-    const auto* patient = form.control_as<QLineEdit>(QStringLiteral("t_patient"));
-    const compliance::PrintedFor printed_for{patient ? patient->text() : QString(), now};
+    const compliance::PrintedFor printed_for = compliance_printed_for(form, ctx);
     QString error;
     const bool printed = print_on_printer(
         printer,
@@ -125,7 +124,8 @@ void compliance_print(FrmMain& form, AppContext& ctx) {
 
 compliance::PrintedFor compliance_printed_for(const FrmMain& form, const AppContext& ctx) {
     const auto* patient = form.control_as<QLineEdit>(QStringLiteral("t_patient"));
-    return {patient ? patient->text() : QString(), compliance::to_stamp(ctx.clock.now())};
+    return {patient ? patient->text() : QString(), compliance::to_stamp(ctx.clock.now()),
+            ctx.compliance.prescribed_hours};
 }
 
 void bind_page_compliance(FrmMain& form, AppContext& ctx) {

@@ -34,6 +34,12 @@ void initialise(AppContext& ctx, const StartupOptions& options) {
                           ctx.program_dir + QStringLiteral("lang") + options.language_code +
                               QStringLiteral(".txt"),
                           ctx.ui);
+    // A prescription that is no number of hours is said once and left out:
+    // no summary is measured against a value nobody meant.
+    if (const std::optional<double> hours = config::prescribed_hours(ctx.config.VERORDNUNG))
+        ctx.compliance.prescribed_hours = *hours;
+    else
+        show_msg(ctx, ctx.language.text(8401) + QLatin1Char(' ') + ctx.config.VERORDNUNG);
     ctx.comm_log.log_start = seconds_since_midnight(ctx.clock.now());
     protocol::reset_link_state(ctx);
 }

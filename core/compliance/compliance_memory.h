@@ -77,6 +77,10 @@ struct ComplianceMemory {
     progress::Progress readout;
     // Called after the page's values changed.
     std::function<void()> page_changed;
+    // Hours of use a day the patient is prescribed; 0: none. Set at start-up
+    // from the configuration (or the command line) and kept while tables come
+    // and go.
+    double prescribed_hours = 0;
 };
 
 } // namespace veltrako::compliance

@@ -4,11 +4,15 @@
 #include "device/device_view.h"
 
 #include <algorithm>
+#include <cmath>
 #include <set>
 
 namespace veltrako::compliance {
 
 namespace {
+
+// "Tage ≥ %1 h: %2 von %3 (%4 %)"
+constexpr int text_prescription = 8400;
 
 const qint64 origin_julian_day = QDate(1899, 12, 30).toJulianDay();
 
@@ -161,6 +165,83 @@ QString summary_text(const MonthSummary& s, const config::LanguageTables& langua
            language.text(6013) + QStringLiteral(": ") +
            device::format_value(s.mean_hours_per_day_used, 1, locale) + QStringLiteral("   ") +
            language.text(6014) + QStringLiteral(": ") + gap;
+}
+
+PrescriptionDays prescription_days(const Month& month, double hours, Stamp last_end) {
+    PrescriptionDays d;
+    if (month.days <= 0 || last_end <= month.start)
+        return d;
+    // The end itself is no use: a record ending at midnight leaves that day out.
+    const qint64 last_day = (last_end - 1 - month.start) / seconds_per_day;
+    d.counted = static_cast<int>(std::min<qint64>(last_day + 1, month.days));
+    std::vector<qint64> seconds(static_cast<std::size_t>(month.days), 0);
+    for (const Period& p : month.periods) {
+        for (Stamp from = p.start; from < p.end;) {
+            const qint64 day = (from - month.start) / seconds_per_day;
+            if (day < 0 || day >= month.days)
+                break;
+            const Stamp day_end = month.start + (day + 1) * seconds_per_day;
+            const Stamp to = std::min(p.end, day_end);
+            seconds[static_cast<std::size_t>(day)] += to - from;
+            from = to;
+        }
+    }
+    // Whole seconds, so that 15 h means 54000 s and not a rounding error short of it.
+    const qint64 needed = std::llround(hours * 3600.0);
+    for (int day = 0; day < d.counted; ++day)
+        if (seconds[static_cast<std::size_t>(day)] >= needed)
+            ++d.meeting;
+    return d;
+}
+
+Stamp last_record_end(const ComplianceRecords& records, int last_index) {
+    Stamp last = 0;
+    const int end = std::clamp(last_index, -1, table_upper);
+    for (int i = 0; i <= end; ++i) {
+        const ComplianceRecord& r = records[static_cast<std::size_t>(i)];
+        if (r.start != 0 && r.end > r.start)
+            last = std::max(last, r.end);
+    }
+    return last;
+}
+
+QString prescription_text(const PrescriptionDays& days, double hours,
+                          const config::LanguageTables& language, const QLocale& locale) {
+    const QString percent =
+        days.counted > 0 ? device::format_value(100.0 * days.meeting / days.counted, 0, locale)
+                         : QStringLiteral("-");
+    return language.text(text_prescription)
+        .arg(device::format_value(hours, hours == std::floor(hours) ? 0 : 1, locale),
+             device::format_value(days.meeting, 0, locale),
+             device::format_value(days.counted, 0, locale), percent);
+}
+
+QString month_summary_line(const Month& month, const ComplianceRecords& records, int last_index,
+                           double hours, const config::LanguageTables& language,
+                           const QLocale& locale) {
+    QString line = summary_text(summarise(month), language, locale);
+    if (hours > 0)
+        line +=
+            QStringLiteral("   ") +
+            prescription_text(prescription_days(month, hours, last_record_end(records, last_index)),
+                              hours, language, locale);
+    return line;
+}
+
+QString month_usage_line(const ComplianceRecords& records, int last_index, Stamp month,
+                         double hours, const QLocale& locale) {
+    const Month m = month_periods(records, last_index, month);
+    const MonthSummary s = summarise(m);
+    QString line = from_stamp(month).toString(QStringLiteral("yyyy-MM")) + QLatin1Char('|') +
+                   device::format_value(s.total_hours, 1, locale) + QLatin1Char('|') +
+                   device::format_value(s.days_used, 0, locale) + QLatin1Char('|') +
+                   device::format_value(s.mean_hours_per_day_used, 1, locale);
+    if (hours > 0)
+        line += QLatin1Char('|') +
+                device::format_value(
+                    prescription_days(m, hours, last_record_end(records, last_index)).meeting, 0,
+                    locale);
+    return line;
 }
 
 std::vector<Stamp> months_with_use(const ComplianceRecords& records, int last_index) {

@@ -73,6 +73,37 @@ MonthSummary summarise(const Month& month);
 QString summary_text(const MonthSummary& s, const config::LanguageTables& language,
                      const QLocale& locale);
 
+// Measured against a prescription of `hours` a day: the days of the month on
+// which the use reached it (exactly `hours` counts), of the days counted.
+// Counted are the days from the 1st up to the day of the last record's end;
+// a month that lies wholly before that day counts all its days, so a month
+// read in the middle is not judged on days that have not come yet.
+struct PrescriptionDays {
+    int meeting = 0;
+    int counted = 0;
+};
+
+PrescriptionDays prescription_days(const Month& month, double hours, Stamp last_end);
+
+// The latest end of records 0..last_index; 0 when there is none.
+Stamp last_record_end(const ComplianceRecords& records, int last_index);
+
+// "Tage ≥ H h: N von D (P %)" in the user's language and locale.
+QString prescription_text(const PrescriptionDays& days, double hours,
+                          const config::LanguageTables& language, const QLocale& locale);
+
+// The month's summary line of the page and the printout: summary_text, and
+// the prescription's days when one is set (`hours` above 0).
+QString month_summary_line(const Month& month, const ComplianceRecords& records, int last_index,
+                           double hours, const config::LanguageTables& language,
+                           const QLocale& locale);
+
+// One month as scripts and the visit's file read it:
+// "yyyy-mm|hours|days used|mean hours per day used", and with a prescription
+// (`hours` above 0) "|days meeting it". Numbers in `locale`'s form.
+QString month_usage_line(const ComplianceRecords& records, int last_index, Stamp month,
+                         double hours, const QLocale& locale);
+
 // First days of every month with use, ascending.
 std::vector<Stamp> months_with_use(const ComplianceRecords& records, int last_index);
 

@@ -99,8 +99,11 @@ void compliance_print_page(print::DrawingSurface& surface, ComplianceState& stat
     surface.set_font_size(11);
     surface.set_bold(false);
     surface.move_to(0, top + height + surface.text_height(tall));
-    print::print_line(surface, summary_text(summarise(month), language, locale), {margin},
-                      print_page_left);
+    print::print_line(
+        surface,
+        markup_safe(month_summary_line(month, records, state.last_index,
+                                       printed_for.prescribed_hours, language, locale)),
+        {margin}, print_page_left);
 
     // Whose usage: one line each, captions in a column and values after
     // them, printed as they stand (a patient's name may hold a quote, which

@@ -23,6 +23,8 @@ namespace veltrako::compliance {
 struct PrintedFor {
     QString patient;   // t_Patient of the report form; empty when none was typed
     Stamp printed = 0; // the print date
+    // The prescription the month is measured against (hours a day); 0: none.
+    double prescribed_hours = 0;
 };
 
 // The title line's text: "Compliance", and for "Testdaten" that it shows

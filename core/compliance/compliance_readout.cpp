@@ -111,7 +111,8 @@ void compliance_show(AppContext& ctx) {
     ComplianceMemory& m = ctx.compliance;
     const Month month = compliance_month_pass(m.state, m.records, to_stamp(ctx.clock.now()));
     m.page.chart_shown = true;
-    m.page.summary_text = summary_text(summarise(month), ctx.language, QLocale());
+    m.page.summary_text = month_summary_line(month, m.records, m.state.last_index,
+                                             m.prescribed_hours, ctx.language, QLocale());
     compliance_buttons(ctx, link_enabled(ctx));
 }
 

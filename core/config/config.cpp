@@ -16,6 +16,7 @@ constexpr QLatin1String key_timerinterval("TIMERINTERVAL");
 constexpr QLatin1String key_initdir("INITDIR");
 constexpr QLatin1String key_autosave("AUTOSAVE");
 constexpr QLatin1String key_autosavedir("AUTOSAVEDIR");
+constexpr QLatin1String key_verordnung("VERORDNUNG");
 
 // One line applied to `config`; false when the line makes the file unusable.
 bool apply_line(Config& config, const QString& line) {
@@ -24,6 +25,7 @@ bool apply_line(Config& config, const QString& line) {
     QString* text_value = key == key_initdir       ? &config.INITDIR
                           : key == key_autosave    ? &config.AUTOSAVE
                           : key == key_autosavedir ? &config.AUTOSAVEDIR
+                          : key == key_verordnung  ? &config.VERORDNUNG
                                                    : nullptr;
     const bool known = text_value || key == key_timeout || key == key_timerinterval;
     // A line whose key is unknown is ignored, "|" or not; a known key without
@@ -101,11 +103,36 @@ bool save_config(const Config& config, const QString& path) {
     const auto line = [](QLatin1String key, const QString& value) {
         return QString(key) + QLatin1Char('|') + value;
     };
-    return write_text_lines(path,
-                            {line(key_timeout, timeout),
-                             line(key_timerinterval, QString::number(config.TIMERINTERVAL)),
-                             line(key_initdir, config.INITDIR), line(key_autosave, config.AUTOSAVE),
-                             line(key_autosavedir, config.AUTOSAVEDIR)});
+    QStringList lines{line(key_timeout, timeout),
+                      line(key_timerinterval, QString::number(config.TIMERINTERVAL)),
+                      line(key_initdir, config.INITDIR), line(key_autosave, config.AUTOSAVE),
+                      line(key_autosavedir, config.AUTOSAVEDIR)};
+    // The file is rewritten whenever a dialog remembers its folder; a
+    // prescription the technician put there must not vanish with that. It is
+    // written back as it was read, even when it is no valid number, so that
+    // the person who typed it sees it again; a file without it stays without.
+    if (!config.VERORDNUNG.isEmpty())
+        lines << line(key_verordnung, config.VERORDNUNG);
+    return write_text_lines(path, lines);
+}
+
+std::optional<double> prescribed_hours(const QString& text) {
+    const QString t = text.trimmed();
+    if (t.isEmpty())
+        return 0.0;
+    // "15.5" reads the same on every system; "15,5" where that is the form.
+    QLocale c = QLocale::c();
+    c.setNumberOptions(QLocale::RejectGroupSeparator);
+    bool ok = false;
+    double hours = c.toDouble(t, &ok);
+    if (!ok) {
+        const std::optional<double> local = text_to_number(t);
+        ok = local.has_value();
+        hours = local.value_or(0);
+    }
+    if (!ok || !(hours >= 0 && hours <= 24))
+        return std::nullopt;
+    return hours;
 }
 
 } // namespace veltrako::config

@@ -1,8 +1,10 @@
 #pragma once
-// The five settings kept in veltrako2.ini (beside the program, or in the
+// The settings kept in veltrako2.ini (beside the program, or in the
 // user's folder when the program's folder is read-only: config_location.h).
 
 #include <QString>
+
+#include <optional>
 
 namespace veltrako {
 class UserInterface;
@@ -19,7 +21,15 @@ struct Config {
     QString INITDIR;           // start folder of every file dialog
     QString AUTOSAVE = QStringLiteral("0");
     QString AUTOSAVEDIR;
+    // Prescribed hours of use a day, as the file holds it; empty when the
+    // file has no such line. prescribed_hours() reads it.
+    QString VERORDNUNG;
 };
+
+// The prescribed hours of `text` (VERORDNUNG or --prescribed-hours): 0 for an
+// empty text (none), the number for 0 to 24 (with "." or the locale's decimal
+// separator), nothing for anything else.
+std::optional<double> prescribed_hours(const QString& text);
 
 // The folder of the program with a trailing "/", so that file names can be
 // appended to it as they stand.
@@ -40,8 +50,9 @@ bool load_config(Config& config, const QString& path, const QString& default_dir
 bool load_config_lines(Config& config, const QStringList& lines, const QString& default_dir,
                        UserInterface& ui);
 
-// Writes the five lines; TIMEOUT in the user's locale, as load_config reads
-// it. False on any error, without a message.
+// Writes the five lines, and VERORDNUNG when it is set; TIMEOUT in the
+// user's locale, as load_config reads it. False on any error, without a
+// message.
 bool save_config(const Config& config, const QString& path);
 
 } // namespace veltrako::config

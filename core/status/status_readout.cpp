@@ -109,12 +109,16 @@ QString status_device_key(const device::DeviceRecord& device) {
            config::file_name_part(device.LP) + QLatin1Char('_') + config::file_name_part(device.SW);
 }
 
+QString status_file_base(const device::DeviceRecord& device, const QDateTime& now) {
+    return QStringLiteral("Status_") + status_device_key(device) + QLatin1Char('_') +
+           now.toString(QStringLiteral("yyyyMMdd_HHmmss"));
+}
+
 bool save_status(AppContext& ctx, SaveMode mode) {
     if (!connected(ctx) || ctx.status.record_count() < 2)
         return false;
     const QString key = status_device_key(ctx.device);
-    const QString base = QStringLiteral("Status_") + key + QLatin1Char('_') +
-                         ctx.clock.now().toString(QStringLiteral("yyyyMMdd_HHmmss"));
+    const QString base = status_file_base(ctx.device, ctx.clock.now());
     const QString path =
         mode == SaveMode::automatic ? automatic_file(ctx, key, base) : manual_file(ctx, base);
     if (path.isEmpty())

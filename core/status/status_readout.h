@@ -3,6 +3,7 @@
 // after the other, showing the table when the chain ends, and saving it on
 // request or, after a readout the poll cycle started, without asking.
 
+#include <QDateTime>
 #include <QString>
 
 namespace veltrako {
@@ -32,6 +33,10 @@ enum class SaveMode { manual, automatic };
 // once per device key per run, replacing the board's file of an older
 // software version. True when a file was written.
 bool save_status(AppContext& ctx, SaveMode mode);
+
+// The name a saved table gets, without ".txt": "Status_", the device key,
+// "_" and `now` as yyyymmdd_hhnnss.
+QString status_file_base(const device::DeviceRecord& device, const QDateTime& now);
 
 // Serial number (trimmed), board number and software version joined by "_":
 // what tells one device and firmware from another in file names.

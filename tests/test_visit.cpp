@@ -1,0 +1,186 @@
+// The service visit against the simulated concentrator: every file of a
+// visit in a folder of its own, and a visit that fails part-way keeps the
+// files it wrote whole and says which step failed and what is missing.
+
+#include "compliance/compliance_readout.h"
+#include "config/language.h"
+#include "config/text_file.h"
+#include "link/connection_state.h"
+#include "pdf_output.h"
+#include "protocol/poll_cycle.h"
+#include "sim_helpers.h"
+#include "status/status_readout.h"
+#include "visit/visit.h"
+
+#include <QDir>
+#include <QFile>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <unistd.h>
+
+using namespace veltrako;
+using namespace veltrako::testing;
+
+namespace {
+
+struct Session {
+    Session() : d(*sim::load_scenario(QStringLiteral(VELTRAKO2_TEST_DATA "/visit.scn"))) {
+        config::load_language(d.ctx.language, VELTRAKO2_LANG_DIR "/langen.txt", d.ui);
+        status::install_status_memory(d.ctx);
+        compliance::install_compliance(d.ctx);
+        d.ctx.compliance.prescribed_hours = 15;
+        protocol::connect_routine(d.ctx);
+        tick_until([&] {
+            return link::device_controls_enabled(d.ctx) && d.ctx.protocol.queue_count == 0;
+        });
+    }
+    void tick() {
+        d.clock.advance_ms(50);
+        protocol::timer1_tick(d.ctx);
+    }
+    template <class Done> void tick_until(Done done) {
+        for (int i = 0; i < 20000 && !done(); ++i)
+            tick();
+    }
+    // A visit into `dir`; `before_poll` runs before each poll (a fault to set).
+    visit::Visit& run(const QString& dir, const visit::PdfWriter& pdf = write_pdf,
+                      const std::function<void(visit::Visit&)>& before_poll = {}) {
+        visit::VisitRequest request;
+        request.base_dir = dir;
+        request.report.set_value(QStringLiteral("t_Patient"), QStringLiteral("Erika"));
+        request.write_pdf = pdf;
+        v = std::make_unique<visit::Visit>(d.ctx, std::move(request));
+        v->start();
+        tick_until([&] {
+            if (before_poll)
+                before_poll(*v);
+            v->poll();
+            return !v->running();
+        });
+        return *v;
+    }
+    static bool write_pdf(const QString& path, int pages, const visit::PageDrawer& draw,
+                          QString* error) {
+        return paint::print_pages_to_pdf(path, pages, draw, error);
+    }
+
+    LinkedDevice d;
+    std::unique_ptr<visit::Visit> v;
+};
+
+QStringList names(const QStringList& paths) {
+    QStringList n;
+    for (const QString& p : paths)
+        n << QFileInfo(p).fileName();
+    return n;
+}
+
+} // namespace
+
+class TestVisit : public QObject {
+    Q_OBJECT
+private slots:
+    void visit_writes_every_file_into_a_folder_of_its_own() {
+        QTemporaryDir dir;
+        Session s;
+        // Every name holds the visit's start, as each save button would.
+        const QString at = s.d.clock.now().toString("yyyyMMdd_HHmmss");
+        const visit::Visit& v = s.run(dir.filePath("visits"));
+        QCOMPARE(v.outcome(), visit::Outcome::written);
+        QCOMPARE(QFileInfo(v.folder()).fileName(), QStringLiteral("VO2-0012345_2026-03-02"));
+        const QStringList expected{"Status_VO2-0012345_LP1240010077_5121_" + at + ".txt",
+                                   "Compliance_VO2-0012345_" + at + ".txt",
+                                   "Compliance_VO2-0012345.pdf",
+                                   "VO2-0012345_" + at + ".txt",
+                                   "Pruefprotokoll_VO2-0012345_20260302.pdf",
+                                   "Besuch.txt"};
+        QCOMPARE(names(v.written()), expected);
+        QCOMPARE(QDir(v.folder()).entryList(QDir::Files).size(), 6);
+        QVERIFY(v.missing().isEmpty());
+        const QStringList visit = *config::read_text_lines(v.folder() + "/Besuch.txt");
+        QCOMPARE(visit.mid(0, 2), (QStringList{"SN|VO2-0012345", "LP|LP1240010077"}));
+        QVERIFY(visit.contains("VERORDNUNG|15"));
+        // The 5th reached 15 h exactly and counts; the 6th did not.
+        QVERIFY2(visit.contains("2026-01|30.0|2|15.0|1"), qPrintable(visit.join('\n')));
+        QVERIFY2(visit.contains("2026-02|4.0|1|4.0|0"), qPrintable(visit.join('\n')));
+        const QStringList report = *config::read_text_lines(v.written()[3]);
+        QVERIFY(report.contains("t_Patient|Erika"));
+
+        // A second visit on the same day does not touch the first one's folder.
+        const visit::Visit& again = s.run(dir.filePath("visits"));
+        QCOMPARE(again.outcome(), visit::Outcome::written);
+        QCOMPARE(QFileInfo(again.folder()).fileName(), QStringLiteral("VO2-0012345_2026-03-02_2"));
+    }
+
+    void failure_keeps_what_was_written_data() {
+        QTest::addColumn<QString>("fault");
+        QTest::addColumn<QString>("step");
+        QTest::addColumn<int>("written");
+        QTest::addColumn<QString>("reason");
+        QTest::newRow("device silent during the usage readout")
+            << "silent"
+            << "Read the compliance memory" << 1 << "The device stopped answering.";
+        QTest::newRow("folder whose parent is a regular file")
+            << "file parent"
+            << "Make the folder" << 0 << "The folder could not be made in";
+        QTest::newRow("read-only folder")
+            << "read-only"
+            << "Make the folder" << 0 << "The folder could not be made in";
+        QTest::newRow("disk full at the first PDF")
+            << "pdf"
+            << "Write the compliance PDF" << 2 << "The file could not be written:";
+    }
+    void failure_keeps_what_was_written() {
+        QFETCH(QString, fault);
+        QFETCH(QString, step);
+        QFETCH(int, written);
+        QFETCH(QString, reason);
+        // As root every folder is writable.
+        if (fault == "read-only" && ::geteuid() == 0)
+            QSKIP("root writes into read-only folders");
+        QTemporaryDir dir;
+        QString base = dir.filePath("visits");
+        if (fault == "file parent") {
+            QFile file(dir.filePath("a file"));
+            QVERIFY(file.open(QIODevice::WriteOnly));
+            base = dir.filePath("a file/visits");
+        } else if (fault == "read-only") {
+            QVERIFY(QDir().mkpath(base));
+            QVERIFY(QFile::setPermissions(base, QFile::ReadOwner | QFile::ExeOwner));
+        }
+        Session s;
+        const visit::PdfWriter full_disk = [](const QString&, int, const visit::PageDrawer&,
+                                              QString*) { return false; };
+        const visit::Visit& v =
+            s.run(base, fault == "pdf" ? full_disk : visit::PdfWriter(Session::write_pdf),
+                  [&](visit::Visit& running) {
+                      if (fault == "silent" && running.step() == visit::Step::usage_read) {
+                          sim::Faults silent;
+                          silent.silent = true;
+                          s.d.device->set_faults(silent);
+                      }
+                  });
+        QFile::setPermissions(base, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+        QCOMPARE(v.outcome(), visit::Outcome::failed);
+        QCOMPARE(visit::step_text(v.step(), s.d.ctx.language), step);
+        QCOMPARE(v.written().size(), written);
+        // Exactly the files written are there, each whole: nothing half-written.
+        if (!v.folder().isEmpty()) {
+            QStringList in_folder = QDir(v.folder()).entryList(QDir::Files);
+            QStringList written_names = names(v.written());
+            in_folder.sort();
+            written_names.sort();
+            QCOMPARE(in_folder, written_names);
+        }
+        for (const QString& path : v.written())
+            QVERIFY(config::read_text_lines(path).value_or(QStringList()).size() > 2);
+        QCOMPARE(v.missing().size(), 6 - written);
+        const QString text = v.result_text();
+        QVERIFY2(text.contains(step + ": " + reason), qPrintable(text));
+        QVERIFY2(text.contains("Not written: " + v.missing().join(", ")), qPrintable(text));
+    }
+};
+
+QTEST_MAIN(TestVisit)
+#include "test_visit.moc"
