@@ -1,4 +1,4 @@
-// The main window offscreen: every named control with its Tag, the tab strip
+// The main window offscreen: unique Tags, the tab strip
 // and menu, growth with the window, the live page refreshed from a real
 // device record, the status bar and the controls that follow the connection,
 // the hand-operated link buttons, quitting, frm_wait, and the dialogs behind
@@ -69,65 +69,12 @@ bool tag_in_range(int tag) {
     return (tag >= 11000 && tag <= 11113) || tag == 11500 || tag == 8402;
 }
 
-// Names separated by blanks; "name:first:last" stands for a control array.
-void add_control_rows(const char* names, bool tagged) {
-    for (const QString& entry : QString(names).split(' ', Qt::SkipEmptyParts)) {
-        const QStringList p = entry.split(':');
-        if (p.size() == 1)
-            QTest::addRow("%s", qPrintable(entry)) << entry << -1 << tagged;
-        for (int i = p.value(1).toInt(); p.size() == 3 && i <= p[2].toInt(); ++i)
-            QTest::addRow("%s(%d)", qPrintable(p[0]), i) << p[0] << i << tagged;
-    }
-}
-
 } // namespace
 
 class TestFrmMain : public QObject {
     Q_OBJECT
 private slots:
     void initTestCase() { QLocale::setDefault(QLocale(QLocale::German, QLocale::Germany)); }
-
-    void named_controls_data() {
-        QTest::addColumn<QString>("name");
-        QTest::addColumn<int>("index");
-        QTest::addColumn<bool>("tagged");
-        add_control_rows( // "Gerät"
-            "cmd_setsn cmd_togglelp cmd_resetbstd cmd_setbstd cmd_setdatetime cmd_Restzeit "
-            "lbl_VentilE1 lbl_VentilE2 lbl_VentilA1 lbl_VentilA2 lbl_VentilSP lbl_AlarmT "
-            "lbl_AlarmO21 lbl_AlarmO22 lbl_AlarmRest lbl_AlarmVollo lbl_AlarmNetz lbl_AlarmSens "
-            "lbl_AlarmVolhi lbl_Alarmlow lbl_Alarmmid lbl_Alarmhigh frmZeiten frm_zeiten_preset "
-            "cmd_t_reset lblkl2l lblgr2l lbl_t:0:6 "
-            // "Protokoll", "Compliance", "System Status", "Entwickler"
-            "lbl_geraetedaten lbl_Funktionstest lbl_Hersteller ck_Selbsttest ck_Ansaugtest "
-            "ck_maxflow ck_minflow ck_Leistung ck_Typenschild ck_visuell ck_stk cmd_save cmd_open "
-            "cmd_print cmd_complianceread cmd_compliancedelete cmd_compliancesave "
-            "cmd_complianceload cmd_complianceprint cmd_compliance_test lbl_compliancedauer "
-            "l_recordnumber cmd_sysstatread cmd_sysstatsave lbl_info cmd_sendcommand cmd_clear "
-            "cmd_saveprotokoll Command1 Command2 tab1",
-            true);
-        add_control_rows(
-            "t_bstd t_Restzeit t_datetime t_c t_druck t_gastemp t_kompressortemp t_lp t_o2 "
-            "t_sensor1 t_sensor2 t_sn t_spannung t_sw t_ventiloeffnung t_volumenstrom "
-            "t_sollvolumenstrom lbl_Phase pic_akustO21 pic_akustO22 pic_akustvollo Chart "
-            "cb_t:0:13 cb_vs:0:1 cmdPresetZeiten:1:3 "
-            "t_krankenkasse t_patient t_strasse t_Ort t_Telefon t_pruefer t_Datum t_Uhrzeit "
-            "t_bemerkungen t_zubehoer p_geraetedaten frm_protokoll p_compliance t_compliancedauer "
-            "cmd_prevmonth cmd_nextmonth sysstatout out tb_command",
-            false);
-    }
-    void named_controls() {
-        QFETCH(QString, name);
-        QFETCH(int, index);
-        QFETCH(bool, tagged);
-        FrmMain form;
-        QWidget* w = form.control(name, index);
-        QVERIFY2(w, qPrintable(name));
-        QCOMPARE(w->objectName(), name);
-        if (index >= 0)
-            QCOMPARE(find_element(form, name, index), w);
-        if (tagged)
-            QVERIFY2(tag_in_range(tag_of(w)), qPrintable(QString::number(tag_of(w))));
-    }
 
     void tags_are_unique_and_in_range() {
         FrmMain form;
