@@ -36,8 +36,7 @@ QString clock_distance_text(const QDateTime& from, const QDateTime& to,
                             const config::LanguageTables& language) {
     const QDateTime a = std::min(from, to);
     const QDateTime b = std::max(from, to);
-    // Whole calendar months first, counted from the earlier time each time,
-    // so that 31 January to 28 February is not a month.
+    // Whole calendar months first, each count taken from the earlier time.
     int months = (b.date().year() - a.date().year()) * 12 + b.date().month() - a.date().month();
     while (months > 0 && a.addMonths(months) > b)
         --months;
