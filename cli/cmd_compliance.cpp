@@ -12,6 +12,7 @@
 #include "compliance/compliance_print.h"
 #include "compliance/compliance_readout.h"
 #include "console_ui.h"
+#include "device/device_clock.h"
 #include "device/device_view.h"
 #include "pdf_output.h"
 #include "prescribed_hours.h"
@@ -29,6 +30,7 @@ constexpr int text_not_finished = 8110;
 constexpr int text_nothing_erased = 8112;
 constexpr int text_erased = 8113;
 constexpr int text_not_written = 8114;
+constexpr int text_clock_off = 8263;
 
 const QString out_opt = QStringLiteral("out");
 const QString pdf_opt = QStringLiteral("pdf");
@@ -128,6 +130,9 @@ int run_compliance(CommandEnv& env) {
             return exit_device;
     } else if (const int code = read_device(env); code != exit_ok) {
         return code;
+    } else if (const QString note = device::clock_offset_note(ctx); !note.isEmpty()) {
+        // The running period ends by the device's clock: say when that is off.
+        print_error(note + QLatin1Char(' ') + ctx.language.text(text_clock_off));
     }
 
     compliance::ComplianceMemory& m = ctx.compliance;

@@ -23,9 +23,9 @@ qint64 whole_ms(double ms) {
 
 } // namespace
 
-Concentrator::Concentrator(const Scenario& scenario)
-    : device_(scenario), latency_ms_(scenario.latency_ms), loader_(scenario.boot_loader_greeting),
-      faults_(scenario.faults) {}
+Concentrator::Concentrator(const Scenario& scenario, const QDateTime& present)
+    : device_(scenario, present), latency_ms_(scenario.latency_ms),
+      loader_(scenario.boot_loader_greeting), faults_(scenario.faults) {}
 
 void Concentrator::set_faults(const Faults& faults) {
     if (faults.unplug && !faults_.unplug) {

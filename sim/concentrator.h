@@ -7,6 +7,7 @@
 
 #include "boot_loader.h"
 #include "device_state.h"
+#include "device_time.h"
 #include "faults.h"
 #include "link/sim_peer.h"
 
@@ -25,7 +26,10 @@ struct Scenario;
 
 class Concentrator final : public link::SimPeer {
 public:
-    explicit Concentrator(const Scenario& scenario);
+    // `present` is the PC's time at power-on: the device clock starts there
+    // unless the scenario fixes it (CLOCK), and so do records placed
+    // relative to it.
+    explicit Concentrator(const Scenario& scenario, const QDateTime& present = pc_present_time());
 
     bool plugged_in() const override { return !faults_.unplug; }
     void receive(const QByteArray& bytes, double now_ms) override;

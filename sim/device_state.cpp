@@ -16,12 +16,13 @@ std::int64_t floor_div(std::int64_t ms, std::int64_t unit) {
 
 } // namespace
 
-DeviceState::DeviceState(const Scenario& s)
+DeviceState::DeviceState(const Scenario& s, const QDateTime& present)
     : sw(s.sw), sw_after_update(s.sw_after_update), info(s.info), family(device_family(s.sw)),
       zeiten(s.timings), flow_selector_u(s.flow_selector_u), flow_selector_o(s.flow_selector_o),
       acoustic_alarm(s.acoustic_alarm), remaining(s.remaining), live(s.live),
-      compliance(s.compliance_ring_size), clock_seconds_at_set(device_seconds(s.clock)),
-      session_start(static_cast<std::uint32_t>(device_seconds(s.clock))) {
+      compliance(s.compliance_ring_size),
+      clock_seconds_at_set(device_seconds(s.power_on_clock(present))),
+      session_start(static_cast<std::uint32_t>(clock_seconds_at_set)) {
     memory.put_text(addr::text_40, field::text_40, s.text_40);
     memory.put_text(addr::text_58, field::text_58, s.text_58);
     memory.put_text(addr::hardware_id, field::hardware_id, s.hardware_id);
@@ -31,7 +32,7 @@ DeviceState::DeviceState(const Scenario& s)
     const QList<QByteArray> records = s.stored_status_records();
     for (int n = 0; n < records.size(); ++n)
         memory.write(addr::status_first + n * status_record_size, records.at(n));
-    for (const ComplianceRecord& r : s.stored_compliance_records())
+    for (const ComplianceRecord& r : s.stored_compliance_records(s.power_on_clock(present)))
         compliance.append(r);
 }
 

@@ -9,6 +9,7 @@
 #include "valve_cycle.h"
 
 #include <QByteArray>
+#include <QDateTime>
 
 #include <cstdint>
 #include <optional>
@@ -18,7 +19,9 @@ namespace veltrako::sim {
 struct Scenario;
 
 struct DeviceState {
-    explicit DeviceState(const Scenario& scenario);
+    // `present`: the PC's time at power-on, where the device clock starts
+    // unless the scenario fixes it.
+    DeviceState(const Scenario& scenario, const QDateTime& present);
 
     QByteArray sw;
     std::optional<QByteArray> sw_after_update;

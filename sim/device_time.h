@@ -12,6 +12,13 @@ inline QDateTime device_epoch() {
     return QDateTime(QDate(2000, 1, 1), QTime(0, 0), Qt::UTC);
 }
 
+// The PC's local date and time as a plain calendar value, as the program
+// reads it.
+inline QDateTime pc_present_time() {
+    const QDateTime local = QDateTime::currentDateTime();
+    return QDateTime(local.date(), local.time(), Qt::UTC);
+}
+
 inline qint64 device_seconds(const QDateTime& t) {
     QDateTime utc = t;
     utc.setTimeSpec(Qt::UTC); // the calendar value as it stands, no zone shift

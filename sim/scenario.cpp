@@ -1,6 +1,7 @@
 #include "scenario.h"
 
 #include "device_family.h"
+#include "device_time.h"
 #include "scenario_values.h"
 
 #include "config/text_file.h"
@@ -27,11 +28,11 @@ QList<QByteArray> Scenario::stored_status_records() const {
     return status_records;
 }
 
-QList<ComplianceRecord> Scenario::stored_compliance_records() const {
+QList<ComplianceRecord> Scenario::stored_compliance_records(const QDateTime& power_on_clock) const {
     if (compliance_generate <= 0)
         return compliance_records;
-    return generate_compliance_records(compliance_generate, compliance_from, compliance_to,
-                                       live.seed);
+    return generate_compliance_records(compliance_generate, compliance_from.at(power_on_clock),
+                                       compliance_to.at(power_on_clock), live.seed);
 }
 
 namespace {
@@ -267,13 +268,13 @@ const std::map<QByteArray, Key>& keys() {
                                   true};
         k["COMPLIANCE_GENERATE"] = {set_integer(&Scenario::compliance_generate, 0, 32767)};
         k["COMPLIANCE_FROM"] = {[](ParseState& p, const QByteArray& v, QString& why) {
-            const auto t = values::date_time(v, why);
+            const auto t = values::scenario_time(v, why);
             if (t)
                 p.s.compliance_from = *t;
             return t.has_value();
         }};
         k["COMPLIANCE_TO"] = {[](ParseState& p, const QByteArray& v, QString& why) {
-            const auto t = values::date_time(v, why);
+            const auto t = values::scenario_time(v, why);
             if (t)
                 p.s.compliance_to = *t;
             return t.has_value();
@@ -343,11 +344,16 @@ bool check_together(const ParseState& p, QString* error) {
             return fail(
                 "COMPLIANCE_GENERATE",
                 QStringLiteral("COMPLIANCE_GENERATE and COMPLIANCE_RECORD exclude each other"));
-        if (!s.compliance_from.isValid() || !s.compliance_to.isValid())
+        if (!p.seen.count("COMPLIANCE_FROM") || !p.seen.count("COMPLIANCE_TO"))
             return fail(
                 "COMPLIANCE_GENERATE",
                 QStringLiteral("COMPLIANCE_GENERATE needs COMPLIANCE_FROM and COMPLIANCE_TO"));
-        const qint64 span = s.compliance_from.secsTo(s.compliance_to);
+        if (s.compliance_from.relative() != s.compliance_to.relative())
+            return fail("COMPLIANCE_TO", QStringLiteral("COMPLIANCE_FROM and COMPLIANCE_TO are "
+                                                        "both dates or both relative to CLOCK"));
+        // Both relative or both fixed: the span is the same on any day.
+        const QDateTime any = device_epoch();
+        const qint64 span = s.compliance_from.at(any).secsTo(s.compliance_to.at(any));
         if (span < 120LL * s.compliance_generate)
             return fail("COMPLIANCE_TO",
                         QStringLiteral("the range leaves less than two minutes per usage period"));

@@ -19,6 +19,18 @@
 
 namespace veltrako::sim {
 
+// A time a scenario names: a date-time, or a distance from the device clock
+// at power-on ("now", "-60d"), so that records lie before whatever day the
+// simulator starts on.
+struct ScenarioTime {
+    QDateTime fixed;               // when valid, this date-time
+    qint64 seconds_from_start = 0; // otherwise this far from the power-on clock
+    bool relative() const { return !fixed.isValid(); }
+    QDateTime at(const QDateTime& power_on_clock) const {
+        return relative() ? power_on_clock.addSecs(seconds_from_start) : fixed;
+    }
+};
+
 struct Scenario {
     // Identity
     QByteArray sw = "5121";
@@ -33,7 +45,9 @@ struct Scenario {
 
     // Counters and settings
     OperatingHours hours{1234, 5};
-    QDateTime clock = QDateTime(QDate(2026, 3, 2), QTime(9, 30), Qt::UTC); // at power-on
+    // The device clock at power-on; unset, it starts at the PC's present time,
+    // as a device in the field whose clock was set some time ago.
+    std::optional<QDateTime> clock;
     std::uint16_t remaining = 500;
     Timings timings{100, 144, 144, 27, 134, 27, 134, 0, 0, 0, 0, 0, 0, 0};
     std::uint8_t flow_selector_u = 4;
@@ -55,7 +69,7 @@ struct Scenario {
     int compliance_ring_size = ComplianceRing::default_size;
     QList<ComplianceRecord> compliance_records;
     int compliance_generate = 0;
-    QDateTime compliance_from, compliance_to;
+    ScenarioTime compliance_from, compliance_to;
 
     Faults faults;
 
@@ -63,8 +77,11 @@ struct Scenario {
     StatusLayout effective_status_layout() const;
     // The status records the memory holds, explicit or generated.
     QList<QByteArray> stored_status_records() const;
-    // The usage periods the ring holds, oldest first.
-    QList<ComplianceRecord> stored_compliance_records() const;
+    // The device clock at power-on, when the PC's clock reads `present`.
+    QDateTime power_on_clock(const QDateTime& present) const { return clock.value_or(present); }
+    // The usage periods the ring holds, oldest first, for a device whose
+    // clock read `power_on_clock` at power-on.
+    QList<ComplianceRecord> stored_compliance_records(const QDateTime& power_on_clock) const;
 };
 
 // nullopt with `error` naming the line ("line 7: ...") on an unknown key or a

@@ -2,6 +2,8 @@
 
 #include "device_time.h"
 
+#include <QRegularExpression>
+
 #include <cctype>
 
 namespace veltrako::sim::values {
@@ -147,6 +149,27 @@ std::optional<QDateTime> date_time(const QByteArray& text, QString& why) {
         return std::nullopt;
     }
     return dt;
+}
+
+std::optional<ScenarioTime> scenario_time(const QByteArray& text, QString& why) {
+    const QByteArray t = text.trimmed();
+    if (t == "now")
+        return ScenarioTime{};
+    static const QRegularExpression offset(QStringLiteral(R"(^([+-])(\d{1,6})([dhm])$)"));
+    const QRegularExpressionMatch m = offset.match(QString::fromLatin1(t));
+    if (!m.hasMatch()) {
+        const auto fixed = date_time(t, why);
+        if (!fixed) {
+            why += QStringLiteral(", or now, or a distance from CLOCK such as -60d");
+            return std::nullopt;
+        }
+        return ScenarioTime{*fixed, 0};
+    }
+    const qint64 unit = m.captured(3) == QLatin1String("d")   ? 86400
+                        : m.captured(3) == QLatin1String("h") ? 3600
+                                                              : 60;
+    const qint64 amount = m.captured(2).toLongLong() * unit;
+    return ScenarioTime{QDateTime(), m.captured(1) == QLatin1String("-") ? -amount : amount};
 }
 
 std::optional<ComplianceRecord> compliance_period(const QByteArray& text, QString& why) {

@@ -3,6 +3,7 @@
 // `why` when the text is not of its form.
 
 #include "compliance_ring.h"
+#include "scenario.h"
 
 #include <QByteArray>
 #include <QDateTime>
@@ -25,6 +26,9 @@ std::optional<QByteArray> hex_bytes(const QByteArray& text, QString& why);
 // "yyyy-mm-dd hh:mm:ss" (seconds, or the whole time, may be left out; "T" may
 // stand for the blank), as a calendar value in Qt::UTC.
 std::optional<QDateTime> date_time(const QByteArray& text, QString& why);
+// A date-time as above, or a distance from the device clock at power-on:
+// "now", or a sign, a whole number and d, h or m ("-60d", "-12h", "+30m").
+std::optional<ScenarioTime> scenario_time(const QByteArray& text, QString& why);
 // "start / end" as two date-times, or "-" for an erased slot.
 std::optional<ComplianceRecord> compliance_period(const QByteArray& text, QString& why);
 

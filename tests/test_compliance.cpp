@@ -136,27 +136,38 @@ private slots:
         QTest::addColumn<QByteArray>("scenario");
         QTest::addColumn<int>("last_index");
         QTest::addColumn<bool>("duplicate_kept"); // the last record repeats record 0
-        QTest::addColumn<bool>("ends_now");       // the last record is the running period
-        QTest::newRow("empty memory: record 0 only, running") << QByteArray() << 0 << false << true;
+        // The last record is the running period, ending at the device's
+        // present time or at the PC's; or a stored one ("").
+        QTest::addColumn<QString>("running_end");
+        // The device clock is set back a day after power-on, before the
+        // running period's start.
+        QTest::addColumn<bool>("clock_set_back");
+        QTest::newRow("empty memory: record 0 only, running")
+            << QByteArray() << 0 << false << "device" << false;
+        QTest::newRow("device clock before the period's start: ends at the PC's time")
+            << QByteArray() << 0 << false << "pc" << true;
         QTest::newRow("ring of 1024 wrapped: stops at 1024")
             << QByteArray("COMPLIANCE_RING_SIZE=1024\nCOMPLIANCE_GENERATE=1100\n"
                           "COMPLIANCE_FROM=2020-01-01\nCOMPLIANCE_TO=2024-12-01\n")
-            << 1024 << true << false;
+            << 1024 << true << "" << false;
         QTest::newRow("same repetition at 1000 is not a ring size")
             << QByteArray("COMPLIANCE_RING_SIZE=1000\nCOMPLIANCE_GENERATE=1010\n"
                           "COMPLIANCE_FROM=2020-01-01\nCOMPLIANCE_TO=2024-12-01\n")
-            << 1010 << false << true;
+            << 1010 << false << "device" << false;
         QTest::newRow("5000 announced: the table ends after index 4096")
             << QByteArray("COMPLIANCE_RING_SIZE=8192\nCOMPLIANCE_GENERATE=5000\n"
                           "COMPLIANCE_FROM=2010-01-01\nCOMPLIANCE_TO=2024-12-01\n")
-            << 4096 << false << false;
+            << 4096 << false << "" << false;
     }
     void readout_ends() {
         QFETCH(QByteArray, scenario);
         QFETCH(int, last_index);
         QFETCH(bool, duplicate_kept);
-        QFETCH(bool, ends_now);
+        QFETCH(QString, running_end);
+        QFETCH(bool, clock_set_back);
         Harness h(scenario);
+        if (clock_set_back)
+            h.device->state().clock_seconds_at_set -= 86400;
         h.connect();
         h.received.clear();
         cmd_complianceread_Click(*h.ctx);
@@ -176,7 +187,13 @@ private slots:
                  QStringLiteral("Record Nr.:%1 / %2").arg(last_index).arg(h.state().record_count));
         const auto& r = h.memory().records;
         QCOMPARE(last_index > 0 && r[std::size_t(last_index)] == r[0], duplicate_kept);
-        QCOMPARE(r[std::size_t(last_index)].end == to_stamp(h.clock.now()), ends_now);
+        // The device's clock (power-on 01.01.2025, 14 months behind the PC's)
+        // runs on the test's steady clock; its answer is up to a second old.
+        const Stamp device_now =
+            make_stamp(2025, 1, 1) + h.clock.elapsed_ms() / 1000 - (clock_set_back ? 86400 : 0);
+        const Stamp end = r[std::size_t(last_index)].end;
+        QCOMPARE(running_end == "device", end >= device_now - 2 && end <= device_now);
+        QCOMPARE(running_end == "pc", end == to_stamp(h.clock.now()));
         QVERIFY(last_index == table_upper || r[std::size_t(last_index) + 1] == ComplianceRecord{});
         QVERIFY(h.memory().page.chart_shown && h.memory().page.save_enabled);
     }

@@ -5,6 +5,7 @@
 
 #include "app_context.h"
 #include "box_answers.h"
+#include "config/language.h"
 #include "controls.h"
 #include "frm_main.h"
 #include "link/sim_link.h"
@@ -56,7 +57,8 @@ double contrast(const QColor& a, const QColor& b) {
 
 struct PageHarness {
     explicit PageHarness(const QByteArray& scenario, const QString& program_dir = {})
-        : device(std::make_shared<sim::Concentrator>(*sim::parse_scenario(scenario))),
+        // Switched on at the test's PC time.
+        : device(std::make_shared<sim::Concentrator>(*sim::parse_scenario(scenario), clock.now())),
           ctx(clock, form, std::make_unique<link::SimLink>(clock, device)) {
         ctx.program_dir = program_dir;
         form.bind(ctx);
@@ -202,6 +204,31 @@ private slots:
     // box shows the widest value the family sent whole, the whole
     // "Messwerte" box is there, no control is squeezed below what it needs
     // and none overlaps another (what does not fit scrolls).
+    // The page and the status bar say how far the device's clock is off, and
+    // the note of a write beside it does not hide that.
+    void clock_note_on_the_page_and_the_status_bar() {
+        PageHarness p("CLOCK=2026-03-12 09:30:00\n");
+        QVERIFY(
+            config::load_language(p.ctx.language, VELTRAKO_SOURCE_DIR "/lang/langde.txt", p.form));
+        auto* page = p.form.findChild<QLabel*>("lbl_uhrabweichung");
+        auto* bar = p.form.findChild<QLabel*>("lbl_clock_note");
+        QVERIFY(page && bar && !page->isVisibleTo(&p.form) && !bar->isVisibleTo(&p.form));
+        // Months later by the PC's calendar, at the same time of day, so that
+        // the poll's own time-outs see no jump.
+        p.clock.set_now(QDateTime(QDate(2026, 11, 23), p.clock.now().time(), Qt::UTC));
+        p.form.show_note(QStringLiteral("Restzeit vom Gerät bestätigt: 12"), MsgIcon::information);
+        for (int tick = 0; tick < 100; ++tick) { // the clock is read again on the way
+            p.clock.advance_ms(50);
+            protocol::timer1_tick(p.ctx);
+        }
+        QCOMPARE(bar->text(), QStringLiteral("Geräteuhr geht 8 Monate 11 Tage nach"));
+        QVERIFY(bar->isVisibleTo(&p.form) && page->isVisibleTo(&p.form));
+        QVERIFY2(page->text().startsWith(bar->text() + " – „PC-Zeit übernehmen“"),
+                 qPrintable(page->text()));
+        QCOMPARE(p.form.findChild<QLabel*>("lbl_note")->text(),
+                 QStringLiteral("Restzeit vom Gerät bestätigt: 12"));
+    }
+
     void page_fits_every_family_data() {
         QTest::addColumn<QString>("scenario");
         QTest::addColumn<QSize>("window");

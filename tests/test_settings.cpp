@@ -4,6 +4,8 @@
 // the question before a change that cannot be undone, and the guards that keep
 // anything from being sent.
 
+#include "config/language.h"
+#include "device/device_clock.h"
 #include "device/settings.h"
 #include "protocol/commands.h"
 #include "report_harness.h"
@@ -284,10 +286,9 @@ private slots:
         }
     }
 
-    // The PC's present time goes to the device (its own clock stood at
-    // 2026-03-02 09:30 at power-on) and comes back from it.
+    // The PC's present time goes to the device and comes back from it.
     void clock_takes_the_pc_time() {
-        Connected c;
+        Connected c("CLOCK=2026-03-02 09:30:00\n");
         const QDateTime now = c.clock.now();
         const QDateTime whole = QDateTime::fromSecsSinceEpoch(now.toSecsSinceEpoch(), Qt::UTC);
         device::cmd_setdatetime_Click(*c.ctx);
@@ -302,8 +303,88 @@ private slots:
         QVERIFY2(ahead >= 0 && ahead <= 2, qPrintable(QString::number(ahead)));
     }
 
-    // Nothing goes out for a programmatic change, without live data, or for
-    // a board without the low-power mode.
+    // How far apart two times are, in the two largest calendar units.
+    void clock_distance_in_words_data() {
+        QTest::addColumn<QDateTime>("from");
+        QTest::addColumn<QDateTime>("to");
+        QTest::addColumn<QString>("words");
+        const auto at = [](int y, int mo, int d, int h, int mi) {
+            return QDateTime(QDate(y, mo, d), QTime(h, mi), Qt::UTC);
+        };
+        QTest::newRow("months and days")
+            << at(2026, 3, 12, 9, 30) << at(2026, 11, 23, 9, 30) << "8 Monate 11 Tage";
+        QTest::newRow("order does not matter")
+            << at(2026, 11, 23, 9, 30) << at(2026, 3, 12, 9, 30) << "8 Monate 11 Tage";
+        QTest::newRow("singular, a zero second unit left out")
+            << at(2025, 2, 1, 8, 0) << at(2026, 3, 1, 8, 59) << "1 Jahr 1 Monat";
+        QTest::newRow("hours and minutes")
+            << at(2026, 3, 12, 9, 30) << at(2026, 3, 12, 11, 35) << "2 Stunden 5 Minuten";
+        QTest::newRow("a day alone") << at(2026, 3, 12, 9, 30) << at(2026, 3, 13, 9, 30) << "1 Tag";
+    }
+    void clock_distance_in_words() {
+        QFETCH(QDateTime, from);
+        QFETCH(QDateTime, to);
+        QFETCH(QString, words);
+        config::LanguageTables language;
+        FakeUserInterface ui;
+        QVERIFY(config::load_language(language, VELTRAKO_LANG_DIR "/langde.txt", ui));
+        QCOMPARE(device::clock_distance_text(from, to, language), words);
+    }
+
+    // More than five minutes between the device's clock and the PC's is
+    // told, whichever is ahead, in the program's language.
+    void clock_note_data() {
+        QTest::addColumn<QString>("lang");
+        QTest::addColumn<QDateTime>("pc"); // when the device's clock reads 12.03.2026 09:30
+        QTest::addColumn<QString>("note");
+        const auto at = [](int y, int mo, int d, int h, int mi) {
+            return QDateTime(QDate(y, mo, d), QTime(h, mi), Qt::UTC);
+        };
+        QTest::newRow("months behind")
+            << "de" << at(2026, 11, 23, 9, 30) << "Geräteuhr geht 8 Monate 11 Tage nach";
+        QTest::newRow("hours ahead")
+            << "en" << at(2026, 3, 12, 7, 25) << "Device clock is 2 hours 5 minutes ahead";
+        QTest::newRow("six minutes behind")
+            << "de" << at(2026, 3, 12, 9, 36) << "Geräteuhr geht 6 Minuten nach";
+        QTest::newRow("within five minutes") << "de" << at(2026, 3, 12, 9, 34) << "";
+    }
+    void clock_note() {
+        QFETCH(QString, lang);
+        QFETCH(QDateTime, pc);
+        QFETCH(QString, note);
+        Connected c("CLOCK=2026-03-12 09:30:00\n");
+        QVERIFY(config::load_language(c.ctx->language, VELTRAKO_LANG_DIR "/lang" + lang + ".txt",
+                                      c.ui));
+        // The device clock has run on since power-on; the PC's is set half a
+        // minute further off, as the answer read may be up to a second old.
+        const int away = pc > QDateTime(QDate(2026, 3, 12), QTime(9, 30), Qt::UTC) ? 30 : -30;
+        c.clock.set_now(pc.addMSecs(c.clock.elapsed_ms()).addSecs(away));
+        QCOMPARE(device::clock_offset_note(*c.ctx), note);
+        // Nothing is said without a reading of the device's clock.
+        c.ctx->device.geraetezeit_ms.reset();
+        QCOMPARE(device::clock_offset_note(*c.ctx), QString());
+    }
+
+    // "PC-Zeit übernehmen" ends the note once the device's clock reads right.
+    void taking_the_pc_time_ends_the_clock_note_data() {
+        QTest::addColumn<QByteArray>("scenario");
+        QTest::addColumn<bool>("note_after");
+        QTest::newRow("device takes the time") << QByteArray() << false;
+        QTest::newRow("device keeps its clock") << QByteArray("IGNORE_WRITES=on\n") << true;
+    }
+    void taking_the_pc_time_ends_the_clock_note() {
+        QFETCH(QByteArray, scenario);
+        QFETCH(bool, note_after);
+        Connected c("CLOCK=2026-03-12 09:30:00\n" + scenario);
+        QVERIFY(config::load_language(c.ctx->language, VELTRAKO_LANG_DIR "/langde.txt", c.ui));
+        c.clock.set_now(QDateTime(QDate(2026, 11, 23), QTime(9, 30), Qt::UTC));
+        QVERIFY(!device::clock_offset_note(*c.ctx).isEmpty());
+        c.serve();
+        device::cmd_setdatetime_Click(*c.ctx);
+        c.settle();
+        QCOMPARE(!device::clock_offset_note(*c.ctx).isEmpty(), note_after);
+    }
+
     // The typed serial number shows at once; the remaining time only once
     // the device has answered, and both end as the device reports them.
     void record_is_provisional_until_the_read_back() {
@@ -319,6 +400,8 @@ private slots:
         QCOMPARE(c.ctx->device.rest_text, QString("12"));
     }
 
+    // Nothing goes out for a programmatic change, without live data, or for
+    // a board without the low-power mode.
     void guards_send_nothing_data() {
         QTest::addColumn<Action>("action");
         const auto row = [](const char* name, Action act) { QTest::newRow(name) << act; };

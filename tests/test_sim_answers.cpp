@@ -79,9 +79,9 @@ Record record(DirectDevice& d, int n) {
 class TestSimAnswers : public QObject {
     Q_OBJECT
 private slots:
-    // The requests go to a device as the default scenario describes it, one
-    // second after power-on; a write is acknowledged with its letter alone
-    // and changes what the matching read answers.
+    // The requests go to a device as the default scenario describes it,
+    // switched on at 02.03.2026 09:30 by the PC's clock, one second after power-on; a write is
+    // acknowledged with its letter alone and changes what the matching read answers.
     void commands_data() {
         QTest::addColumn<QByteArrayList>("requests");
         QTest::addColumn<QByteArrayList>("answers");
@@ -127,7 +127,7 @@ private slots:
     void commands() {
         QFETCH(QByteArrayList, requests);
         QFETCH(QByteArrayList, answers);
-        DirectDevice d(sim::Scenario{});
+        DirectDevice d(sim::Scenario{}, QDateTime(QDate(2026, 3, 2), QTime(9, 30), Qt::UTC));
         for (qsizetype i = 0; i < requests.size(); ++i) {
             const QList<QByteArray> got = d.ask(requests.at(i));
             QCOMPARE(got.value(0).toHex(' '), answers.at(i).toHex(' '));

@@ -44,6 +44,9 @@ private slots:
             "line 1: CLOCK: \"2026-02-30 10:00\" is not a date and time (yyyy-mm-dd hh:mm:ss)");
         row("generate without range", "SW=5121\nCOMPLIANCE_GENERATE=5\n",
             "line 2: COMPLIANCE_GENERATE needs COMPLIANCE_FROM and COMPLIANCE_TO");
+        row("range of a date and a distance",
+            "COMPLIANCE_GENERATE=5\nCOMPLIANCE_FROM=-60d\nCOMPLIANCE_TO=2026-01-02\n",
+            "line 3: COMPLIANCE_FROM and COMPLIANCE_TO are both dates or both relative to CLOCK");
         row("range too short",
             "COMPLIANCE_GENERATE=5000\nCOMPLIANCE_FROM=2026-01-01\nCOMPLIANCE_TO=2026-01-02\n",
             "line 3: the range leaves less than two minutes per usage period");
@@ -81,7 +84,7 @@ private slots:
     }
 
     // Every sample loads and answers; its newest stored usage period ends
-    // before the device was switched on.
+    // before the device was switched on, whatever day that is.
     void every_sample_loads_data() {
         QTest::addColumn<QString>("name");
         for (const char* name : samples)
@@ -94,16 +97,34 @@ private slots:
         const auto s = sim::load_scenario(name, &error);
         QVERIFY2(s, qPrintable(error));
         QCOMPARE(DirectDevice(*s).answer("?").left(1), QByteArray("?"));
-        const auto records = s->stored_compliance_records();
+        const QDateTime on = s->power_on_clock(QDateTime(QDate(2031, 7, 9), QTime(8, 0), Qt::UTC));
+        const auto records = s->stored_compliance_records(on);
         if (!records.isEmpty())
-            QVERIFY(records.last().end < device_seconds(s->clock.date(), s->clock.time()));
+            QVERIFY(records.last().end < device_seconds(on.date(), on.time()));
+    }
+
+    // The default device looks like one in the field: its clock starts at the
+    // PC's time and its usage lies in the two months before; a scenario that
+    // fixes the clock keeps its dates.
+    void default_sample_starts_on_the_pc_day() {
+        const QDateTime present(QDate(2026, 11, 23), QTime(14, 7), Qt::UTC);
+        const quint32 on = device_seconds(present.date(), present.time());
+        DirectDevice d(sample("default"), present);
+        QCOMPARE(be_at(d.answer("T"), 2, 4), on + 1); // asked 1 s after power-on
+        const auto records = sample("default").stored_compliance_records(present);
+        QCOMPARE(records.size(), 60);
+        QVERIFY(records.first().start >= on - 60 * 86400);
+        QVERIFY(records.last().end < on && records.last().end > on - 2 * 86400);
+        DirectDevice fixed(scenario_from("CLOCK=2026-03-12 09:30:00\n"), present);
+        QCOMPARE(be_at(fixed.answer("T"), 2, 4),
+                 device_seconds(QDate(2026, 3, 12), QTime(9, 30)) + 1);
     }
 
     // What each sample is for.
     void samples_show_what_they_are_for() {
         QCOMPARE(sample("status_full").stored_status_records().size(), 32);
         const sim::Scenario large = sample("compliance_large");
-        QVERIFY(large.stored_compliance_records().size() > large.compliance_ring_size);
+        QVERIFY(large.stored_compliance_records(*large.clock).size() > large.compliance_ring_size);
         const sim::Faults flaky = sample("flaky").faults;
         QVERIFY(flaky.drop_every > 0 && flaky.corrupt_crc_every > 0 && flaky.split_answers &&
                 !flaky.garbage_between_frames.isEmpty());

@@ -3,6 +3,7 @@
 #include "app_context.h"
 #include "compliance/compliance_readout.h"
 #include "controls.h"
+#include "device/device_clock.h"
 #include "device/device_view.h"
 #include "device/settings.h"
 #include "device/timing_presets.h"
@@ -39,6 +40,11 @@
 
 namespace veltrako::ui {
 
+namespace {
+// "PC-Zeit übernehmen" puts it right: said on the page beside the button.
+constexpr int text_clock_fix = 8262;
+} // namespace
+
 FrmMain::FrmMain(QWidget* parent) : QMainWindow(parent) {
     setObjectName(QStringLiteral("frm_main"));
     set_tag(this, 11500);
@@ -70,7 +76,13 @@ FrmMain::FrmMain(QWidget* parent) : QMainWindow(parent) {
     connection_label_->setObjectName(QStringLiteral("lbl_connection"));
     note_label_ = new QLabel;
     note_label_->setObjectName(QStringLiteral("lbl_note"));
+    // The device clock's own place: a write's note does not hide it.
+    clock_label_ = new QLabel;
+    clock_label_->setObjectName(QStringLiteral("lbl_clock_note"));
+    clock_label_->setStyleSheet(QStringLiteral("color: #b00000; font-weight: bold;"));
+    clock_label_->hide();
     statusBar()->addWidget(connection_label_);
+    statusBar()->addWidget(clock_label_);
     statusBar()->addWidget(note_label_, 1);
     index_controls();
     chart_ = findChild<LiveChart*>(QStringLiteral("Chart"));
@@ -343,6 +355,17 @@ void FrmMain::device_record_changed() {
     apply_preset_buttons(*this, ctx_->presets);
     chart_->set_data_valid(ctx_->device.live_valid);
     follow_device_controls();
+    show_clock_note();
+}
+
+void FrmMain::show_clock_note() {
+    const QString note = device::clock_offset_note(*ctx_);
+    auto* page = control_as<QLabel>(QStringLiteral("lbl_uhrabweichung"));
+    page->setText(note.isEmpty() ? QString()
+                                 : note + QLatin1Char(' ') + ctx_->language.text(text_clock_fix));
+    page->setVisible(!note.isEmpty());
+    clock_label_->setText(note);
+    clock_label_->setVisible(!note.isEmpty());
 }
 
 void FrmMain::follow_device_controls() {

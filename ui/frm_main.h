@@ -100,12 +100,15 @@ private:
     void men_Servicebesuch_Click(AppContext& ctx);
     // Every control that sends to the device follows the connection.
     void follow_device_controls();
+    // The Gerät page and the status bar say how far the device's clock is off.
+    void show_clock_note();
 
     AppContext* ctx_ = nullptr;
     QTabWidget* tab1_ = nullptr;
     LiveChart* chart_ = nullptr;
     QLabel* connection_label_ = nullptr;
     QLabel* note_label_ = nullptr;
+    QLabel* clock_label_ = nullptr;
     ConnectionState shown_state_ = ConnectionState::no_device;
     QMultiHash<QString, QWidget*> controls_;
     QHash<QString, QAction*> actions_;

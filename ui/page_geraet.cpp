@@ -66,6 +66,14 @@ QGroupBox* identity_frame() {
         QStringLiteral("t_datetime"), true,
         make_button(QStringLiteral("cmd_setdatetime"), 11022,
                     QStringLiteral("PC-Zeit übernehmen")));
+    // Says when the device's clock is off the PC's, right under the button
+    // that sets it; its text is made whenever the device record changes.
+    auto* clock_note = new QLabel;
+    clock_note->setObjectName(QStringLiteral("lbl_uhrabweichung"));
+    clock_note->setWordWrap(true);
+    clock_note->setStyleSheet(QStringLiteral("color: rgb(200, 0, 0); font-weight: bold;"));
+    clock_note->hide();
+    grid->addWidget(clock_note, row++, 0, 1, 4);
     const QString flow_captions[] = {QStringLiteral("Volumenstrom U"),
                                      QStringLiteral("Volumenstrom O")};
     for (int i = 0; i < 2; ++i) {

@@ -2,6 +2,7 @@
 
 #include "app_context.h"
 #include "compliance/compliance_month.h"
+#include "device/device_clock.h"
 #include "device/device_view.h"
 #include "link/connection_state.h"
 #include "protocol/commands.h"
@@ -39,6 +40,20 @@ int round_half_even(double v) {
     if (rest > 0.5 || (rest == 0.5 && std::fmod(f, 2.0) != 0.0))
         return static_cast<int>(f) + 1;
     return static_cast<int>(f);
+}
+
+// The period still running ends at the device's present time when its clock
+// has been read and is not before the period's start; otherwise at the PC's.
+// Deliberately the device's: its periods are stamped by its own clock, and a
+// device clock months behind the PC's would otherwise add those months as
+// round-the-clock use that never happened.
+Stamp running_period_end(const AppContext& ctx, Stamp start) {
+    if (const auto device = device::device_present_time(ctx.device, ctx.clock.elapsed_ms())) {
+        const Stamp end = to_stamp(*device);
+        if (end >= start)
+            return end;
+    }
+    return to_stamp(ctx.clock.now());
 }
 
 void finish_readout(AppContext& ctx) {
@@ -192,7 +207,7 @@ void compliance_answer(AppContext& ctx, const QByteArray& payload) {
     const bool wrapped = is_ring_size(s.read_index) && record == m.records[0];
     s.last_index = s.read_index;
     if (s.read_index == s.record_count)
-        record.end = to_stamp(ctx.clock.now()); // the period still running ends now
+        record.end = running_period_end(ctx, record.start);
     notify(m);
     m.readout.advance(s.read_index + 1, ctx.clock.elapsed_ms());
     if (s.read_index < table_upper && !wrapped && s.read_index < s.record_count) {

@@ -10,19 +10,23 @@
 
 #include <array>
 #include <cstdint>
+#include <optional>
 
 namespace veltrako::device {
 
 struct DeviceRecord {
     // Identity and counters. Texts hold device bytes one per character (Latin-1).
-    QString SN;                            // serial number, memory 0x00F0
-    QString LP;                            // board serial number, memory 0x00E0
-    QString SW;                            // firmware version text ("?")
-    QString sw_num;                        // SW without its last character
-    QString family_code;                   // sw_num with "70" -> "50", "71" -> "51"
-    QString BSTD;                          // operating hours "000000:00"
-    QString rest_text;                     // remaining time ("S")
-    QDateTime geraetezeit;                 // device clock ("T"); null = the zero date
+    QString SN;            // serial number, memory 0x00F0
+    QString LP;            // board serial number, memory 0x00E0
+    QString SW;            // firmware version text ("?")
+    QString sw_num;        // SW without its last character
+    QString family_code;   // sw_num with "70" -> "50", "71" -> "51"
+    QString BSTD;          // operating hours "000000:00"
+    QString rest_text;     // remaining time ("S")
+    QDateTime geraetezeit; // device clock ("T"); null = the zero date
+    // When geraetezeit came from a "T" answer, on the program's steady clock
+    // (Clock::elapsed_ms); nullopt while it holds no reading of the device.
+    std::optional<qint64> geraetezeit_ms;
     std::array<std::uint8_t, 14> zeiten{}; // valve timings ZEITEN0..ZEITEN13 ("r")
     QString info_text;                     // "!"
     bool info_valid = false;

@@ -187,6 +187,9 @@ WriteOutcome cmd_setbstd_Click(AppContext& ctx) {
 WriteOutcome cmd_setdatetime_Click(AppContext& ctx) {
     const QDateTime now = ctx.clock.now();
     ctx.device.geraetezeit = now;
+    // What the field shows now is the PC's time, not a reading of the device:
+    // the device's clock counts as unknown until it is read back.
+    ctx.device.geraetezeit_ms.reset();
     ReadBackWatch watch(ctx);
     const QByteArray write = cmd::set_clock(now);
     queue(ctx, write);

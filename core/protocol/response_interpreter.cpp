@@ -111,9 +111,10 @@ void memory(AppContext& ctx, const PayloadReader& r) {
         status_record(ctx, r, address);
 }
 
-void device_clock(DeviceRecord& d, const PayloadReader& r) {
+void device_clock(DeviceRecord& d, const PayloadReader& r, qint64 elapsed_ms) {
     const qint32 seconds = r.byte(2) < 127 ? r.be32_signed(2) : 0;
     d.geraetezeit = QDateTime(QDate(2000, 1, 1), QTime(0, 0), Qt::UTC).addSecs(seconds);
+    d.geraetezeit_ms = elapsed_ms;
 }
 
 double scaled16(const PayloadReader& r, int pos, double factor) {
@@ -201,7 +202,7 @@ void interpret(AppContext& ctx, const QByteArray& payload) {
         d.wert_x = static_cast<std::uint8_t>(r.byte(2));
         break;
     case 'T':
-        device_clock(d, r);
+        device_clock(d, r, ctx.clock.elapsed_ms());
         break;
     case 'K':
     case 'k':

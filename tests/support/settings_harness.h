@@ -24,7 +24,8 @@ struct Connected {
         const auto scenario = sim::parse_scenario("NOISE=off\n" + scenario_text, &error);
         if (!scenario)
             qFatal("scenario: %s", qPrintable(error));
-        device = std::make_shared<sim::Concentrator>(*scenario);
+        // Switched on at the test's PC time.
+        device = std::make_shared<sim::Concentrator>(*scenario, clock.now());
         device->set_observer([this](const sim::Concentrator::Event& e) {
             if (!e.boot_loader)
                 received << e.request;

@@ -69,6 +69,8 @@ inline quint32 device_seconds(QDate date, QTime time) {
 // sends within the next `wait` ms is collected.
 struct DirectDevice {
     explicit DirectDevice(const sim::Scenario& s) : device(s) {}
+    // Switched on when the PC's clock reads `present`.
+    DirectDevice(const sim::Scenario& s, const QDateTime& present) : device(s, present) {}
     explicit DirectDevice(const QByteArray& scenario_text) : device(scenario_from(scenario_text)) {}
 
     // Raw bytes the device sent between `now` and now + wait_ms.
@@ -91,7 +93,8 @@ struct DirectDevice {
 struct LinkedDevice {
     explicit LinkedDevice(const sim::Scenario& scenario,
                           link::SimLink::WireTiming timing = link::SimLink::WireTiming::instant)
-        : device(std::make_shared<sim::Concentrator>(scenario)),
+        // The device is switched on at the test's PC time.
+        : device(std::make_shared<sim::Concentrator>(scenario, clock.now())),
           ctx(clock, ui, std::make_unique<link::SimLink>(clock, device, timing)) {
         if (!link::open_device(ctx, true))
             qFatal("the simulated link does not open");
