@@ -177,25 +177,24 @@ private slots:
     }
 
     // The answer time-out looks only at the clock: a silent device is asked
-    // again whether or not a command is outstanding.
-    void timeout_fires_with_or_without_a_command_outstanding() {
-        for (bool outstanding : {true, false}) {
-            Harness h;
-            h.connect();
-            QVERIFY(h.ctx->device.live_valid);
-            h.drain();
-            h.ctx->protocol.queue_count = 0;
-            h.ctx->protocol.waiting_reply = outstanding;
-            h.ctx->protocol.last_command = "S";
-            h.received.clear();
-            h.ui.out.clear();
-            h.clock.advance_ms(1100); // past the one-second time-out, no answer since
-            timer1_tick(*h.ctx);
-            QVERIFY2(h.ui.out.endsWith(" Timeout Nr 1 Command:S\r\n"), qPrintable(h.ui.out));
-            QCOMPARE(h.received.value(0), QByteArray("S"));
-            QVERIFY(h.ctx->protocol.waiting_reply);
-            QCOMPARE(h.ctx->protocol.retry_count, 1);
-        }
+    // again even with no command outstanding (with one outstanding, see the
+    // silent device above).
+    void timeout_fires_without_a_command_outstanding() {
+        Harness h;
+        h.connect();
+        QVERIFY(h.ctx->device.live_valid);
+        h.drain();
+        h.ctx->protocol.queue_count = 0;
+        h.ctx->protocol.waiting_reply = false;
+        h.ctx->protocol.last_command = "S";
+        h.received.clear();
+        h.ui.out.clear();
+        h.clock.advance_ms(1100); // past the one-second time-out, no answer since
+        timer1_tick(*h.ctx);
+        QVERIFY2(h.ui.out.endsWith(" Timeout Nr 1 Command:S\r\n"), qPrintable(h.ui.out));
+        QCOMPARE(h.received.value(0), QByteArray("S"));
+        QVERIFY(h.ctx->protocol.waiting_reply);
+        QCOMPARE(h.ctx->protocol.retry_count, 1);
     }
 
     // At version code "52" the schedule asks for ZEITEN0..6 and for the
