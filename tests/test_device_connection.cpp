@@ -6,6 +6,7 @@
 #include "fake_user_interface.h"
 #include "link/device_connection.h"
 #include "manual_clock.h"
+#include "protocol_harness.h"
 
 #include <QTest>
 
@@ -30,7 +31,7 @@ struct Harness {
 class TestDeviceConnection : public QObject {
     Q_OBJECT
 private slots:
-    void opens_with_the_line_settings_in_order() {
+    void opens_with_the_line_settings_in_order_and_closes_first_when_open() {
         Harness h;
         QVERIFY(link::open_device(h.ctx, false));
         QCOMPARE(h.link->calls, (QStringList{"list", "open 0", "baud 115200", "data 8 2 0",
@@ -38,53 +39,41 @@ private slots:
         QCOMPARE(h.ctx.link.device_handle, 7u);
         QCOMPARE(h.ui.out, QString("Handle:7\r\n"));
         QVERIFY(h.ui.messages.isEmpty());
+
+        // Opening again closes first.
+        QVERIFY(link::open_device(h.ctx, false));
+        QCOMPARE(h.link->calls.indexOf("close 7"), 7);
+        QCOMPARE(h.ui.out, QString("Handle:7\r\nDevice Closed\r\nHandle:7\r\n"));
     }
 
     void failures_data() {
-        QTest::addColumn<int>("devices");
-        QTest::addColumn<int>("failing");
-        QTest::addColumn<QString>("message");
-        QTest::addColumn<bool>("closed_after");
-        QTest::newRow("count fails") << 1 << int(FakeLink::list) << "DLL-Error:4" << false;
-        QTest::newRow("no device") << 0 << int(FakeLink::step_count) << "T2100\r\nT2200" << false;
-        QTest::newRow("two devices") << 2 << int(FakeLink::step_count) << "T20002" << false;
-        QTest::newRow("open") << 1 << int(FakeLink::open_step) << "T2300 DLL-Error:4" << false;
-        QTest::newRow("baud") << 1 << int(FakeLink::baud) << "T2400 DLL-Error:4" << true;
-        QTest::newRow("characteristics")
-            << 1 << int(FakeLink::characteristics) << "T2500 DLL-Error:4" << true;
-        QTest::newRow("flow") << 1 << int(FakeLink::flow) << "T2600 DLL-Error:4" << true;
-        QTest::newRow("dtr") << 1 << int(FakeLink::dtr) << "T2700 DLL-Error:4" << true;
-        QTest::newRow("timeouts") << 1 << int(FakeLink::timeouts) << "T2800 DLL-Error:4" << true;
+        // devices counted, step that fails, message, closed again
+        const Table<int, FakeLink::Step, QString, bool> row;
+        row("count fails", 1, FakeLink::list, "DLL-Error:4", false);
+        row("no device", 0, FakeLink::step_count, "T2100\r\nT2200", false);
+        row("two devices", 2, FakeLink::step_count, "T20002", false);
+        row("open", 1, FakeLink::open_step, "T2300 DLL-Error:4", false);
+        row("baud", 1, FakeLink::baud, "T2400 DLL-Error:4", true);
+        row("characteristics", 1, FakeLink::characteristics, "T2500 DLL-Error:4", true);
+        row("flow", 1, FakeLink::flow, "T2600 DLL-Error:4", true);
+        row("dtr", 1, FakeLink::dtr, "T2700 DLL-Error:4", true);
+        row("timeouts", 1, FakeLink::timeouts, "T2800 DLL-Error:4", true);
     }
     void failures() {
-        QFETCH(int, devices);
-        QFETCH(int, failing);
-        QFETCH(QString, message);
-        QFETCH(bool, closed_after);
+        const auto [devices, failing, message, closed_after] =
+            Table<int, FakeLink::Step, QString, bool>::fetch();
         for (bool silent : {false, true}) {
             Harness h;
             h.link->device_count = static_cast<std::uint32_t>(devices);
-            h.link->failing_step = static_cast<FakeLink::Step>(failing);
+            h.link->failing_step = failing;
             QVERIFY(!link::open_device(h.ctx, silent));
             QCOMPARE(h.ctx.link.device_handle, 0u);
             QCOMPARE(h.link->calls.contains("close 7"), closed_after);
-            if (silent) {
-                QVERIFY(h.ui.messages.isEmpty());
-            } else {
-                QCOMPARE(h.ui.messages, QStringList{message});
-            }
+            QCOMPARE(h.ui.messages, silent ? QStringList{} : QStringList{message});
             // Nothing is opened when the count is wrong.
             if (devices != 1)
                 QVERIFY(!h.link->calls.contains("open 0"));
         }
-    }
-
-    void reopening_closes_first() {
-        Harness h;
-        QVERIFY(link::open_device(h.ctx, false));
-        QVERIFY(link::open_device(h.ctx, false));
-        QCOMPARE(h.link->calls.indexOf("close 7"), 7);
-        QCOMPARE(h.ui.out, QString("Handle:7\r\nDevice Closed\r\nHandle:7\r\n"));
     }
 
     void close_reports_and_forgets_the_handle() {

@@ -7,6 +7,7 @@
 #include "firmware/firmware_update.h"
 #include "link/connection_state.h"
 #include "protocol/poll_cycle.h"
+#include "protocol_harness.h"
 #include "sim_helpers.h"
 
 #include <QFile>
@@ -20,15 +21,9 @@ using firmware::UpdateResult;
 
 namespace {
 
-// One data line as the loader takes it: 0x42, N, address, N bytes and a
-// checksum that makes the sum 0 mod 256; as hex text the way files hold it.
+// One data line as hex text, the way files hold it.
 QString data_line(int address, const QByteArray& data) {
-    QByteArray line = bytes_of({0x42, int(data.size()), address >> 8, address & 0xFF}) + data;
-    int sum = 0;
-    for (char c : line)
-        sum += static_cast<unsigned char>(c);
-    line += static_cast<char>((256 - sum % 256) % 256);
-    return QString::fromLatin1(line.toHex().toUpper());
+    return QString::fromLatin1(loader_line(address, data).toHex().toUpper());
 }
 
 // `n` lines of 16 bytes each, the usual length of a file's lines.
@@ -116,16 +111,9 @@ class TestFirmware : public QObject {
     Q_OBJECT
 private slots:
     void file_checks_data() {
-        QTest::addColumn<QStringList>("lines");
-        QTest::addColumn<int>("fault");
-        QTest::addColumn<int>("accepted");
-        QTest::addColumn<QString>("version");
-        QTest::addColumn<QStringList>("hardware");
+        // lines, fault, lines accepted, version, hardware identifiers
+        const Table<QStringList, FileFault, int, QString, QStringList> row;
         const QString a = data_line(0, "abc"), b = data_line(3, "def");
-        const auto row = [](const char* name, QStringList lines, FileFault fault, int accepted,
-                            QString version = {}, QStringList hardware = {}) {
-            QTest::newRow(name) << lines << int(fault) << accepted << version << hardware;
-        };
         row("lower-case key, blanks around =", {" version = 51 22 ", "hardware=AE61", a},
             FileFault::none, 1, "51 22", {"AE61"});
         row("two identifiers, blanks around |", {"VERSION=5122", "HARDWARE = AE60 | AE61 ", a},
@@ -134,25 +122,26 @@ private slots:
             {"VERSION=5122", "HARDWARE=AE61", "", "  " + a.toLower() + "  ", "", b},
             FileFault::none, 2, "5122", {"AE61"});
         row("data line not starting with 42", {"VERSION=1", "HARDWARE=AE61", a, b, "43" + a.mid(2)},
-            FileFault::bad_data_line, 2);
-        row("odd length", {"VERSION=1", "HARDWARE=AE61", a, a + "0"}, FileFault::bad_data_line, 1);
-        row("not a hex digit", {"VERSION=1", "HARDWARE=AE61", "42G0"}, FileFault::bad_data_line, 0);
+            FileFault::bad_data_line, 2, {}, {});
+        row("odd length", {"VERSION=1", "HARDWARE=AE61", a, a + "0"}, FileFault::bad_data_line, 1,
+            {}, {});
+        row("not a hex digit", {"VERSION=1", "HARDWARE=AE61", "42G0"}, FileFault::bad_data_line, 0,
+            {}, {});
         row("second = in the version line", {"VERSION=5122=1", "HARDWARE=AE61", a},
-            FileFault::no_version_line, 0);
-        row("hardware first", {"HARDWARE=AE61", "VERSION=5122", a}, FileFault::no_version_line, 0);
-        row("empty file", {}, FileFault::no_version_line, 0);
-        row("no hardware line", {"VERSION=5122", a}, FileFault::no_hardware_line, 0);
-        row("header only", {"VERSION=5122", "HARDWARE=AE61", ""}, FileFault::no_data_lines, 0);
+            FileFault::no_version_line, 0, {}, {});
+        row("hardware first", {"HARDWARE=AE61", "VERSION=5122", a}, FileFault::no_version_line, 0,
+            {}, {});
+        row("empty file", {}, FileFault::no_version_line, 0, {}, {});
+        row("no hardware line", {"VERSION=5122", a}, FileFault::no_hardware_line, 0, {}, {});
+        row("header only", {"VERSION=5122", "HARDWARE=AE61", ""}, FileFault::no_data_lines, 0, {},
+            {});
     }
     void file_checks() {
-        QFETCH(QStringList, lines);
-        QFETCH(int, fault);
-        QFETCH(int, accepted);
-        QFETCH(QString, version);
-        QFETCH(QStringList, hardware);
+        const auto [lines, fault, accepted, version, hardware] =
+            Table<QStringList, FileFault, int, QString, QStringList>::fetch();
         firmware::FirmwareImage image;
         const firmware::FileCheck check = firmware::parse_firmware_lines(lines, image);
-        QCOMPARE(int(check.fault), fault);
+        QCOMPARE(check.fault, fault);
         QCOMPARE(check.accepted, accepted);
         if (check.fault != FileFault::none)
             return;
@@ -162,20 +151,15 @@ private slots:
     }
 
     void progress_estimate_data() {
-        QTest::addColumn<int>("block");
-        QTest::addColumn<qint64>("now_ms");
-        QTest::addColumn<qint64>("remaining_ms");
-        QTest::addColumn<QString>("remaining");
+        const Table<int, qint64, qint64, QString> row; // block, now, ms left, shown
         // 2000 blocks from ms 1000 on.
-        QTest::newRow("first block: the floor") << 1 << qint64(1000) << qint64(80000) << "1:20";
-        QTest::newRow("after 100 at 45 ms") << 101 << qint64(5500) << qint64(85500) << "1:26";
-        QTest::newRow("last block") << 2000 << qint64(81000) << qint64(40) << "0:01";
+        row("first block: the floor", 1, 1000, 80000, "1:20");
+        row("after 100 at 45 ms", 101, 5500, 85500, "1:26");
+        row("last block", 2000, 81000, 40, "0:01");
     }
     void progress_estimate() {
-        QFETCH(int, block);
-        QFETCH(qint64, now_ms);
-        QFETCH(qint64, remaining_ms);
-        QFETCH(QString, remaining);
+        const auto [block, now_ms, remaining_ms, remaining] =
+            Table<int, qint64, qint64, QString>::fetch();
         const firmware::ProgressStep s = firmware::ProgressClock(2000, 1000).step(block, now_ms);
         QCOMPARE(s.elapsed_ms, now_ms - 1000);
         QCOMPARE(s.remaining_ms, remaining_ms);
@@ -231,17 +215,61 @@ private slots:
         QCOMPARE(b.linked.ui.notes, QStringList{b.text(8038) + " 5122"});
     }
 
-    // A failed update leaves the device in its loader, says so, and can be
-    // run again at once.
-    void failed_update_runs_again() {
+    // The loader's answers to data lines: a refusal on the first or first two
+    // attempts is overcome, anything but a plain ">" three times is not. A
+    // failed update leaves the device in its loader, says so, and can be run
+    // again at once.
+    void acknowledgement_data() {
+        // faults, result, failure after text 105, lines programmed, data line writes
+        const Table<QByteArray, UpdateResult, QString, int, int> row;
+        row("line 2 taken on the second attempt", "NAK_LINE=2\nNAK_ATTEMPTS=1", UpdateResult::done,
+            "", 3, 4);
+        row("line 2 taken on the third attempt", "NAK_LINE=2\nNAK_ATTEMPTS=2", UpdateResult::done,
+            "", 3, 5);
+        row("line 2 never taken", "NAK_LINE=2\nNAK_ATTEMPTS=always", UpdateResult::block_refused,
+            " 2:'E'", 1, 4);
+        row("doubled acknowledgement", "ACK_FORM=doubled", UpdateResult::block_refused, " 1:'>>'",
+            3, 3);
+        row("acknowledgement with a blank", "ACK_FORM=blank", UpdateResult::block_refused,
+            " 1:'> '", 3, 3);
+        row("silent loader", "SILENT=on", UpdateResult::no_sync, "", 0, 0);
+    }
+    void acknowledgement() {
+        const auto [faults, result, failure, programmed, writes] =
+            Table<QByteArray, UpdateResult, QString, int, int>::fetch();
         Bench b;
         AppContext& ctx = b.linked.ctx;
-        b.linked.device->set_faults(scenario_from("NAK_LINE=2\nNAK_ATTEMPTS=always\n").faults);
+        // The faults come on once the record is read: silence would stop the connect.
+        b.linked.device->set_faults(scenario_from(faults + "\n").faults);
         const QString path = b.file(header + data_lines(3));
-        QCOMPARE(b.update(path), UpdateResult::block_refused);
+        QCOMPARE(b.update(path), result);
+        QCOMPARE(b.linked.device->boot_loader().programmed_lines().size(), programmed);
+        QCOMPARE(b.data_line_writes(), writes);
+        QVERIFY(!b.linked.ui.busy);
+        const QStringList& shown = b.linked.ui.messages;
+        QCOMPARE(shown.size(), 1);
+        const bool failed = result != UpdateResult::done;
+        QCOMPARE(b.linked.device->in_boot_loader(), failed);
+        QCOMPARE(ctx.link.boot_loader, failed);
+        if (!failed)
+            return;
+        // The dialog is gone before the message; the device stays in its
+        // loader, the message says what to do and the controls are off.
+        QCOMPARE(b.progress.log, (QStringList{"begin 3", "end"}));
+        const QString what = result == UpdateResult::no_sync ? b.text(103) : b.text(105) + failure;
+        QCOMPARE(shown[0], what + "\r\n" + b.text(106));
         QCOMPARE(b.linked.ui.connection_states.last(), ConnectionState::boot_loader);
         QCOMPARE(b.linked.ui.connection_text, b.text(8004));
         QVERIFY(!link::device_controls_enabled(ctx));
+        // Sync failed: three requests; never an "R".
+        int syncs = 0, restarts = 0;
+        for (const auto& e : b.heard) {
+            syncs += e.request == "I";
+            restarts += e.request == "R";
+        }
+        QCOMPARE(restarts, 0);
+        if (result == UpdateResult::no_sync)
+            QCOMPARE(syncs, 3);
 
         b.linked.device->set_faults({});
         QCOMPARE(b.update(path), UpdateResult::done);
@@ -249,86 +277,21 @@ private slots:
         QCOMPARE(b.linked.ui.connection_states.last(), ConnectionState::connected);
     }
 
-    // The loader's answers to data lines: a refusal on the first or first two
-    // attempts is overcome, anything but a plain ">" three times is not.
-    void acknowledgement_data() {
-        QTest::addColumn<QByteArray>("faults");
-        QTest::addColumn<int>("result");
-        QTest::addColumn<QString>("failure"); // after text 105, or 103 for a failed sync
-        QTest::addColumn<int>("programmed");
-        QTest::addColumn<int>("writes");
-        QTest::newRow("line 2 taken on the third attempt")
-            << QByteArray("NAK_LINE=2\nNAK_ATTEMPTS=2") << int(UpdateResult::done) << "" << 3 << 5;
-        QTest::newRow("line 2 never taken")
-            << QByteArray("NAK_LINE=2\nNAK_ATTEMPTS=always") << int(UpdateResult::block_refused)
-            << " 2:'E'" << 1 << 4;
-        QTest::newRow("doubled acknowledgement")
-            << QByteArray("ACK_FORM=doubled") << int(UpdateResult::block_refused) << " 1:'>>'" << 3
-            << 3;
-        QTest::newRow("acknowledgement with a blank")
-            << QByteArray("ACK_FORM=blank") << int(UpdateResult::block_refused) << " 1:'> '" << 3
-            << 3;
-        QTest::newRow("silent loader")
-            << QByteArray("SILENT=on") << int(UpdateResult::no_sync) << "" << 0 << 0;
-    }
-    void acknowledgement() {
-        QFETCH(QByteArray, faults);
-        QFETCH(int, result);
-        QFETCH(QString, failure);
-        QFETCH(int, programmed);
-        QFETCH(int, writes);
-        Bench b;
-        // The faults come on once the record is read: silence would stop the connect.
-        const sim::Scenario with_faults = scenario_from(faults + "\n");
-        b.linked.device->set_faults(with_faults.faults);
-        QCOMPARE(int(b.update(b.file(header + data_lines(3)))), result);
-        QCOMPARE(b.linked.device->boot_loader().programmed_lines().size(), programmed);
-        QCOMPARE(b.data_line_writes(), writes);
-        QVERIFY(!b.linked.ui.busy);
-        const QStringList& shown = b.linked.ui.messages;
-        QCOMPARE(shown.size(), 1);
-        QCOMPARE(b.linked.device->in_boot_loader(), result != int(UpdateResult::done));
-        QCOMPARE(b.linked.ctx.link.boot_loader, result != int(UpdateResult::done));
-        if (result == int(UpdateResult::done))
-            return;
-        // The dialog is gone before the message; the device stays in its
-        // loader and the message says what to do.
-        QCOMPARE(b.progress.log, (QStringList{"begin 3", "end"}));
-        const QString what =
-            result == int(UpdateResult::no_sync) ? b.text(103) : b.text(105) + failure;
-        QCOMPARE(shown[0], what + "\r\n" + b.text(106));
-        // Sync failed: three requests, no "R".
-        int syncs = 0, restarts = 0;
-        for (const auto& e : b.heard) {
-            syncs += e.request == "I";
-            restarts += e.request == "R";
-        }
-        QCOMPARE(restarts, 0);
-        if (result == int(UpdateResult::no_sync))
-            QCOMPARE(syncs, 3);
-    }
-
     // Whatever is refused is refused before the device hears anything.
     void refused_before_anything_is_sent_data() {
-        QTest::addColumn<QStringList>("lines");
-        QTest::addColumn<bool>("confirm");
-        QTest::addColumn<QStringList>("texts"); // "#n" language text n, or literal text
-        QTest::addColumn<bool>("asked");
+        // lines, answer to the question, message ("#n" language text n, or
+        // literal text), asked
+        const Table<QStringList, bool, QStringList, bool> row;
         const QStringList lines = data_lines(2);
-        QTest::newRow("wrong hardware")
-            << QStringList{"VERSION=6001", "HARDWARE=AE60|AE62"} + lines << true
-            << QStringList{"#102", "\r\n", "#101", " AE61\r\n", "#100", " 6001"} << false;
-        QTest::newRow("second identifier matches, answered no")
-            << QStringList{"VERSION=5122", "HARDWARE= AE60 | AE61"} + lines << false
-            << QStringList{} << true;
-        QTest::newRow("bad data line") << header + lines + QStringList{"4", "42"} << true
-                                       << QStringList{"#3803", " 2"} << false;
+        row("wrong hardware", QStringList{"VERSION=6001", "HARDWARE=AE60|AE62"} + lines, true,
+            {"#102", "\r\n", "#101", " AE61\r\n", "#100", " 6001"}, false);
+        row("second identifier matches, answered no",
+            QStringList{"VERSION=5122", "HARDWARE= AE60 | AE61"} + lines, false, {}, true);
+        row("bad data line", header + lines + QStringList{"4", "42"}, true, {"#3803", " 2"}, false);
     }
     void refused_before_anything_is_sent() {
-        QFETCH(QStringList, lines);
-        QFETCH(bool, confirm);
-        QFETCH(QStringList, texts);
-        QFETCH(bool, asked);
+        const auto [lines, confirm, texts, asked] =
+            Table<QStringList, bool, QStringList, bool>::fetch();
         Bench b;
         QCOMPARE(b.update(b.file(lines), confirm), UpdateResult::left);
         QString expected;

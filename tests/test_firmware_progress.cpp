@@ -22,12 +22,7 @@ private slots:
 
         dialog.begin(2000);
         QVERIFY(dialog.isVisible());
-        firmware::ProgressStep step;
-        step.block = 101;
-        step.blocks = 2000;
-        step.elapsed_ms = 4500;
-        step.remaining_ms = 85500;
-        dialog.block(step);
+        dialog.block(firmware::ProgressStep{101, 2000, 4500, 85500});
         QCOMPARE(dialog.caption(), QString("Software Update Block 101/2000"));
         QCOMPARE(dialog.bar_value(), 100);
         QCOMPARE(dialog.bar_maximum(), 2000);

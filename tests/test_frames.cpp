@@ -10,7 +10,7 @@
 #include "protocol/frames.h"
 #include "protocol/hex.h"
 
-#include "test_bytes.h"
+#include "protocol_harness.h"
 
 #include <QTest>
 
@@ -38,8 +38,6 @@ private slots:
     // Every entry of the table against the polynomial worked bit by bit, and
     // the table-driven checksum against the bitwise one over every byte value.
     void crc_table_is_the_standard_one() {
-        QCOMPARE(protocol::crc_table[1], 0x1021);
-        QCOMPARE(protocol::crc_table[255], 0x1EF0);
         const auto shift = [](std::uint16_t crc) {
             return static_cast<std::uint16_t>(crc & 0x8000 ? (crc << 1) ^ 0x1021 : crc << 1);
         };
@@ -62,16 +60,13 @@ private slots:
     }
 
     void frames_on_the_wire_data() {
-        QTest::addColumn<QByteArray>("payload");
-        QTest::addColumn<QByteArray>("wire");
-        QTest::newRow("I") << QByteArray("I") << bytes_of({0x23, 0x31, 0x49, 0x14, 0x53});
-        QTest::newRow("four-byte payload")
-            << bytes_of({0x65, 0x00, 0x10, 0x04})
-            << bytes_of({0x23, 0x34, 0x65, 0x00, 0x10, 0x04, 0xDC, 0x93});
+        const Table<QByteArray, QByteArray> row; // payload, bytes on the wire
+        row("I", "I", bytes_of({0x23, 0x31, 0x49, 0x14, 0x53}));
+        row("four-byte payload", bytes_of({0x65, 0x00, 0x10, 0x04}),
+            bytes_of({0x23, 0x34, 0x65, 0x00, 0x10, 0x04, 0xDC, 0x93}));
     }
     void frames_on_the_wire() {
-        QFETCH(QByteArray, payload);
-        QFETCH(QByteArray, wire);
+        const auto [payload, wire] = Table<QByteArray, QByteArray>::fetch();
         QCOMPARE(protocol::build_frame(payload), wire);
 
         Harness h;
@@ -88,9 +83,7 @@ private slots:
         QVERIFY(h.ctx.comm_log.comm_log.startsWith("OUT "));
     }
 
-    void hex_helpers() {
-        QCOMPARE(protocol::hex_dump(bytes_of({0x23, 0x31, 0x49, 0x14, 0x53})),
-                 QString("23 31 49 14 53 "));
+    void hex_digits() {
         QCOMPARE(protocol::hex_digits(0x1453, 4), QString("1453"));
         QCOMPARE(protocol::hex_digits(0xA, 4), QString("000A"));
         QCOMPARE(protocol::hex_digits(0x12345, 4), QString("2345"));
@@ -99,54 +92,35 @@ private slots:
     // Each row feeds the receiver in chunks and lists the payloads that must
     // come out, and how many reports land on the developer page.
     void parse_data() {
-        QTest::addColumn<QList<QByteArray>>("chunks");
-        QTest::addColumn<QList<QByteArray>>("expected");
-        QTest::addColumn<QStringList>("reports");
-
+        // chunks fed to the receiver, payloads that come out, reports on the
+        // developer page
+        const Table<QList<QByteArray>, QList<QByteArray>, QStringList> row;
         const QByteArray i = protocol::build_frame("I");
-        const QByteArray s = protocol::build_frame(bytes_of({'S', 0x01, 0x2C}));
-        QTest::newRow("garbage before #") << QList<QByteArray>{QByteArray("xx\x00\xff", 4) + i}
-                                          << QList<QByteArray>{"I"} << QStringList{};
-        QTest::newRow("two frames in one read")
-            << QList<QByteArray>{i + s} << QList<QByteArray>{"I", bytes_of({'S', 0x01, 0x2C})}
-            << QStringList{};
-        QTest::newRow("one frame over two reads")
-            << QList<QByteArray>{s.left(3), s.mid(3)}
-            << QList<QByteArray>{bytes_of({'S', 0x01, 0x2C})} << QStringList{};
-
+        const QByteArray s_payload = bytes_of({'S', 0x01, 0x2C});
+        const QByteArray s = protocol::build_frame(s_payload);
+        row("garbage before #", {QByteArray("xx\x00\xff", 4) + i}, {"I"}, {});
+        row("two frames in one read", {i + s}, {"I", s_payload}, {});
+        row("one frame over two reads", {s.left(3), s.mid(3)}, {s_payload}, {});
         // A length character of "0"+101 is rejected; the "#" of a good frame
         // hidden in the bytes behind it is found.
-        QByteArray bad_len = bytes_of({'#', 0x30 + 101, 'x'}) + i;
-        QTest::newRow("bad length resynchronises")
-            << QList<QByteArray>{bad_len} << QList<QByteArray>{"I"}
-            << QStringList{":Invalid clen101\r\n"};
-        QByteArray below_zero = bytes_of({'#', 0x2F}) + i;
-        QTest::newRow("length below zero")
-            << QList<QByteArray>{below_zero} << QList<QByteArray>{"I"}
-            << QStringList{":Invalid clen-1\r\n"};
-
+        row("bad length resynchronises", {bytes_of({'#', 0x30 + 101, 'x'}) + i}, {"I"},
+            {":Invalid clen101\r\n"});
+        row("length below zero", {bytes_of({'#', 0x2F}) + i}, {"I"}, {":Invalid clen-1\r\n"});
         // A frame whose payload carries a complete valid frame: the outer CRC
         // is broken, so scanning one byte on finds the inner frame.
         QByteArray outer = protocol::build_frame(bytes_of({'e'}) + i);
         outer[outer.size() - 1] = static_cast<char>(outer.at(outer.size() - 1) ^ 0x01);
         const std::uint16_t good = protocol::calc_crc(outer.mid(1, outer.size() - 3));
-        const QString crc_report =
-            QStringLiteral("Invalid CRC%1/%2")
-                .arg(protocol::hex_digits(good ^ 0x01, 4), protocol::hex_digits(good, 4));
-        QTest::newRow("bad CRC resynchronises inside the frame")
-            << QList<QByteArray>{outer} << QList<QByteArray>{"I"} << QStringList{crc_report};
-
+        row("bad CRC resynchronises inside the frame", {outer}, {"I"},
+            {QStringLiteral("Invalid CRC%1/%2")
+                 .arg(protocol::hex_digits(good ^ 0x01, 4), protocol::hex_digits(good, 4))});
         const QByteArray empty = protocol::build_frame({});
-        QTest::newRow("empty payload alone waits")
-            << QList<QByteArray>{empty} << QList<QByteArray>{} << QStringList{};
-        QTest::newRow("empty payload taken once a byte follows")
-            << QList<QByteArray>{empty, QByteArray("z")} << QList<QByteArray>{QByteArray()}
-            << QStringList{};
+        row("empty payload alone waits", {empty}, {}, {});
+        row("empty payload taken once a byte follows", {empty, "z"}, {QByteArray()}, {});
     }
     void parse() {
-        QFETCH(QList<QByteArray>, chunks);
-        QFETCH(QList<QByteArray>, expected);
-        QFETCH(QStringList, reports);
+        const auto [chunks, expected, reports] =
+            Table<QList<QByteArray>, QList<QByteArray>, QStringList>::fetch();
         Harness h;
         for (const QByteArray& c : chunks)
             protocol::parse_frames(h.ctx, c);

@@ -4,12 +4,14 @@
 
 #include "link/ftdi_link.h"
 #include "link/ftdi_mapping.h"
+#include "protocol_harness.h"
 
 #include <QTest>
 
 #include <ftdi.h>
 
 using namespace veltrako;
+using namespace veltrako::testing;
 
 class TestFtdiLink : public QObject {
     Q_OBJECT
@@ -33,39 +35,31 @@ private slots:
     // word length, stop bits value, parity value -> libftdi bits, stop bits,
     // parity; an empty result is a refusal.
     void line_property_data() {
-        QTest::addColumn<QList<int>>("given");
-        QTest::addColumn<QList<int>>("expected");
-        QTest::newRow("device setting")
-            << QList<int>{8, 2, 0} << QList<int>{BITS_8, STOP_BIT_2, NONE};
-        QTest::newRow("one stop bit is value 0")
-            << QList<int>{8, 0, 0} << QList<int>{BITS_8, STOP_BIT_1, NONE};
-        QTest::newRow("7 bits, even")
-            << QList<int>{7, 0, 2} << QList<int>{BITS_7, STOP_BIT_1, EVEN};
-        QTest::newRow("stop bits value 1") << QList<int>{8, 1, 0} << QList<int>{};
-        QTest::newRow("6 data bits") << QList<int>{6, 2, 0} << QList<int>{};
-        QTest::newRow("parity value 5") << QList<int>{8, 2, 5} << QList<int>{};
+        const Table<QList<int>, QList<int>> row;
+        row("device setting", {8, 2, 0}, {BITS_8, STOP_BIT_2, NONE});
+        row("one stop bit is value 0", {8, 0, 0}, {BITS_8, STOP_BIT_1, NONE});
+        row("7 bits, even", {7, 0, 2}, {BITS_7, STOP_BIT_1, EVEN});
+        row("stop bits value 1", {8, 1, 0}, {});
+        row("6 data bits", {6, 2, 0}, {});
+        row("parity value 5", {8, 2, 5}, {});
     }
     void line_property() {
-        QFETCH(QList<int>, given);
+        const auto [given, expected] = Table<QList<int>, QList<int>>::fetch();
         const auto p = link::ftdi::line_property(static_cast<std::uint8_t>(given[0]),
                                                  static_cast<std::uint8_t>(given[1]),
                                                  static_cast<std::uint8_t>(given[2]));
-        QTEST(p ? QList<int>({p->bits, p->stop_bits, p->parity}) : QList<int>(), "expected");
+        QCOMPARE(p ? QList<int>({p->bits, p->stop_bits, p->parity}) : QList<int>(), expected);
     }
 
     void refused_usb_access_points_to_the_udev_rule_data() {
-        QTest::addColumn<int>("code");
-        QTest::addColumn<bool>("opening");
-        QTest::addColumn<bool>("hint");
-        QTest::newRow("no permission") << -8 << true << true;
-        QTest::newRow("node not openable") << -4 << true << true;
-        QTest::newRow("kernel driver holds it") << -5 << true << false;
-        QTest::newRow("not while opening") << -4 << false << false;
+        const Table<int, bool, bool> row; // libusb code, while opening, hint given
+        row("no permission", -8, true, true);
+        row("node not openable", -4, true, true);
+        row("kernel driver holds it", -5, true, false);
+        row("not while opening", -4, false, false);
     }
     void refused_usb_access_points_to_the_udev_rule() {
-        QFETCH(int, code);
-        QFETCH(bool, opening);
-        QFETCH(bool, hint);
+        const auto [code, opening, hint] = Table<int, bool, bool>::fetch();
         const QString sentence = link::ftdi::failure_text(code, "libusb said no", opening);
         QVERIFY2(sentence.contains(QStringLiteral("libusb said no (%1)").arg(code)),
                  qPrintable(sentence));

@@ -11,6 +11,7 @@
 #include "protocol/commands.h"
 #include "protocol/poll_cycle.h"
 #include "protocol/response_interpreter.h"
+#include "protocol_harness.h"
 #include "sim/concentrator.h"
 #include "sim/scenario.h"
 
@@ -40,6 +41,11 @@ struct Harness {
         for (int n : {4, 5})
             ctx->language.language_text[n] = QStringLiteral("text%1").arg(n);
     }
+    // Connected, the initial sequence answered.
+    void connect(int ticks = 40) {
+        connect_routine(*ctx);
+        tick(ticks);
+    }
     void tick(int n = 1) {
         for (int i = 0; i < n; ++i) {
             clock.advance_ms(50);
@@ -62,6 +68,12 @@ struct Harness {
         f.unplug = !in;
         device->set_faults(f);
     }
+    QList<QByteArray> queued() const {
+        QList<QByteArray> q;
+        for (int i = 1; i <= ctx->protocol.queue_count; ++i)
+            q << ctx->protocol.send_queue[std::size_t(i)];
+        return q;
+    }
 
     ManualClock clock;
     FakeUserInterface ui;
@@ -81,16 +93,13 @@ class TestPollCycle : public QObject {
     Q_OBJECT
 private slots:
     void initial_sequence_goes_out_in_order_data() {
-        QTest::addColumn<QByteArray>("sw");
-        QTest::addColumn<QList<QByteArray>>("withheld");
-        QTest::newRow("version 53: everything") << QByteArray("5301") << QList<QByteArray>{};
-        QTest::newRow("version 52: no \"!\"") << QByteArray("5201") << QList<QByteArray>{"!"};
-        QTest::newRow("version 21: no U, O, X, \"!\"")
-            << QByteArray("2141") << QList<QByteArray>{"U", "O", "X", "!"};
+        const Table<QByteArray, QList<QByteArray>> row; // version, commands withheld
+        row("version 53: everything", "5301", {});
+        row("version 52: no \"!\"", "5201", {"!"});
+        row("version 21: no U, O, X, \"!\"", "2141", {"U", "O", "X", "!"});
     }
     void initial_sequence_goes_out_in_order() {
-        QFETCH(QByteArray, sw);
-        QFETCH(QList<QByteArray>, withheld);
+        const auto [sw, withheld] = Table<QByteArray, QList<QByteArray>>::fetch();
         Harness h(sw);
         connect_routine(*h.ctx);
         QVERIFY(h.ui.busy);
@@ -105,8 +114,7 @@ private slots:
 
     void withheld_command_does_not_block_the_next() {
         Harness h("5201");
-        connect_routine(*h.ctx);
-        h.tick(30);
+        h.connect(30);
         h.received.clear();
         h.ctx->protocol.queue_count = 0;
         h.ctx->protocol.waiting_reply = false;
@@ -130,12 +138,15 @@ private slots:
         QCOMPARE(h.ctx->protocol.queue_count, 0);
     }
 
-    void silent_device_is_asked_three_times_then_closed() {
+    // A silent device is asked three times more, then given up, reconnected
+    // silently and given up again, over and over; the technician is told once
+    // per lost connection, and the status bar says meanwhile that it does not
+    // answer.
+    void silent_device_is_given_up_with_one_message_per_loss() {
         Harness h;
         connect_routine(*h.ctx);
         h.set_silent(true);
-        h.tick(1); // sends "?"
-        h.tick(100);
+        h.tick(101); // the first sends "?"
         const QStringList lines = h.ui.out.split("\r\n", Qt::SkipEmptyParts);
         QStringList timeouts = lines.filter(" Timeout Nr ");
         QCOMPARE(timeouts.size(), 3);
@@ -147,23 +158,12 @@ private slots:
         QVERIFY(lines.contains("Device Closed"));
         QCOMPARE(h.ui.page, Page::geraet);
         QVERIFY(h.ctx->timer1.enabled());
-    }
 
-    // A device that stays silent is given up, reconnected silently and given
-    // up again, over and over; the technician is told once per lost
-    // connection, and the status bar says meanwhile that it does not answer.
-    void one_message_per_lost_connection() {
-        Harness h;
-        connect_routine(*h.ctx);
-        h.tick(40);
-        QCOMPARE(h.ctx->link.connection, ConnectionState::connected);
-        const qsizetype before = h.ui.connection_states.size();
-        h.set_silent(true);
-        h.tick(600); // 30 s
+        h.tick(600); // 30 s more
         QCOMPARE(h.ui.messages, QStringList{"text4\r\ntext5"});
         QVERIFY2(h.ui.out.count("Device Closed") >= 3, qPrintable(h.ui.out)); // given up again
         QCOMPARE(h.ctx->link.connection, ConnectionState::not_answering);
-        QVERIFY(!h.ui.connection_states.mid(before).contains(ConnectionState::connected));
+        QVERIFY(!h.ui.connection_states.contains(ConnectionState::connected));
 
         // It answers again: connected; when it falls silent once more, that
         // is a new loss with its own message.
@@ -173,24 +173,19 @@ private slots:
         h.set_silent(true);
         h.tick(200);
         QCOMPARE(h.ui.messages.size(), 2);
+        QCOMPARE(h.ui.connection_states.last(), ConnectionState::not_answering);
     }
 
     // The answer time-out looks only at the clock: a silent device is asked
-    // again whether or not a command is outstanding.
-    void timeout_fires_with_or_without_a_command_outstanding_data() {
-        QTest::addColumn<bool>("outstanding");
-        QTest::newRow("answer outstanding") << true;
-        QTest::newRow("nothing outstanding") << false;
-    }
-    void timeout_fires_with_or_without_a_command_outstanding() {
-        QFETCH(bool, outstanding);
+    // again even with no command outstanding (with one outstanding, see the
+    // silent device above).
+    void timeout_fires_without_a_command_outstanding() {
         Harness h;
-        connect_routine(*h.ctx);
-        h.tick(40);
+        h.connect();
         QVERIFY(h.ctx->device.live_valid);
         h.drain();
         h.ctx->protocol.queue_count = 0;
-        h.ctx->protocol.waiting_reply = outstanding;
+        h.ctx->protocol.waiting_reply = false;
         h.ctx->protocol.last_command = "S";
         h.received.clear();
         h.ui.out.clear();
@@ -206,20 +201,15 @@ private slots:
     // information text, and the queue then withholds the information text,
     // which only "53" on understands; at "51" neither is asked for.
     void schedule_at_the_version_boundary_data() {
-        QTest::addColumn<QByteArray>("sw");
-        QTest::addColumn<bool>("timings");
-        QTest::addColumn<bool>("info_sent");
-        QTest::newRow("version 51") << QByteArray("511") << false << false;
-        QTest::newRow("version 52") << QByteArray("521") << true << false;
-        QTest::newRow("version 53") << QByteArray("531") << true << true;
+        const Table<QByteArray, bool, bool> row; // version, timings asked, "!" sent
+        row("version 51", "511", false, false);
+        row("version 52", "521", true, false);
+        row("version 53", "531", true, true);
     }
     void schedule_at_the_version_boundary() {
-        QFETCH(QByteArray, sw);
-        QFETCH(bool, timings);
-        QFETCH(bool, info_sent);
+        const auto [sw, timings, info_sent] = Table<QByteArray, bool, bool>::fetch();
         Harness h(sw);
-        connect_routine(*h.ctx);
-        h.tick(40);
+        h.connect();
         QCOMPARE(h.ctx->device.family_code, QString::fromLatin1(sw.left(2)));
         // Ticks 21..35 of a 400-tick period, with the device silent and the
         // time-out out of reach, so that everything scheduled stays queued.
@@ -230,16 +220,13 @@ private slots:
         h.ctx->protocol.waiting_reply = true;
         h.ctx->protocol.tick_count = 400 * 7 + 20;
         h.tick(15);
-        QList<QByteArray> queued;
-        for (int i = 1; i <= h.ctx->protocol.queue_count; ++i)
-            queued << h.ctx->protocol.send_queue[std::size_t(i)];
         const auto r = [](int i) { return cmd::read_timing(i); };
         // "I" and "T" come due again in the window but are already waiting.
         const QList<QByteArray> window{r(0), r(1), "I",  r(2), "T", r(3),
                                        r(4), r(5), r(6), "S",  "!"};
         const QList<QByteArray> expected =
             timings ? window : without(window, {r(0), r(1), r(2), r(3), r(4), r(5), r(6), "!"});
-        QCOMPARE(queued, expected);
+        QCOMPARE(h.queued(), expected);
 
         // Sent one by one: only the information text may be held back.
         h.received.clear();
@@ -255,8 +242,7 @@ private slots:
     // request that still waits, even one typed in by hand, is not queued again.
     void silence_does_not_fill_the_queue() {
         Harness h;
-        connect_routine(*h.ctx);
-        h.tick(40);
+        h.connect();
         h.set_silent(true);
         h.drain();
         h.ctx->config.TIMEOUT = 1e6;
@@ -265,19 +251,15 @@ private slots:
         h.tick(4000);
         QCOMPARE(h.ui.messages, QStringList{});
         QVERIFY(h.ctx->timer1.enabled());
-        const ProtocolState& p = h.ctx->protocol;
-        QMap<QByteArray, int> queued;
-        for (int i = 1; i <= p.queue_count; ++i)
-            queued[p.send_queue[std::size_t(i)]] += 1;
-        QCOMPARE(queued.size(), p.queue_count); // every request once
+        const QList<QByteArray> queued = h.queued();
+        QCOMPARE(QSet<QByteArray>(queued.begin(), queued.end()).size(), queued.size());
         QVERIFY(queued.contains("I") && queued.contains(cmd::read_timing(6)));
     }
 
     // The general reset returns every part of the link state to idle at once.
     void reset_link_state_clears_everything() {
         Harness h;
-        connect_routine(*h.ctx);
-        h.tick(40);
+        h.connect();
         int resets = 0;
         h.ctx->hooks.link_reset = [&] { ++resets; };
         ProtocolState& p = h.ctx->protocol;
@@ -332,16 +314,12 @@ private slots:
     }
 
     void periodic_schedule_over_400_ticks_data() {
-        QTest::addColumn<QByteArray>("sw");
-        QTest::addColumn<int>("info");
-        QTest::addColumn<int>("timings");
-        QTest::newRow("version 53") << QByteArray("5301") << 4 << 7;
-        QTest::newRow("version 51") << QByteArray("5121") << 0 << 0;
+        const Table<QByteArray, int, int> row; // version, "!" and timing reads sent
+        row("version 53", "5301", 4, 7);
+        row("version 51", "5121", 0, 0);
     }
     void periodic_schedule_over_400_ticks() {
-        QFETCH(QByteArray, sw);
-        QFETCH(int, info);
-        QFETCH(int, timings);
+        const auto [sw, info, timings] = Table<QByteArray, int, int>::fetch();
         Harness h(sw);
         connect_routine(*h.ctx);
         // Settle, then start the window right after a multiple of 400.
@@ -352,60 +330,35 @@ private slots:
         QMap<QByteArray, int> sent;
         for (const QByteArray& p : h.received)
             sent[p] += 1;
-        QCOMPARE(sent.value("I"), 100);
-        QCOMPARE(sent.value("T"), 50);
-        QCOMPARE(sent.value("S"), 10);
-        QCOMPARE(sent.value(cmd::read_hours()), 1);
-        QCOMPARE(sent.value("!"), info);
         int r = 0;
         for (int i = 0; i <= 6; ++i)
             r += sent.value(cmd::read_timing(i));
-        QCOMPARE(r, timings);
+        // I, T, S, operating hours, information text, timings
+        QCOMPARE((QList<int>{sent.value("I"), sent.value("T"), sent.value("S"),
+                             sent.value(cmd::read_hours()), sent.value("!"), r}),
+                 (QList<int>{100, 50, 10, 1, info, timings}));
         QCOMPARE(h.ctx->protocol.retry_count, 0);
-    }
-
-    void automatic_status_readout_for_family_70_on() {
-        Harness h("7E12", "STATUS_GENERATE=3\n");
-        h.ctx->config.AUTOSAVE = "1";
-        int saved = 0;
-        int shown = 0;
-        h.ctx->hooks.status_save_due = [&] { ++saved; };
-        h.ctx->hooks.status_readout_complete = [&] { ++shown; };
-        connect_routine(*h.ctx);
-        h.tick(400);
-        QCOMPARE(h.received.count(cmd::read_status_record(1)), 1);
-        QCOMPARE(h.received.count(cmd::read_status_record(4)), 1); // the erased end of the list
-        QCOMPARE(h.ctx->status.record_count(), 3);
-        QCOMPARE(shown, 1);
-        QCOMPARE(saved, 1);
     }
 
     // Record reads go on without waiting for the next tick: each as soon as
     // the answer before it was handled, or, once a readout has shown a slow
     // device, 20 ms after the one before.
     void compliance_reads_run_without_waiting_for_ticks_data() {
-        QTest::addColumn<bool>("paced");
-        QTest::addColumn<int>("least_ms");
-        QTest::addColumn<int>("most_ms");
-        QTest::newRow("as fast as the answers come") << false << 59 << 59 * 5;
-        QTest::newRow("paced after a repetition") << true << 59 * 20 << 60 * 20;
+        const Table<bool, int, int> row; // paced, least and most ms waited
+        row("as fast as the answers come", false, 59, 59 * 5);
+        row("paced after a repetition", true, 59 * 20, 60 * 20);
     }
     void compliance_reads_run_without_waiting_for_ticks() {
-        QFETCH(bool, paced);
-        QFETCH(int, least_ms);
-        QFETCH(int, most_ms);
+        const auto [paced, least_ms, most_ms] = Table<bool, int, int>::fetch();
         Harness h;
-        connect_routine(*h.ctx);
-        h.tick(40);
+        h.connect();
         h.received.clear();
         h.ctx->protocol.queue_count = 0;
         h.ctx->protocol.waiting_reply = false;
         h.ctx->protocol.paced_reads = paced;
         for (int n = 0; n < 60; ++n)
             queue_command(*h.ctx, cmd::compliance_record(std::uint16_t(n)));
-        int nested = 0;
-        int waits = 0;
-        int waited_ms = 0;
+        int nested = 0, waits = 0, waited_ms = 0;
         h.clock.on_wait = [&](int ms) {
             ++waits;
             waited_ms += ms;
@@ -425,8 +378,7 @@ private slots:
 
     void timeout_survives_midnight() {
         Harness h;
-        connect_routine(*h.ctx);
-        h.tick(40);
+        h.connect();
         h.clock.set_now(QDateTime(QDate(2026, 3, 2), QTime(23, 59, 59, 800), Qt::UTC));
         h.ctx->device.last_answer_time = seconds_since_midnight(h.clock.now());
         h.set_silent(true);

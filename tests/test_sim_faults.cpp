@@ -4,6 +4,7 @@
 // lines acknowledged with ">" (or refused with "E"), and "R" back to the
 // application with the new firmware's identity.
 
+#include "protocol_harness.h"
 #include "sim_helpers.h"
 
 #include <QTest>
@@ -28,16 +29,6 @@ QList<int> answered_indexes(const QList<QByteArray>& payloads) {
     return out;
 }
 
-// 0x42, N, address, N data bytes, and a checksum making the sum 0 mod 256.
-QByteArray data_line(int address, const QByteArray& data, bool good = true) {
-    QByteArray line = bytes_of({0x42, int(data.size()), address >> 8, address & 0xFF}) + data;
-    int sum = 0;
-    for (char c : line)
-        sum += static_cast<unsigned char>(c);
-    line += static_cast<char>((256 - sum % 256 + (good ? 0 : 1)) % 256);
-    return line;
-}
-
 const QByteArray quiet = "NOISE=off\n";
 
 // A device whose boot loader runs.
@@ -56,12 +47,8 @@ class TestSimFaults : public QObject {
 private slots:
     // Nine requests in one go, each answer carrying its request's index.
     void answers_under_faults_data() {
-        QTest::addColumn<QByteArray>("faults");
-        QTest::addColumn<QList<int>>("good");
-        QTest::addColumn<int>("bad"); // at least; a damaged frame takes one try per "#" in it
-        const auto row = [](const char* name, const char* faults, QList<int> good, int bad) {
-            QTest::newRow(name) << QByteArray(faults) << good << bad;
-        };
+        // faults, indexes answered, damaged frames at least (one try per "#" in it)
+        const Table<QByteArray, QList<int>, int> row;
         const QList<int> all{0, 1, 2, 3, 4, 5, 6, 7, 8};
         row("none", "", all, 0);
         row("silent", "SILENT=on", {}, 0);
@@ -72,9 +59,7 @@ private slots:
         row("garbage between frames", "GARBAGE_BETWEEN_FRAMES=on", all, 9);
     }
     void answers_under_faults() {
-        QFETCH(QByteArray, faults);
-        QFETCH(QList<int>, good);
-        QFETCH(int, bad);
+        const auto [faults, good, bad] = Table<QByteArray, QList<int>, int>::fetch();
         DirectDevice d(quiet + faults + "\n");
         int damaged = 0;
         QCOMPARE(answered_indexes(frame_payloads(d.send_raw(timing_reads(9), 200), &damaged)),
@@ -149,88 +134,34 @@ private slots:
         QVERIFY(!answer.isEmpty() && !answer.startsWith("ae60000"));
         // Silent means the loader too, which still takes its lines.
         Loader silent("SILENT=on\n");
-        QVERIFY(silent.send_raw("I" + data_line(0, "x")).isEmpty());
+        QVERIFY(silent.send_raw("I" + loader_line(0, "x")).isEmpty());
         QCOMPARE(silent.device.boot_loader().lines_this_session(), 1);
     }
 
     void boot_loader_data_lines_data() {
-        QTest::addColumn<QByteArray>("bytes");
-        QTest::addColumn<QByteArray>("answer");
-        QTest::addColumn<int>("programmed");
-        const auto row = [](const char* name, const QByteArray& bytes, const char* answer,
-                            int programmed) {
-            QTest::newRow(name) << bytes << QByteArray(answer) << programmed;
-        };
-        row("good", data_line(0x1000, "\x01\x02\x03"), ">", 1);
-        row("bad checksum", data_line(0x1000, "\x01\x02\x03", false), "E", 0);
-        row("noise before", "\x00\x13" + data_line(0x2000, "z"), ">", 1);
-        row("good, bad, good", data_line(1, "a") + data_line(2, "b", false) + data_line(2, "b"),
-            ">E>", 2);
-        row("incomplete", data_line(0x1000, "abc").left(5), "", 0);
+        const Table<QByteArray, QByteArray, int> row; // bytes, answer, lines programmed
+        row("good", loader_line(0x1000, "\x01\x02\x03"), ">", 1);
+        row("bad checksum", loader_line(0x1000, "\x01\x02\x03", false), "E", 0);
+        row("noise before", "\x00\x13" + loader_line(0x2000, "z"), ">", 1);
+        row("good, bad, good",
+            loader_line(1, "a") + loader_line(2, "b", false) + loader_line(2, "b"), ">E>", 2);
+        row("incomplete", loader_line(0x1000, "abc").left(5), "", 0);
     }
     void boot_loader_data_lines() {
-        QFETCH(QByteArray, bytes);
-        QFETCH(QByteArray, answer);
-        QFETCH(int, programmed);
+        const auto [bytes, answer, programmed] = Table<QByteArray, QByteArray, int>::fetch();
         Loader d;
         QCOMPARE(d.send_raw(bytes), answer);
         QCOMPARE(d.device.boot_loader().lines_this_session(), programmed);
     }
 
-    // Line k is refused on its first attempt, its first two, or always; the
-    // lines around it are taken.
-    void boot_loader_nak_line_data() {
-        QTest::addColumn<int>("attempts");
-        QTest::addColumn<QByteArray>("answers");
-        QTest::newRow("first attempt") << int(sim::NakAttempts::first) << QByteArray("E>");
-        QTest::newRow("first two attempts")
-            << int(sim::NakAttempts::first_two) << QByteArray("EE>");
-        QTest::newRow("always") << int(sim::NakAttempts::always) << QByteArray("EEE");
-    }
-    void boot_loader_nak_line() {
-        QFETCH(int, attempts);
-        QFETCH(QByteArray, answers);
-        Loader d;
-        sim::Faults f;
-        f.nak_line = 2;
-        f.nak_attempts = sim::NakAttempts(attempts);
-        d.device.set_faults(f);
-        QCOMPARE(d.send_raw(data_line(0, "first")), QByteArray(">"));
-        QByteArray got;
-        for (int attempt = 0; attempt < 3 && !got.endsWith('>'); ++attempt)
-            got += d.send_raw(data_line(5, "second"));
-        QCOMPARE(got, answers);
-        if (answers.endsWith('>'))
-            QCOMPARE(d.send_raw(data_line(11, "third")), QByteArray(">"));
-    }
-
-    // The acknowledgement's form, set in the scenario; the line is programmed
-    // whatever the form.
-    void boot_loader_ack_form_data() {
-        QTest::addColumn<QByteArray>("setting");
-        QTest::addColumn<QByteArray>("answer");
-        QTest::newRow("plain") << QByteArray("ACK_FORM=plain\n") << QByteArray(">");
-        QTest::newRow("doubled") << QByteArray("ACK_FORM=doubled\n") << QByteArray(">>");
-        QTest::newRow("trailing blank") << QByteArray("ACK_FORM=blank\n") << QByteArray("> ");
-    }
-    void boot_loader_ack_form() {
-        QFETCH(QByteArray, setting);
-        QFETCH(QByteArray, answer);
-        Loader d(setting);
-        QCOMPARE(d.send_raw(data_line(0x10, "ab")), answer);
-        QCOMPARE(d.send_raw(data_line(0x10, "ab", false)), QByteArray("E"));
-        QCOMPARE(d.device.boot_loader().lines_this_session(), 1);
-    }
-
+    // The lines programmed are checked end to end by the firmware update test.
     void boot_loader_restarts_with_the_new_firmware() {
         Loader d;
-        QCOMPARE(d.send_raw("I" + data_line(0, "abc") + data_line(3, "def")),
+        QCOMPARE(d.send_raw("I" + loader_line(0, "abc") + loader_line(3, "def")),
                  QByteArray("ae60000 BL1.3\r\n>>"));
         QVERIFY(d.send_raw("R").isEmpty());
         QVERIFY(!d.device.in_boot_loader());
         QCOMPARE(d.answer("?"), QByteArray("?5122"));
-        QCOMPARE(d.device.boot_loader().programmed_lines(),
-                 (QList<QByteArray>{data_line(0, "abc"), data_line(3, "def")}));
         QVERIFY(be_at(d.answer("I"), 2, 2) < 3); // the application starts again: ticks from 0
 
         // Without programming, the firmware stays; a command in the same

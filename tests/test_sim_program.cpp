@@ -2,7 +2,7 @@
 // link: connecting as the program does fills the device record with what the
 // scenario says, so the byte layouts on both sides agree.
 
-#include "protocol/poll_cycle.h"
+#include "protocol_harness.h"
 #include "sim_helpers.h"
 
 #include <QTest>
@@ -14,25 +14,22 @@ class TestSimProgram : public QObject {
     Q_OBJECT
 private slots:
     void connecting_fills_the_device_record_data() {
-        QTest::addColumn<QString>("scenario");
-        QTest::addColumn<bool>("realistic");
-        QTest::addColumn<QString>("record");
+        const Table<QString, bool, QString> row; // scenario, wire timing realistic, record
         // Flags: alarm at 47, second valve layout, O22 source. Family "214"
         // sorts before "30": all 14 timings are taken.
         for (bool realistic : {false, true}) {
             const char* timing = realistic ? "realistic" : "instant";
-            QTest::addRow("default %s", timing)
-                << "default" << realistic << "5121 001234:50 alarms 0 0 flags 000 timing 9: 0";
-            QTest::addRow("family7x %s", timing)
-                << "family7x" << realistic << "7E5 000412:10 alarms 129 4 flags 111 timing 9: 0";
-            QTest::addRow("old_timings %s", timing)
-                << "old_timings" << realistic << "2141 023817:20 alarms 0 0 flags 000 timing 9: 60";
+            const auto name = [&](const char* s) { return QByteArray(s) + ' ' + timing; };
+            row(name("default"), "default", realistic,
+                "5121 001234:50 alarms 0 0 flags 000 timing 9: 0");
+            row(name("family7x"), "family7x", realistic,
+                "7E5 000412:10 alarms 129 4 flags 111 timing 9: 0");
+            row(name("old_timings"), "old_timings", realistic,
+                "2141 023817:20 alarms 0 0 flags 000 timing 9: 60");
         }
     }
     void connecting_fills_the_device_record() {
-        QFETCH(QString, scenario);
-        QFETCH(bool, realistic);
-        QFETCH(QString, record);
+        const auto [scenario, realistic, record] = Table<QString, bool, QString>::fetch();
         QString error;
         const auto s = sim::load_scenario(scenario, &error);
         QVERIFY2(s, qPrintable(error));
@@ -40,13 +37,9 @@ private slots:
                                      : link::SimLink::WireTiming::instant);
         AppContext& ctx = l.ctx;
         protocol::connect_routine(ctx);
-        for (int tick = 0; tick < 200 && (ctx.protocol.queue_count > 0 || !ctx.device.live_valid);
-             ++tick) {
-            l.clock.advance_ms(50);
-            protocol::timer1_tick(ctx);
-        }
-        QCOMPARE(ctx.protocol.queue_count, 0);
-        QVERIFY(ctx.device.live_valid);
+        QVERIFY(tick_until(
+            l.clock, ctx, [&] { return ctx.protocol.queue_count == 0 && ctx.device.live_valid; },
+            200));
         const auto& d = ctx.device;
         QCOMPARE(QStringLiteral("%1 %2 alarms %3 %4 flags %5%6%7 timing 9: %8")
                      .arg(d.SW, d.BSTD)

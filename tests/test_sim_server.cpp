@@ -8,6 +8,7 @@
 #include "link/device_connection.h"
 #include "link/serial_link.h"
 #include "protocol/poll_cycle.h"
+#include "protocol_harness.h"
 #include "sim_server_process.h"
 
 #include <QProcess>
@@ -24,22 +25,12 @@ private slots:
     // Connecting as the program does: the requests of the initial sequence
     // go out one per tick of Timer1, and the answers fill the device record.
     void serves_the_program_and_stops_cleanly_data() {
-        QTest::addColumn<int>("signal");
-        QTest::addColumn<QString>("scenario");
-        QTest::addColumn<QString>("sw");
-        QTest::addColumn<QString>("bstd");
-        QTest::newRow("SIGTERM") << SIGTERM << "default"
-                                 << "5121"
-                                 << "001234:50";
-        QTest::newRow("SIGINT") << SIGINT << "family7x"
-                                << "7E5"
-                                << "000412:10";
+        const Table<int, QString, QString, QString> row; // signal, scenario, SW, BSTD
+        row("SIGTERM", SIGTERM, "default", "5121", "001234:50");
+        row("SIGINT", SIGINT, "family7x", "7E5", "000412:10");
     }
     void serves_the_program_and_stops_cleanly() {
-        QFETCH(int, signal);
-        QFETCH(QString, scenario);
-        QFETCH(QString, sw);
-        QFETCH(QString, bstd);
+        const auto [signal, scenario, sw, bstd] = Table<int, QString, QString, QString>::fetch();
         SimServerProcess server;
         QVERIFY2(
             server.start(QStringLiteral(VELTRAKO2_SIM_PATH),

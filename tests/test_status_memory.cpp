@@ -6,6 +6,7 @@
 #include "config/text_file.h"
 #include "protocol/commands.h"
 #include "protocol/poll_cycle.h"
+#include "protocol_harness.h"
 #include "sim_helpers.h"
 #include "status/status_readout.h"
 #include "status/status_table.h"
@@ -33,13 +34,7 @@ struct Session {
         protocol::connect_routine(d.ctx);
         tick_until([&] { return d.ctx.device.live_valid && d.ctx.protocol.queue_count == 0; });
     }
-    template <class F> bool tick_until(F done) {
-        for (int i = 0; i < 2000 && !done(); ++i) {
-            d.clock.advance_ms(50);
-            protocol::timer1_tick(d.ctx);
-        }
-        return done();
-    }
+    template <class F> bool tick_until(F done) { return testing::tick_until(d.clock, d.ctx, done); }
     bool read_status() {
         const qsizetype shown = d.ui.status_tables.size();
         status::cmd_sysstatread_Click(d.ctx);
@@ -66,22 +61,17 @@ private slots:
     void initTestCase() { QLocale::setDefault(QLocale(QLocale::German, QLocale::Germany)); }
 
     void readout_and_table_data() {
-        QTest::addColumn<QString>("scenario");
-        QTest::addColumn<int>("records");
-        QTest::newRow("three records, the fourth erased") << "status_example" << 3;
-        QTest::newRow("full memory: no 33rd request") << "status_full" << 32;
-        QTest::newRow("first record erased: headings only")
-            << VELTRAKO2_TEST_DATA "/no_status.scn" << 0;
+        const Table<QString, int> row; // scenario, records
+        row("three records, the fourth erased", "status_example", 3);
+        row("full memory: no 33rd request", "status_full", 32);
+        row("first record erased: headings only", VELTRAKO2_TEST_DATA "/no_status.scn", 0);
     }
     void readout_and_table() {
-        QFETCH(QString, scenario);
-        QFETCH(int, records);
+        const auto [scenario, records] = Table<QString, int>::fetch();
         Session s(scenario);
         QVERIFY(s.read_status());
-        for (int n = 1; n <= std::min(records + 1, 32); ++n)
-            QCOMPARE(s.reads_of(n), 1);
-        QCOMPARE(s.reads_of(records + 2), 0);
-        QCOMPARE(s.reads_of(33), 0);
+        for (int n = 1; n <= 33; ++n) // each once, the erased end too; never a 33rd
+            QCOMPARE(s.reads_of(n), n <= std::min(records + 1, 32) ? 1 : 0);
         QVERIFY(!s.d.ui.busy);
         const progress::Standing done = s.d.ctx.status.readout.standing();
         QCOMPARE(done.phase, progress::Phase::finished);
@@ -106,6 +96,9 @@ private slots:
         s.d.ctx.config.AUTOSAVE = "1";
         s.d.ctx.config.AUTOSAVEDIR = out.path(); // without a separator at its end
         QVERIFY(s.tick_until([&] { return !files_in(out).isEmpty(); }));
+        // Each record asked for once, the erased end of the list as well.
+        for (int n = 1; n <= 8; ++n)
+            QCOMPARE(s.reads_of(n), n <= 7 ? 1 : 0);
         const QStringList files = files_in(out);
         QVERIFY2(files[0].startsWith("Status_VO2-7E00042_LP1550300042_7E5_20260302_"),
                  qPrintable(files[0]));
@@ -121,27 +114,14 @@ private slots:
     }
 
     void automatic_save_keeps_one_file_per_board_data() {
-        QTest::addColumn<QString>("sn");
-        QTest::addColumn<QString>("lp");
-        QTest::addColumn<QString>("sw");
-        QTest::addColumn<bool>("second_saved");
-        QTest::addColumn<bool>("first_kept");
-        QTest::newRow("same device and version") << "VO2-1  "
-                                                 << "LP1"
-                                                 << "5121" << false << true;
-        QTest::newRow("same board, new version") << "VO2-1"
-                                                 << "LP1"
-                                                 << "5122" << true << false;
-        QTest::newRow("another board") << "VO2-1"
-                                       << "LP2"
-                                       << "5121" << true << true;
+        const Table<QString, QString, QString, bool, bool> row; // sn, lp, sw, saved, first kept
+        row("same device and version", "VO2-1  ", "LP1", "5121", false, true);
+        row("same board, new version", "VO2-1", "LP1", "5122", true, false);
+        row("another board", "VO2-1", "LP2", "5121", true, true);
     }
     void automatic_save_keeps_one_file_per_board() {
-        QFETCH(QString, sn);
-        QFETCH(QString, lp);
-        QFETCH(QString, sw);
-        QFETCH(bool, second_saved);
-        QFETCH(bool, first_kept);
+        const auto [sn, lp, sw, second_saved, first_kept] =
+            Table<QString, QString, QString, bool, bool>::fetch();
         Session s("default");
         QTemporaryDir out;
         s.d.ctx.config.AUTOSAVEDIR = out.path() + '/';
@@ -159,21 +139,17 @@ private slots:
     }
 
     void manual_save_asks_until_answered_data() {
-        QTest::addColumn<QStringList>("choices"); // per dialog: "old", "new" or "" (cancel)
-        QTest::addColumn<QList<bool>>("overwrite");
-        QTest::addColumn<QString>("written");
-        QTest::newRow("cancelled") << QStringList{""} << QList<bool>{} << "";
-        QTest::newRow("existing, yes") << QStringList{"old"} << QList<bool>{true} << "old";
-        QTest::newRow("existing, no, cancel") << QStringList{"old", ""} << QList<bool>{false} << "";
-        QTest::newRow("existing, no, new name")
-            << QStringList{"old", "new"} << QList<bool>{false} << "new";
-        QTest::newRow("existing, no, existing, yes")
-            << QStringList{"old", "old"} << QList<bool>{false, true} << "old";
+        // per dialog "old", "new" or "" (cancel); answers to "overwrite?"; file written
+        const Table<QStringList, QList<bool>, QString> row;
+        row("cancelled", {""}, {}, "");
+        row("existing, yes", {"old"}, {true}, "old");
+        row("existing, no, cancel", {"old", ""}, {false}, "");
+        row("existing, no, new name", {"old", "new"}, {false}, "new");
+        row("existing, no, existing, yes", {"old", "old"}, {false, true}, "old");
     }
     void manual_save_asks_until_answered() {
-        QFETCH(QStringList, choices);
-        QFETCH(QList<bool>, overwrite);
-        QFETCH(QString, written);
+        const auto [choices, overwrite, written] =
+            Table<QStringList, QList<bool>, QString>::fetch();
         Session s("status_example");
         QVERIFY(s.read_status());
         QTemporaryDir chosen;
@@ -205,18 +181,12 @@ private slots:
     }
 
     void manual_save_refusals_data() {
-        QTest::addColumn<QString>("sn");
-        QTest::addColumn<QString>("config_dir");
-        QTest::addColumn<int>("dialogs");
-        QTest::newRow("no serial number: message") << "    "
-                                                   << "" << 0;
-        QTest::newRow("configuration not writable") << "VO2-1"
-                                                    << "missing/" << 1;
+        const Table<QString, QString, int> row; // sn, folder of the configuration, dialogs
+        row("no serial number: message", "    ", "", 0);
+        row("configuration not writable", "VO2-1", "missing/", 1);
     }
     void manual_save_refusals() {
-        QFETCH(QString, sn);
-        QFETCH(QString, config_dir);
-        QFETCH(int, dialogs);
+        const auto [sn, config_dir, dialogs] = Table<QString, QString, int>::fetch();
         Session s("status_example");
         QVERIFY(s.read_status());
         s.d.ctx.device.SN = sn;

@@ -5,8 +5,8 @@
 #include "config/language.h"
 #include "device/device_record.h"
 #include "fake_user_interface.h"
+#include "protocol_harness.h"
 #include "status/status_table.h"
-#include "test_bytes.h"
 
 #include <QTest>
 
@@ -35,53 +35,39 @@ class TestStatusTable : public QObject {
     Q_OBJECT
 private slots:
     void record_lines_data() {
-        QTest::addColumn<QByteArray>("record");
-        QTest::addColumn<bool>("is_extended");
-        QTest::addColumn<QLocale>("locale");
-        QTest::addColumn<QString>("line");
-        QTest::newRow("model line, German")
-            << model << false << german
-            << "   227  1800  0002     -     -    51     -     -     -     -     -   ---  37,3  "
-               "37,8  5,40  5,40   6,0  83,8  87,2  85,6";
-        QTest::newRow("model line, C: halves still away from zero")
-            << model << false << QLocale::c()
-            << "   227  1800  0002     -     -    51     -     -     -     -     -   ---  37.3  "
-               "37.8  5.40  5.40   6.0  83.8  87.2  85.6";
-        QTest::newRow("extended")
-            << extended << true << german
-            << "    16  1800 81$    84     -    18 04$     1     -  80,0  69,8   120   ---  37,0  "
-               "37,8  5,40  5,36   2,0  92,0  93,7  93,0";
-        QTest::newRow("basic, bytes of 1: O2 75,1")
-            << QByteArray(1, '\x01') + bytes_of({0xFF, 0xFF, 0xFF, 0xFF}) + QByteArray(17, '\x01')
-            << false << german
-            << "     1 65535  FFFF     1     1     1     1     1     1     1     1   0,3   0,3   "
-               "0,3  "
-               "0,04  0,04   0,1  75,1  75,1  75,1";
-        QTest::newRow("erased record: dashes") << QByteArray(22, '\0') << false << german
-                                               << "     0     0  0000     -     -     -     -     "
-                                                  "-     -     -     -   ---   ---   ---"
-                                                  "   ---   ---   ---   ---   ---   ---";
+        const Table<QByteArray, bool, QLocale, QString> row; // record, extended, locale, line
+        row("model line, German", model, false, german,
+            "   227  1800  0002     -     -    51     -     -     -     -     -   ---  37,3  37,8  "
+            "5,40  5,40   6,0  83,8  87,2  85,6");
+        row("model line, C: halves still away from zero", model, false, QLocale::c(),
+            "   227  1800  0002     -     -    51     -     -     -     -     -   ---  37.3  37.8  "
+            "5.40  5.40   6.0  83.8  87.2  85.6");
+        row("extended", extended, true, german,
+            "    16  1800 81$    84     -    18 04$     1     -  80,0  69,8   120   ---  37,0  "
+            "37,8  "
+            "5,40  5,36   2,0  92,0  93,7  93,0");
+        row("basic, bytes of 1: O2 75,1",
+            QByteArray(1, '\x01') + bytes_of({0xFF, 0xFF, 0xFF, 0xFF}) + QByteArray(17, '\x01'),
+            false, german,
+            "     1 65535  FFFF     1     1     1     1     1     1     1     1   0,3   0,3   0,3  "
+            "0,04  0,04   0,1  75,1  75,1  75,1");
+        row("erased record: dashes", QByteArray(22, '\0'), false, german,
+            "     0     0  0000     -     -     -     -     -     -     -     -   ---   ---   ---"
+            "   ---   ---   ---   ---   ---   ---");
     }
     void record_lines() {
-        QFETCH(QByteArray, record);
-        QFETCH(bool, is_extended);
-        QFETCH(QLocale, locale);
-        QFETCH(QString, line);
+        const auto [record, is_extended, locale, line] =
+            Table<QByteArray, bool, QLocale, QString>::fetch();
         QCOMPARE(status::format_status_line(record, is_extended, locale), line);
     }
 
-    void alarm_time_code_data() {
-        QTest::addColumn<int>("code");
-        QTest::addColumn<int>("seconds");
-        const QList<QPair<int, int>> rows = {{1, 1},   {9, 9},   {16, 16},   {17, 18},
-                                             {25, 27}, {41, 75}, {255, 2159}};
-        for (const auto& [code, seconds] : rows) // 9, 25, 41: halves, to even
-            QTest::addRow("%d", code) << code << seconds;
-    }
     void alarm_time_code() {
-        QFETCH(int, code);
-        QFETCH(int, seconds);
-        QCOMPARE(status::alarm_seconds(static_cast<std::uint8_t>(code)), seconds);
+        // code, seconds; 9, 25 and 41 give halves, rounded to even
+        const std::pair<int, int> rows[] = {{1, 1},   {9, 9},   {16, 16},   {17, 18},
+                                            {25, 27}, {41, 75}, {255, 2159}};
+        for (const auto& [code, seconds] : rows)
+            QCOMPARE(std::pair(code, int(status::alarm_seconds(std::uint8_t(code)))),
+                     std::pair(code, seconds));
     }
 
     // Column names and units of the shipped files end where their columns end.
