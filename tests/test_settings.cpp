@@ -6,6 +6,7 @@
 
 #include "config/language.h"
 #include "device/device_clock.h"
+#include "device/device_view.h"
 #include "device/settings.h"
 #include "protocol/commands.h"
 #include "report_harness.h"
@@ -216,7 +217,16 @@ private slots:
             {"text8012", "VO2-77", "VO2-0012345"});
         row("flow selector kept", keeps, set_flow, WriteOutcome::differs, {"text8025 ", "7", "4"});
         row("clock taken", {},
-            [](Connected& c) { c.outcome = device::cmd_setdatetime_Click(*c.ctx); },
+            [](Connected& c) {
+                // The note writes the time as the date box does, in the program's language.
+                c.ctx->language.words = QLocale(QLocale::German);
+                const QDateTime pc = c.clock.now();
+                c.outcome = device::cmd_setdatetime_Click(*c.ctx);
+                QVERIFY2(c.ui.notes.last().contains(device::format_device_time(
+                             QDateTime::fromSecsSinceEpoch(pc.toSecsSinceEpoch(), Qt::UTC),
+                             c.ctx->language.words)),
+                         qPrintable(c.ui.notes.last()));
+            },
             WriteOutcome::confirmed, {"text8023"});
         row("device falls silent", {},
             [](Connected& c) {

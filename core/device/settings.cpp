@@ -198,7 +198,8 @@ WriteOutcome cmd_setdatetime_Click(AppContext& ctx) {
     const bool answered = watch.await(write, cmd::read_clock());
     const QDateTime whole = QDateTime::fromSecsSinceEpoch(now.toSecsSinceEpoch(), Qt::UTC);
     const qint64 ahead = whole.secsTo(ctx.device.geraetezeit);
-    const QLocale locale;
+    // The same form as the date box: in the program's language, not the PC's.
+    const QLocale& locale = ctx.language.words;
     return tell_outcome(ctx,
                         {ctx.language.text(8023), format_device_time(whole, locale),
                          format_device_time(ctx.device.geraetezeit, locale), answered,
