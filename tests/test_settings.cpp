@@ -259,6 +259,23 @@ private slots:
                                          : MsgIcon::exclamation);
     }
 
+    // Only a read answered after the write tells what the device took: the
+    // poll's own read of the same value, answered before it, still shows the
+    // old value.
+    void read_back_is_the_read_after_the_write() {
+        Connected c;
+        device::ReadBackWatch watch(*c.ctx);
+        const auto answer = [&c](const QByteArray& command) {
+            c.ctx->protocol.last_command = command;
+            c.ctx->payload_handler(bytes_of({'U', 4}));
+        };
+        answer("T");
+        answer("t1234");
+        QVERIFY(!watch.await("t1234", "T")); // the poll is off: no waiting
+        answer("T");
+        QVERIFY(watch.await("t1234", "T"));
+    }
+
     // A change that cannot be undone is asked for first, naming the old and
     // the new value; No sends nothing.
     void irreversible_writes_ask_first_data() {
