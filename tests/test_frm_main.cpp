@@ -306,6 +306,8 @@ private slots:
         h.ctx.device.SW = "5121"; // the identity is read
         link::follow_connection(h.ctx);
         h.form.control_as<QPushButton>("cmd_sysstatread")->click();
+        // A readout runs once: no second click until it has ended.
+        QVERIFY(!h.form.control("cmd_sysstatread")->isEnabled());
         QCOMPARE(h.ctx.protocol.queue_count, 1);
         QCOMPARE(h.ctx.protocol.send_queue[1], protocol::cmd::read_status_record(1));
         h.form.show_status_table("   227  1800\r\n     1     2\r\n");
