@@ -150,6 +150,10 @@ private slots:
             << QStringList{"--link", "serial:/dev/veltrako2-none", "info"} << 1 << "";
         QTest::newRow("silent device")
             << QStringList{"--link", "sim:" VELTRAKO2_TEST_DATA "/silent.scn", "info"} << 1 << "";
+        QTest::newRow("device falls silent while watched")
+            << QStringList{"--link", "sim:" VELTRAKO2_TEST_DATA "/silent.scn", "watch", "--seconds",
+                           "10"}
+            << 1 << "no longer answers";
         QTest::newRow("unknown link")
             << QStringList{"--link", "usb", "info"} << 2 << "unknown link";
         QTest::newRow("unknown scenario")
@@ -235,8 +239,8 @@ private slots:
     void no_display_is_a_clear_failure() {
         const veltrako::testing::ProgramCopy copy(VELTRAKO2_PATH);
         QVERIFY(copy.ok());
-        const Run r = copy.run({"--link", "sim"}, 20000,
-                               {{"DISPLAY", ":4242"}, {"QT_QPA_PLATFORM", "xcb"}});
+        const Run r =
+            copy.run({"--link", "sim"}, 20000, {{"DISPLAY", ":4242"}, {"QT_QPA_PLATFORM", "xcb"}});
         QCOMPARE(r.exit_code, 1);
         QVERIFY2(r.err.contains("no display could be opened (DISPLAY=:4242)"), qPrintable(r.err));
     }

@@ -22,6 +22,9 @@ struct SimServerProcess {
         t.start();
         while (!process.canReadLine() && t.elapsed() < 5000)
             process.waitForReadyRead(100);
+        // A script reads the path as the first line: it has to end with one.
+        if (!process.canReadLine())
+            return false;
         path = process.readLine().trimmed();
         return path.startsWith("/dev/");
     }
