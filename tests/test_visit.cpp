@@ -10,6 +10,7 @@
 #include "protocol/poll_cycle.h"
 #include "sim_helpers.h"
 #include "status/status_readout.h"
+#include "table.h"
 #include "visit/visit.h"
 
 #include <QDir>
@@ -76,6 +77,8 @@ QStringList names(const QStringList& paths) {
     return n;
 }
 
+using Failures = Table<QString, QString, int, QString>;
+
 } // namespace
 
 class TestVisit : public QObject {
@@ -114,28 +117,19 @@ private slots:
     }
 
     void failure_keeps_what_was_written_data() {
-        QTest::addColumn<QString>("fault");
-        QTest::addColumn<QString>("step");
-        QTest::addColumn<int>("written");
-        QTest::addColumn<QString>("reason");
-        QTest::newRow("device silent during the usage readout")
-            << "silent"
-            << "Read the compliance memory" << 1 << "The device stopped answering.";
-        QTest::newRow("folder whose parent is a regular file")
-            << "file parent"
-            << "Make the folder" << 0 << "The folder could not be made in";
-        QTest::newRow("read-only folder")
-            << "read-only"
-            << "Make the folder" << 0 << "The folder could not be made in";
-        QTest::newRow("disk full at the first PDF")
-            << "pdf"
-            << "Write the compliance PDF" << 2 << "The file could not be written:";
+        // fault, the step that failed, files written, the reason given
+        const Failures row;
+        row("device silent during the usage readout", "silent", "Read the compliance memory", 1,
+            "The device stopped answering.");
+        row("folder whose parent is a regular file", "file parent", "Make the folder", 0,
+            "The folder could not be made in");
+        row("read-only folder", "read-only", "Make the folder", 0,
+            "The folder could not be made in");
+        row("disk full at the first PDF", "pdf", "Write the compliance PDF", 2,
+            "The file could not be written:");
     }
     void failure_keeps_what_was_written() {
-        QFETCH(QString, fault);
-        QFETCH(QString, step);
-        QFETCH(int, written);
-        QFETCH(QString, reason);
+        const auto [fault, step, written, reason] = Failures::fetch();
         // As root every folder is writable.
         if (fault == "read-only" && ::geteuid() == 0)
             QSKIP("root writes into read-only folders");
