@@ -3,6 +3,7 @@
 // the same lines again from the saved file, and the erase question.
 
 #include "cli_program.h"
+#include "table.h"
 #include "terminal_stderr.h"
 
 #include <QFile>
@@ -13,14 +14,24 @@
 
 namespace {
 
-using Run = veltrako::testing::ProgramRun;
+using namespace veltrako::testing;
+using Run = ProgramRun;
+using Refusals = Table<QStringList, int, QString>;
+using Deletes = Table<QStringList, int, bool>;
 
 Run run_cli(const QStringList& arguments,
             const QList<std::pair<QString, QString>>& environment = {}) {
-    const veltrako::testing::ProgramCopy cli(QStringLiteral(VELTRAKO2_CLI_PATH));
+    const ProgramCopy cli(QStringLiteral(VELTRAKO2_CLI_PATH));
     if (!cli.ok())
         qFatal("cannot copy the program");
     return cli.run(arguments, 60000, environment);
+}
+
+QString write_file(const QTemporaryDir& dir, const QString& name, const QByteArray& content) {
+    QFile f(dir.filePath(name));
+    if (!f.open(QIODevice::WriteOnly) || f.write(content) != content.size())
+        qFatal("cannot write %s", qPrintable(f.fileName()));
+    return f.fileName();
 }
 
 } // namespace
@@ -33,12 +44,10 @@ private slots:
     // after March is made up; the one line on stderr says how far off it is.
     void read_save_print_and_load_again() {
         QTemporaryDir dir;
-        const QString scenario = dir.filePath("behind.scn");
-        QFile scn(scenario);
-        QVERIFY(scn.open(QIODevice::WriteOnly));
-        scn.write("CLOCK=2026-03-12 09:30:00\nCOMPLIANCE_GENERATE=60\n"
-                  "COMPLIANCE_FROM=2026-01-01\nCOMPLIANCE_TO=2026-03-01\n");
-        scn.close();
+        const QString scenario =
+            write_file(dir, "behind.scn",
+                       "CLOCK=2026-03-12 09:30:00\nCOMPLIANCE_GENERATE=60\n"
+                       "COMPLIANCE_FROM=2026-01-01\nCOMPLIANCE_TO=2026-03-01\n");
         const QString file = dir.filePath("c.txt");
         const QString pdf = dir.filePath("c.pdf");
         const Run device = run_cli({"--lang", "en", "--link", "sim:" + scenario, "compliance",
@@ -64,7 +73,7 @@ private slots:
         QCOMPARE(records.count("\r\n"), 61);
         QVERIFY2(records.contains("|12.03.2026 09:30:00-12.03.2026 09:3"), records.constData());
         if (!QStandardPaths::findExecutable("pdftotext").isEmpty()) {
-            const QString text = veltrako::testing::pdf_text(pdf);
+            const QString text = pdf_text(pdf);
             QVERIFY2(text.contains("February 2026"), qPrintable(text));
             QVERIFY2(text.contains(": 28 "), qPrintable(text)); // days with use
         }
@@ -74,57 +83,46 @@ private slots:
         QCOMPARE(loaded.out, device.out);
     }
 
-    // Month names follow --lang, whatever the language of the system; the
-    // printout names the device of the file it was loaded from.
+    // Month names follow --lang, whatever the language of the system, while
+    // numbers stay in the system's locale; the printout names the device of
+    // the file it was loaded from. With a prescription each month line gets a
+    // fifth field: the days that reached it.
     void month_in_the_chosen_language_data() {
-        QTest::addColumn<QString>("lang");
-        QTest::addColumn<QString>("lc_all");
-        QTest::addColumn<QString>("title");
-        QTest::newRow("de on an English system") << "de"
-                                                 << "en_US.UTF-8"
-                                                 << "März 2026";
-        QTest::newRow("en on a German system") << "en"
-                                               << "de_DE.UTF-8"
-                                               << "March 2026";
+        // --lang, the system's language, the month's title, the month line
+        const Table<QString, QString, QString, QString> row;
+        row("de on an English system", "de", "en_US.UTF-8", "März 2026", "2026-03|4.5|1|4.5|1\n");
+        row("en on a German system", "en", "de_DE.UTF-8", "March 2026", "2026-03|4,5|1|4,5|1\n");
     }
     void month_in_the_chosen_language() {
-        QFETCH(QString, lang);
-        QFETCH(QString, lc_all);
-        QFETCH(QString, title);
+        const auto [lang, lc_all, title, line] = Table<QString, QString, QString, QString>::fetch();
+        QTemporaryDir dir;
+        const QString file = write_file(dir, "Compliance_VO2-0012345_20260402_093000.txt",
+                                        "0|02.03.2026 08:00:00-02.03.2026 12:30:00\r\n");
+        const QString pdf = dir.filePath("c.pdf");
+        const Run r = run_cli({"--lang", lang, "compliance", "--load", file, "--pdf", pdf,
+                               "--month", "2026-03", "--prescribed-hours", "4"},
+                              {{"LC_ALL", lc_all}, {"LANG", lc_all}});
+        QVERIFY2(r.exit_code == 0, qPrintable(r.err));
+        QCOMPARE(r.out, line);
         if (QStandardPaths::findExecutable("pdftotext").isEmpty())
             QSKIP("pdftotext is not installed");
-        QTemporaryDir dir;
-        const QString file = dir.filePath("Compliance_VO2-0012345_20260402_093000.txt");
-        QFile saved(file);
-        QVERIFY(saved.open(QIODevice::WriteOnly));
-        saved.write("0|02.03.2026 08:00:00-02.03.2026 12:30:00\r\n");
-        saved.close();
-        const QString pdf = dir.filePath("c.pdf");
-        const Run r = run_cli(
-            {"--lang", lang, "compliance", "--load", file, "--pdf", pdf, "--month", "2026-03"},
-            {{"LC_ALL", lc_all}, {"LANG", lc_all}});
-        QVERIFY2(r.exit_code == 0, qPrintable(r.err));
-        const QString text = veltrako::testing::pdf_text(pdf);
+        const QString text = pdf_text(pdf);
         QVERIFY2(text.contains(title) && text.contains("VO2-0012345"), qPrintable(text));
-        // Numbers stay in the system's locale.
         QVERIFY2(text.contains(lc_all.startsWith("de") ? "4,5" : "4.5"), qPrintable(text));
     }
 
     // On a terminal, a readout's progress is one line rewritten in place,
     // ending with all records read; stdout is as without it.
     void progress_line_on_a_terminal_data() {
-        QTest::addColumn<QStringList>("arguments");
-        QTest::addColumn<QByteArray>("last");
-        QTest::newRow("compliance") << QStringList{"--link", "sim", "compliance"}
-                                    << QByteArray("\rrecords 61 / 61, 100%\x1b[K\n");
-        QTest::newRow("status") << QStringList{"--link", "sim:status_example", "status"}
-                                << QByteArray("\rrecords 3 / 3, 100%\x1b[K\n");
+        // arguments, the progress line's last state
+        const Table<QStringList, QByteArray> row;
+        row("compliance", {"--link", "sim", "compliance"}, "\rrecords 61 / 61, 100%\x1b[K\n");
+        row("status", {"--link", "sim:status_example", "status"}, "\rrecords 3 / 3, 100%\x1b[K\n");
     }
     void progress_line_on_a_terminal() {
-        QFETCH(QStringList, arguments);
-        QFETCH(QByteArray, last);
-        const veltrako::testing::TerminalRun r = veltrako::testing::run_with_terminal_stderr(
-            QStringLiteral(VELTRAKO2_CLI_PATH), arguments);
+        const auto [arguments, last] = Table<QStringList, QByteArray>::fetch();
+        const TerminalRun r =
+            run_with_terminal_stderr(QStringLiteral(VELTRAKO2_CLI_PATH), arguments);
         QCOMPARE(r.exit_code, 0);
         QVERIFY2(r.terminal.endsWith(last), r.terminal.right(200).constData());
         QCOMPARE(r.terminal.count('\n'), 1);
@@ -135,36 +133,25 @@ private slots:
     }
 
     void refuses_what_it_cannot_do_data() {
-        QTest::addColumn<QStringList>("arguments");
-        QTest::addColumn<int>("exit_code");
-        QTest::addColumn<QString>("message");
-        QTest::newRow("month 13") << QStringList{"compliance", "--month", "2026-13"} << 2
-                                  << "--month takes yyyy-mm";
-        QTest::newRow("delete with output")
-            << QStringList{"compliance", "--delete", "--pdf", "x.pdf"} << 2 << "--delete";
-        QTest::newRow("saving loaded data")
-            << QStringList{"compliance", "--load", "in.txt", "--out", "x.txt"} << 2 << "--out";
-        QTest::newRow("faulty file")
-            << QStringList{"compliance", "--load", "bad.txt"} << 1 << "(1|02.01.2026)";
-        QTest::newRow("prescription above a day")
-            << QStringList{"compliance", "--load", "bad.txt", "--prescribed-hours", "25"} << 2
-            << "--prescribed-hours takes a number from 0 to 24";
-        QTest::newRow("visit without a folder") << QStringList{"visit"} << 2 << "--out DIR";
-        QTest::newRow("visit with an unknown field")
-            << QStringList{"visit", "--out", "v", "t_Name=x"} << 2 << "unknown report field";
-        QTest::newRow("visit with a prescription that is no number")
-            << QStringList{"visit", "--out", "v", "--prescribed-hours", "viel"} << 2
-            << "--prescribed-hours";
+        // arguments, exit code, a part of the message on stderr
+        const Refusals row;
+        row("month 13", {"compliance", "--month", "2026-13"}, 2, "--month takes yyyy-mm");
+        row("delete with output", {"compliance", "--delete", "--pdf", "x.pdf"}, 2, "--delete");
+        row("saving loaded data", {"compliance", "--load", "in.txt", "--out", "x.txt"}, 2, "--out");
+        row("faulty file", {"compliance", "--load", "bad.txt"}, 1, "(1|02.01.2026)");
+        row("prescription above a day",
+            {"compliance", "--load", "bad.txt", "--prescribed-hours", "25"}, 2,
+            "--prescribed-hours takes a number from 0 to 24");
+        row("visit without a folder", {"visit"}, 2, "--out DIR");
+        row("visit with an unknown field", {"visit", "--out", "v", "t_Name=x"}, 2,
+            "unknown report field");
+        row("visit with a prescription that is no number",
+            {"visit", "--out", "v", "--prescribed-hours", "viel"}, 2, "--prescribed-hours");
     }
     void refuses_what_it_cannot_do() {
-        QFETCH(QStringList, arguments);
-        QFETCH(int, exit_code);
-        QFETCH(QString, message);
+        auto [arguments, exit_code, message] = Refusals::fetch();
         QTemporaryDir dir;
-        QFile bad(dir.filePath("bad.txt"));
-        QVERIFY(bad.open(QIODevice::WriteOnly));
-        bad.write("1|02.01.2026\r\n");
-        bad.close();
+        write_file(dir, "bad.txt", "1|02.01.2026\r\n");
         for (QString& a : arguments)
             if (a.endsWith(".txt") || a.endsWith(".pdf") || a == "v")
                 a = dir.filePath(a);
@@ -174,21 +161,6 @@ private slots:
         QVERIFY(r.out.isEmpty());
         QVERIFY(!QFile::exists(dir.filePath("x.pdf")) && !QFile::exists(dir.filePath("x.txt")));
         QVERIFY(!QFile::exists(dir.filePath("v")));
-    }
-
-    // With a prescription each month line gets a fifth field: the days that
-    // reached it (exactly 15 h counts; a second short does not).
-    void prescription_adds_the_days_that_reached_it() {
-        QTemporaryDir dir;
-        QFile file(dir.filePath("c.txt"));
-        QVERIFY(file.open(QIODevice::WriteOnly));
-        file.write("0|05.01.2026 06:00:00-05.01.2026 21:00:00\r\n"
-                   "1|06.01.2026 06:00:00-06.01.2026 20:59:59\r\n");
-        file.close();
-        const Run r =
-            run_cli({"compliance", "--load", file.fileName(), "--prescribed-hours", "15"});
-        QCOMPARE(r.exit_code, 0);
-        QCOMPARE(r.out, "2026-01|30.0|2|15.0|1\n");
     }
 
     // The whole visit from the command line, with the device's dates fixed.
@@ -205,25 +177,22 @@ private slots:
                      qPrintable(file));
         if (QStandardPaths::findExecutable("pdftotext").isEmpty())
             return;
-        const QString chart = veltrako::testing::pdf_text(lines[0] + "/Compliance_VO2-0012345.pdf");
+        const QString chart = pdf_text(lines[0] + "/Compliance_VO2-0012345.pdf");
         for (const char* seen : {"VO2-0012345", "January 2026", "Erika", "Days ≥ 15 h: 1 of 31"})
             QVERIFY2(chart.contains(QString::fromUtf8(seen)), qPrintable(chart));
-        const QString report = veltrako::testing::pdf_text(lines[5]);
+        const QString report = pdf_text(lines[5]);
         QVERIFY2(report.contains("Erika") && report.contains("VO2-0012345"), qPrintable(report));
     }
 
     void delete_sends_the_erase_only_when_confirmed_data() {
-        QTest::addColumn<QStringList>("answer");
-        QTest::addColumn<int>("exit_code");
-        QTest::addColumn<bool>("sent");
-        QTest::newRow("no answer") << QStringList{} << 2 << false;
-        QTest::newRow("--no") << QStringList{"--no"} << 0 << false;
-        QTest::newRow("--yes") << QStringList{"--yes"} << 0 << true;
+        // the answer given, exit code, whether the erase went out
+        const Deletes row;
+        row("no answer", {}, 2, false);
+        row("--no", {"--no"}, 0, false);
+        row("--yes", {"--yes"}, 0, true);
     }
     void delete_sends_the_erase_only_when_confirmed() {
-        QFETCH(QStringList, answer);
-        QFETCH(int, exit_code);
-        QFETCH(bool, sent);
+        const auto [answer, exit_code, sent] = Deletes::fetch();
         QTemporaryDir dir;
         const QString log = dir.filePath("log.txt");
         const Run r = run_cli(QStringList{"--link", "sim", "--log", log} + answer +
