@@ -1,21 +1,16 @@
 // The usage memory: readout ends, answer decoding, month clipping and sums,
 // "Testdaten", the file in both directions, and the questions asked first.
 
-#include "app_context.h"
 #include "compliance/compliance_file.h"
 #include "compliance/compliance_month.h"
 #include "compliance/compliance_readout.h"
-#include "fake_user_interface.h"
-#include "link/sim_link.h"
-#include "manual_clock.h"
 #include "protocol/commands.h"
 #include "protocol/payload_reader.h"
 #include "protocol/poll_cycle.h"
-#include "sim/concentrator.h"
-#include "sim/scenario.h"
-#include "test_bytes.h"
+#include "report_harness.h"
+#include "sim_helpers.h"
+#include "table.h"
 
-#include <QRandomGenerator>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -27,24 +22,19 @@ namespace {
 
 struct Harness {
     explicit Harness(const QByteArray& scenario_text = {},
-                     link::SimLink::WireTiming timing = link::SimLink::WireTiming::instant) {
-        QString error;
-        const auto scenario =
-            sim::parse_scenario("SW=5301\nCLOCK=2025-01-01 00:00:00\n" + scenario_text, &error);
-        if (!scenario)
-            qFatal("scenario: %s", qPrintable(error));
-        device = std::make_shared<sim::Concentrator>(*scenario);
+                     link::SimLink::WireTiming timing = link::SimLink::WireTiming::instant)
+        : device(std::make_shared<sim::Concentrator>(
+              scenario_from("SW=5301\nCLOCK=2025-01-01 00:00:00\n" + scenario_text))),
+          ctx(std::make_unique<AppContext>(
+              clock, ui, std::make_unique<link::SimLink>(clock, device, timing))) {
         device->set_observer([this](const sim::Concentrator::Event& e) {
             if (!e.boot_loader)
                 received << e.request;
         });
-        ctx = std::make_unique<AppContext>(clock, ui,
-                                           std::make_unique<link::SimLink>(clock, device, timing));
         for (int n = 6001; n <= 6015; ++n)
             ctx->language.language_text[n] = QStringLiteral("text%1").arg(n);
         ctx->language.language_text[11102] = QStringLiteral("Record Nr.:");
         install_compliance(*ctx);
-        ctx->compliance.page_changed = [this] { ++page_changes; };
     }
     // Opens the device and polls until it has answered a live status.
     void connect() {
@@ -83,16 +73,11 @@ struct Harness {
     std::shared_ptr<sim::Concentrator> device;
     std::unique_ptr<AppContext> ctx;
     QList<QByteArray> received;
-    int page_changes = 0;
 };
 
 // A "k" answer for record `n` with raw 32-bit start and end fields.
 QByteArray k_answer(int n, quint32 start, quint32 end) {
-    QByteArray p = bytes_of({'k', n >> 8, n & 0xFF});
-    for (quint32 v : {start, end})
-        for (int shift : {24, 16, 8, 0})
-            p.append(char((v >> shift) & 0xFF));
-    return p;
+    return bytes_of({'k', n >> 8, n & 0xFF}) + be32(start) + be32(end);
 }
 
 ComplianceRecord period(const char* from, const char* to) {
@@ -111,21 +96,20 @@ void fill(ComplianceMemory& m, const QList<ComplianceRecord>& records) {
     m.state.has_data = true;
 }
 
-QString write_lines(QTemporaryDir& dir, const QString& name, const QByteArray& content) {
-    QFile f(dir.filePath(name));
-    if (!f.open(QIODevice::WriteOnly) || f.write(content) != content.size())
-        qFatal("cannot write %s", qPrintable(f.fileName()));
-    return f.fileName();
-}
-
-QByteArray read_all(const QString& path) {
-    QFile f(path);
-    return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray("<unreadable>");
-}
-
 ComplianceRecord one_session() {
     return period("2020-02-01T08:00:00", "2020-02-01T09:30:00");
 }
+
+const QByteArray generate_300("COMPLIANCE_GENERATE=300\nCOMPLIANCE_FROM=2020-01-01\n"
+                              "COMPLIANCE_TO=2024-12-01\n");
+
+using Ends = Table<QByteArray, int, bool, QString, bool>;
+using Paces = Table<QByteArray, int, bool>;
+using Answers = Table<QByteArray, int, Stamp, Stamp>;
+using Months = Table<QList<ComplianceRecord>, Stamp, Stamp, double, QByteArray, int, int, double>;
+using Prescriptions = Table<int, double, int, int, QString>;
+using Loads = Table<QByteArray, int, double, int>;
+using Saves = Table<bool, bool, bool>;
 
 } // namespace
 
@@ -133,38 +117,30 @@ class TestCompliance : public QObject {
     Q_OBJECT
 private slots:
     void readout_ends_data() {
-        QTest::addColumn<QByteArray>("scenario");
-        QTest::addColumn<int>("last_index");
-        QTest::addColumn<bool>("duplicate_kept"); // the last record repeats record 0
-        // The last record is the running period, ending at the device's
-        // present time or at the PC's; or a stored one ("").
-        QTest::addColumn<QString>("running_end");
-        // The device clock is set back a day after power-on, before the
-        // running period's start.
-        QTest::addColumn<bool>("clock_set_back");
-        QTest::newRow("empty memory: record 0 only, running")
-            << QByteArray() << 0 << false << "device" << false;
-        QTest::newRow("device clock before the period's start: ends at the PC's time")
-            << QByteArray() << 0 << false << "pc" << true;
-        QTest::newRow("ring of 1024 wrapped: stops at 1024")
-            << QByteArray("COMPLIANCE_RING_SIZE=1024\nCOMPLIANCE_GENERATE=1100\n"
-                          "COMPLIANCE_FROM=2020-01-01\nCOMPLIANCE_TO=2024-12-01\n")
-            << 1024 << true << "" << false;
-        QTest::newRow("same repetition at 1000 is not a ring size")
-            << QByteArray("COMPLIANCE_RING_SIZE=1000\nCOMPLIANCE_GENERATE=1010\n"
-                          "COMPLIANCE_FROM=2020-01-01\nCOMPLIANCE_TO=2024-12-01\n")
-            << 1010 << false << "device" << false;
-        QTest::newRow("5000 announced: the table ends after index 4096")
-            << QByteArray("COMPLIANCE_RING_SIZE=8192\nCOMPLIANCE_GENERATE=5000\n"
-                          "COMPLIANCE_FROM=2010-01-01\nCOMPLIANCE_TO=2024-12-01\n")
-            << 4096 << false << "" << false;
+        // scenario, last index, whether the last record repeats record 0,
+        // where the running period ends ("device": the device's present time,
+        // "pc": the PC's, "": a stored record), whether the device clock is
+        // set back a day after power-on, before the running period's start.
+        const Ends row;
+        row("empty memory: record 0 only, running", {}, 0, false, "device", false);
+        row("device clock before the period's start: ends at the PC's time", {}, 0, false, "pc",
+            true);
+        row("ring of 1024 wrapped: stops at 1024",
+            "COMPLIANCE_RING_SIZE=1024\nCOMPLIANCE_GENERATE=1100\n"
+            "COMPLIANCE_FROM=2020-01-01\nCOMPLIANCE_TO=2024-12-01\n",
+            1024, true, "", false);
+        row("same repetition at 1000 is not a ring size",
+            "COMPLIANCE_RING_SIZE=1000\nCOMPLIANCE_GENERATE=1010\n"
+            "COMPLIANCE_FROM=2020-01-01\nCOMPLIANCE_TO=2024-12-01\n",
+            1010, false, "device", false);
+        row("5000 announced: the table ends after index 4096",
+            "COMPLIANCE_RING_SIZE=8192\nCOMPLIANCE_GENERATE=5000\n"
+            "COMPLIANCE_FROM=2010-01-01\nCOMPLIANCE_TO=2024-12-01\n",
+            4096, false, "", false);
     }
     void readout_ends() {
-        QFETCH(QByteArray, scenario);
-        QFETCH(int, last_index);
-        QFETCH(bool, duplicate_kept);
-        QFETCH(QString, running_end);
-        QFETCH(bool, clock_set_back);
+        const auto [scenario, last_index, duplicate_kept, running_end, clock_set_back] =
+            Ends::fetch();
         Harness h(scenario);
         if (clock_set_back)
             h.device->state().clock_seconds_at_set -= 86400;
@@ -200,25 +176,20 @@ private slots:
 
     // Whatever the device's pace, every record arrives, each at its place.
     void readout_reads_every_record_in_order_data() {
-        QTest::addColumn<QByteArray>("device");
-        QTest::addColumn<int>("drop_every"); // answers lost once the readout runs
-        QTest::addColumn<bool>("paced");     // the rest of the readout waits 20 ms a record
-        QTest::newRow("an answer lost: repeated, then paced") << QByteArray() << 97 << true;
-        QTest::newRow("a slow device: 25 ms per answer")
-            << QByteArray("LATENCY_MS=25\n") << 0 << false;
+        // device, answers lost once the readout runs, whether the rest of the
+        // readout waits 20 ms a record
+        const Paces row;
+        row("an answer lost: repeated, then paced", {}, 97, true);
+        row("a slow device: 25 ms per answer", "LATENCY_MS=25\n", 0, false);
     }
     void readout_reads_every_record_in_order() {
-        QFETCH(QByteArray, device);
-        QFETCH(int, drop_every);
-        QFETCH(bool, paced);
-        const QByteArray memory("COMPLIANCE_GENERATE=300\nCOMPLIANCE_FROM=2020-01-01\n"
-                                "COMPLIANCE_TO=2024-12-01\n");
-        Harness quick(memory);
+        const auto [device, drop_every, paced] = Paces::fetch();
+        Harness quick(generate_300);
         quick.connect();
         quick.read();
         QCOMPARE(quick.state().last_index, 300);
 
-        Harness h(memory + device, link::SimLink::WireTiming::realistic);
+        Harness h(generate_300 + device, link::SimLink::WireTiming::realistic);
         h.connect();
         sim::Faults faults = h.device->faults();
         faults.drop_every = drop_every;
@@ -241,70 +212,33 @@ private slots:
         QCOMPARE(h.ctx->protocol.paced_reads, paced);
     }
 
-    // "Abbrechen" while the records come in: no further request, the count
-    // read is kept, no chart; the answer on its way is ignored.
-    void cancel_stops_the_readout() {
-        Harness h(
-            "COMPLIANCE_GENERATE=300\nCOMPLIANCE_FROM=2020-01-01\nCOMPLIANCE_TO=2024-12-01\n");
-        h.connect();
-        h.received.clear();
-        // Before the next tick: the count and the first record stay unasked.
-        cmd_complianceread_Click(*h.ctx);
-        compliance_cancel(*h.ctx);
-        for (int i = 0; i < 3; ++i)
-            h.tick();
-        QCOMPARE(h.requests('K') + h.requests('k'), 0);
-
-        int asked_when_cancelled = -1;
-        h.clock.on_wait = [&](int) {
-            if (asked_when_cancelled < 0 && h.state().read_index == 100) {
-                asked_when_cancelled = h.state().read_index;
-                compliance_cancel(*h.ctx);
-            }
-        };
-        cmd_complianceread_Click(*h.ctx);
-        for (int i = 0; i < 40; ++i)
-            h.tick();
-        QCOMPARE(asked_when_cancelled, 100);
-        QCOMPARE(h.record_requests().size(), 101);
-        QCOMPARE(h.memory().readout.phase(), progress::Phase::cancelled);
-        QCOMPARE(h.memory().readout.standing().done, 100);
-        QVERIFY(h.memory().records[99] != ComplianceRecord{});
-        QVERIFY(h.memory().records[100] == ComplianceRecord{});
-        QVERIFY(!h.state().has_data && !h.memory().page.chart_shown);
-        QVERIFY(!h.memory().page.record_visible && !h.memory().page.save_enabled);
-        QVERIFY(h.memory().page.read_enabled);
-
-        h.clock.on_wait = nullptr;
-        h.received.clear();
-        h.read();
-        QCOMPARE(h.requests('K'), 1);
-        QCOMPARE(h.state().last_index, 300);
-    }
-
     void answer_fields_data() {
-        QTest::addColumn<QByteArray>("payload");
-        QTest::addColumn<int>("asked"); // the record index the answer is stored at
-        QTest::addColumn<Stamp>("start");
-        QTest::addColumn<Stamp>("end");
+        // payload, the record index the answer is stored at (-1: refused,
+        // nothing changes), start, end
+        const Answers row;
         const Stamp epoch = make_stamp(2000, 1, 1);
-        QTest::newRow("start 0x80...: empty start only")
-            << k_answer(0, 0x80000000u, 60) << 0 << Stamp(0) << epoch + 60;
-        QTest::newRow("end erased")
-            << k_answer(0, 0x7FFFFFFFu, 0xFFFFFFFFu) << 0 << epoch + 0x7FFFFFFF << Stamp(0);
-        QTest::newRow("zero seconds is the epoch, not empty")
-            << k_answer(0, 0, 0) << 0 << epoch << epoch;
-        QTest::newRow("record 7 answered while 3 was asked: logged, stored at 3")
-            << k_answer(7, 100, 200) << 3 << epoch + 100 << epoch + 200;
+        row("start 0x80...: empty start only", k_answer(0, 0x80000000u, 60), 0, 0, epoch + 60);
+        row("end erased", k_answer(0, 0x7FFFFFFFu, 0xFFFFFFFFu), 0, epoch + 0x7FFFFFFF, 0);
+        row("zero seconds is the epoch, not empty", k_answer(0, 0, 0), 0, epoch, epoch);
+        row("record 7 answered while 3 was asked: logged, stored at 3", k_answer(7, 100, 200), 3,
+            epoch + 100, epoch + 200);
+        row("count of 32768", bytes_of({'K', 0x80, 0}), -1, 0, 0);
+        row("record number of 32768", k_answer(0x8000, 1, 2), -1, 0, 0);
+        row("short record", bytes_of({'k', 0, 0, 1, 2, 3, 4, 5}), -1, 0, 0);
     }
     void answer_fields() {
-        QFETCH(QByteArray, payload);
-        QFETCH(int, asked);
-        QFETCH(Stamp, start);
-        QFETCH(Stamp, end);
+        const auto [payload, asked, start, end] = Answers::fetch();
         Harness h;
         h.state().record_count = 9;
-        h.state().read_index = asked;
+        h.state().read_index = std::max(asked, 0);
+        if (asked < 0) {
+            QVERIFY_THROWS_EXCEPTION(protocol::InterpretError, compliance_answer(*h.ctx, payload));
+            QCOMPARE(h.state().record_count, 9);
+            QCOMPARE(h.state().read_index, 0);
+            QVERIFY(h.memory().records[0] == ComplianceRecord{});
+            QCOMPARE(h.ctx->protocol.queue_count, 0);
+            return;
+        }
         compliance_answer(*h.ctx, payload);
         const std::size_t at = std::size_t(asked);
         QCOMPARE(h.memory().records[at].start, start);
@@ -316,85 +250,50 @@ private slots:
         QCOMPARE(h.ctx->protocol.send_queue[1], protocol::cmd::compliance_record(asked + 1));
     }
 
-    void malformed_answers_change_nothing_data() {
-        QTest::addColumn<QByteArray>("payload");
-        QTest::newRow("count of 32768") << bytes_of({'K', 0x80, 0});
-        QTest::newRow("record number of 32768") << k_answer(0x8000, 1, 2);
-        QTest::newRow("short record") << bytes_of({'k', 0, 0, 1, 2, 3, 4, 5});
-    }
-    void malformed_answers_change_nothing() {
-        QFETCH(QByteArray, payload);
-        Harness h;
-        h.state().record_count = 7;
-        QVERIFY_THROWS_EXCEPTION(protocol::InterpretError, compliance_answer(*h.ctx, payload));
-        QCOMPARE(h.state().record_count, 7);
-        QCOMPARE(h.state().read_index, 0);
-        QVERIFY(h.memory().records[0] == ComplianceRecord{});
-        QCOMPARE(h.ctx->protocol.queue_count, 0);
-    }
-
     // The month shown, its sums and the summary under the chart.
     void month_pass_data() {
-        QTest::addColumn<QList<ComplianceRecord>>("records");
-        QTest::addColumn<Stamp>("shown");
-        QTest::addColumn<Stamp>("month");
-        QTest::addColumn<double>("hours");
-        QTest::addColumn<bool>("prev");
-        QTest::addColumn<bool>("next");
-        QTest::addColumn<int>("days");
-        QTest::addColumn<int>("days_used");
-        QTest::addColumn<double>("mean");
-        QTest::addColumn<double>("gap"); // -1: none
+        // records, month asked for, month shown, hours, neighbours with use
+        // ("<" before, ">" after), days of the month, days used, longest gap
+        // (-1: none)
+        const Months row;
         using L = QList<ComplianceRecord>;
         const Stamp march = make_stamp(2021, 3, 1);
-        QTest::newRow("22:00 on the 3rd to 06:00 on the 5th")
-            << L{period("2021-03-03T22:00:00", "2021-03-05T06:00:00")} << Stamp(0) << march << 32.0
-            << false << false << 31 << 3 << 32.0 / 3 << -1.0;
-        QTest::newRow("begun in the previous month: from the 1st")
-            << L{period("2021-02-27T20:00:00", "2021-03-01T02:30:00")} << make_stamp(2021, 3, 15)
-            << march << 2.5 << true << false << 31 << 1 << 2.5 << -1.0;
-        QTest::newRow("running into the next month: up to its start")
-            << L{period("2021-02-28T23:00:00", "2021-03-01T01:00:00")} << make_stamp(2021, 2, 10)
-            << make_stamp(2021, 2, 1) << 1.0 << false << true << 28 << 1 << 1.0 << -1.0;
-        QTest::newRow("latest end chooses the month; start after end ignored")
-            << L{period("2021-06-02T08:00:00", "2021-06-02T09:00:00"),
-                 period("2022-01-05T10:00:00", "2022-01-04T10:00:00"),
-                 period("2021-05-30T08:00:00", "2021-05-30T10:00:00")}
-            << Stamp(0) << make_stamp(2021, 6, 1) << 1.0 << true << false << 30 << 1 << 1.0 << -1.0;
-        QTest::newRow("empty start or end draws nothing")
-            << L{{0, make_stamp(2021, 4, 2, 10)},
-                 {make_stamp(2021, 4, 3, 8), 0},
-                 period("2021-04-04T10:00:00", "2021-04-04T10:30:00")}
-            << make_stamp(2021, 4, 1) << make_stamp(2021, 4, 1) << 0.5 << false << false << 30 << 1
-            << 0.5 << -1.0;
-        QTest::newRow("no records: the present month, nothing used")
-            << L{} << Stamp(0) << make_stamp(2026, 3, 1) << 0.0 << false << false << 31 << 0 << 0.0
-            << -1.0;
-        QTest::newRow("pause between two sessions")
-            << L{period("2021-03-03T08:00:00", "2021-03-03T10:00:00"),
-                 period("2021-03-05T08:00:00", "2021-03-05T12:00:00")}
-            << Stamp(0) << march << 6.0 << false << false << 31 << 2 << 3.0 << 46.0;
-        QTest::newRow("overlaps are one use, not a negative pause")
-            << L{period("2021-03-10T08:00:00", "2021-03-10T12:00:00"),
-                 period("2021-03-10T09:00:00", "2021-03-10T10:00:00"),
-                 period("2021-03-10T13:00:00", "2021-03-10T14:00:00"),
-                 period("2021-03-01T06:00:00", "2021-03-01T07:00:00")}
-            << Stamp(0) << march << 7.0 << false << false << 31 << 2 << 3.5 << 217.0;
-        QTest::newRow("ending at midnight uses no time on the next day")
-            << L{period("2021-03-07T20:00:00", "2021-03-08T00:00:00")} << Stamp(0) << march << 4.0
-            << false << false << 31 << 1 << 4.0 << -1.0;
+        row("22:00 on the 3rd to 06:00 on the 5th",
+            L{period("2021-03-03T22:00:00", "2021-03-05T06:00:00")}, 0, march, 32, "", 31, 3, -1);
+        row("begun in the previous month: from the 1st",
+            L{period("2021-02-27T20:00:00", "2021-03-01T02:30:00")}, make_stamp(2021, 3, 15), march,
+            2.5, "<", 31, 1, -1);
+        row("running into the next month: up to its start",
+            L{period("2021-02-28T23:00:00", "2021-03-01T01:00:00")}, make_stamp(2021, 2, 10),
+            make_stamp(2021, 2, 1), 1, ">", 28, 1, -1);
+        row("latest end chooses the month; start after end ignored",
+            L{period("2021-06-02T08:00:00", "2021-06-02T09:00:00"),
+              period("2022-01-05T10:00:00", "2022-01-04T10:00:00"),
+              period("2021-05-30T08:00:00", "2021-05-30T10:00:00")},
+            0, make_stamp(2021, 6, 1), 1, "<", 30, 1, -1);
+        row("empty start or end draws nothing",
+            L{{0, make_stamp(2021, 4, 2, 10)},
+              {make_stamp(2021, 4, 3, 8), 0},
+              period("2021-04-04T10:00:00", "2021-04-04T10:30:00")},
+            make_stamp(2021, 4, 1), make_stamp(2021, 4, 1), 0.5, "", 30, 1, -1);
+        row("no records: the present month, nothing used", L{}, 0, make_stamp(2026, 3, 1), 0, "",
+            31, 0, -1);
+        row("pause between two sessions",
+            L{period("2021-03-03T08:00:00", "2021-03-03T10:00:00"),
+              period("2021-03-05T08:00:00", "2021-03-05T12:00:00")},
+            0, march, 6, "", 31, 2, 46);
+        row("overlaps are one use, not a negative pause",
+            L{period("2021-03-10T08:00:00", "2021-03-10T12:00:00"),
+              period("2021-03-10T09:00:00", "2021-03-10T10:00:00"),
+              period("2021-03-10T13:00:00", "2021-03-10T14:00:00"),
+              period("2021-03-01T06:00:00", "2021-03-01T07:00:00")},
+            0, march, 7, "", 31, 2, 217);
+        row("ending at midnight uses no time on the next day",
+            L{period("2021-03-07T20:00:00", "2021-03-08T00:00:00")}, 0, march, 4, "", 31, 1, -1);
     }
     void month_pass() {
-        QFETCH(QList<ComplianceRecord>, records);
-        QFETCH(Stamp, shown);
-        QFETCH(Stamp, month);
-        QFETCH(double, hours);
-        QFETCH(bool, prev);
-        QFETCH(bool, next);
-        QFETCH(int, days);
-        QFETCH(int, days_used);
-        QFETCH(double, mean);
-        QFETCH(double, gap);
+        const auto [records, shown, month, hours, neighbours, days, days_used, gap] =
+            Months::fetch();
         ComplianceMemory m;
         fill(m, records);
         m.state.shown_month = shown;
@@ -402,12 +301,12 @@ private slots:
             compliance_month_pass(m.state, m.records, make_stamp(2026, 3, 2, 10, 0, 0));
         QCOMPARE(m.state.shown_month, month);
         QCOMPARE(m.state.total_hours, hours);
-        QCOMPARE(m.state.has_prev_month, prev);
-        QCOMPARE(m.state.has_next_month, next);
+        QCOMPARE(m.state.has_prev_month, neighbours.contains('<'));
+        QCOMPARE(m.state.has_next_month, neighbours.contains('>'));
         QCOMPARE(result.days, days);
         const MonthSummary s = summarise(result);
         QCOMPARE(s.days_used, days_used);
-        QCOMPARE(s.mean_hours_per_day_used, mean);
+        QCOMPARE(s.mean_hours_per_day_used, days_used ? hours / days_used : 0.0);
         QCOMPARE(s.longest_gap_hours.value_or(-1.0), gap);
         QCOMPARE(s.total_hours, hours);
     }
@@ -424,28 +323,19 @@ private slots:
     // Days that reached a prescription of 15 h, of the days up to the last
     // record: a known January (and the February the last record ends in).
     void prescription_days_data() {
-        QTest::addColumn<int>("month");
-        QTest::addColumn<double>("hours");
-        QTest::addColumn<int>("meeting");
-        QTest::addColumn<int>("counted");
-        QTest::addColumn<QString>("line");
+        // month, prescribed hours, days meeting it, days counted, usage line.
         // 5th: exactly 15 h; 6th: one second short; 7th/8th: 15 h across
         // midnight, 7.5 h on each day; 9th: two stretches of 7.5 h.
-        QTest::newRow("January, wholly before the last record: all its days")
-            << 1 << 15.0 << 2 << 31 << "2021-01|60.0|5|12.0|2";
-        QTest::newRow("a lower prescription counts the split days too")
-            << 1 << 7.5 << 5 << 31 << "2021-01|60.0|5|12.0|5";
-        QTest::newRow("February up to the day of the last record's end")
-            << 2 << 15.0 << 0 << 3 << "2021-02|2.0|1|2.0|0";
-        QTest::newRow("no prescription: four fields as before")
-            << 2 << 0.0 << 0 << 3 << "2021-02|2.0|1|2.0";
+        const Prescriptions row;
+        row("January, wholly before the last record: all its days", 1, 15, 2, 31,
+            "2021-01|60.0|5|12.0|2");
+        row("a lower prescription counts the split days too", 1, 7.5, 5, 31,
+            "2021-01|60.0|5|12.0|5");
+        row("February up to the day of the last record's end", 2, 15, 0, 3, "2021-02|2.0|1|2.0|0");
+        row("no prescription: four fields as before", 2, 0, 0, 3, "2021-02|2.0|1|2.0");
     }
     void prescription_days() {
-        QFETCH(int, month);
-        QFETCH(double, hours);
-        QFETCH(int, meeting);
-        QFETCH(int, counted);
-        QFETCH(QString, line);
+        const auto [month, hours, meeting, counted, line] = Prescriptions::fetch();
         ComplianceMemory m;
         fill(m, {period("2021-01-05T06:00:00", "2021-01-05T21:00:00"),
                  period("2021-01-06T06:00:00", "2021-01-06T20:59:59"),
@@ -464,42 +354,11 @@ private slots:
         QCOMPARE(month_usage_line(m.records, m.state.last_index, start, hours, QLocale::c()), line);
     }
 
-    void testdata_shows_january_2007() {
-        Harness h;
-        QRandomGenerator random(77);
-        cmd_compliance_test_Click(*h.ctx, random);
-        const ComplianceState& s = h.state();
-        QCOMPARE(s.shown_month, make_stamp(2007, 1, 1));
-        QVERIFY(s.has_prev_month && !s.has_next_month);
-        QCOMPARE(s.last_index, 34);
-        QCOMPARE(s.record_count, 34);
-        QVERIFY(s.has_data && s.from_device);
-        const auto& r = h.memory().records;
-        QVERIFY(r[2] == ComplianceRecord{} && r[3] == ComplianceRecord{});
-        QCOMPARE(r[1], period("2006-12-24T11:15:00", "2006-12-26T12:00:00"));
-        qint64 seconds = 0;
-        for (int d = 1; d <= 30; ++d) {
-            const QDateTime a = from_stamp(r[std::size_t(d + 4)].start);
-            const QDateTime b = from_stamp(r[std::size_t(d + 4)].end);
-            QVERIFY(a.date() == QDate(2007, 1, d) && b.date() == a.date());
-            QVERIFY(a.time().hour() >= 6 && a.time().hour() <= 9 && a.time().second() == 0);
-            QVERIFY(b.time().hour() >= 19 && b.time().hour() <= 23);
-            seconds += b.toSecsSinceEpoch() - a.toSecsSinceEpoch();
-        }
-        QCOMPARE(s.total_hours, seconds / 3600.0);
-        QVERIFY(h.memory().page.prev_enabled && !h.memory().page.next_enabled);
-        // Back to December 2006: both neighbours have use.
-        cmd_prevmonth_Click(*h.ctx);
-        QCOMPARE(s.shown_month, make_stamp(2006, 12, 1));
-        QCOMPARE(s.total_hours, 24.0 + 48.75);
-        QVERIFY(s.has_prev_month && s.has_next_month);
-    }
-
     void file_round_trip() {
         QTemporaryDir dir;
         Harness h;
         ComplianceMemory& m = h.memory();
-        fill(m, {period("2020-02-01T08:00:00", "2020-02-01T09:30:00"),
+        fill(m, {one_session(),
                  {0, make_stamp(2020, 2, 2)},
                  period("2020-02-03T23:59:59", "2020-02-04T00:00:01"),
                  {make_stamp(2020, 2, 5), 0},
@@ -507,9 +366,9 @@ private slots:
         const ComplianceRecords before = m.records;
         const QString path = dir.filePath("c.txt");
         QVERIFY(write_compliance_file(path, m, QLocale::c()));
-        QCOMPARE(read_all(path), QByteArray("0|01.02.2020 08:00:00-01.02.2020 09:30:00\r\n"
-                                            "2|03.02.2020 23:59:59-04.02.2020 00:00:01\r\n"
-                                            "4|06.02.2020 07:00:00-06.02.2020 07:00:00\r\n"));
+        QCOMPARE(read_file(path), QByteArray("0|01.02.2020 08:00:00-01.02.2020 09:30:00\r\n"
+                                             "2|03.02.2020 23:59:59-04.02.2020 00:00:01\r\n"
+                                             "4|06.02.2020 07:00:00-06.02.2020 07:00:00\r\n"));
         QVERIFY(load_compliance_file(*h.ctx, path));
         for (int i : {0, 2, 4})
             QCOMPARE(m.records[std::size_t(i)], before[std::size_t(i)]);
@@ -521,35 +380,29 @@ private slots:
     }
 
     void load_accepts_data() {
-        QTest::addColumn<QByteArray>("content");
-        QTest::addColumn<int>("index");
-        QTest::addColumn<double>("minutes");
-        QTest::addColumn<int>("last_index");
-        QTest::newRow("90 minutes into record 5")
-            << QByteArray("5|01.02.2020 08:00:00-01.02.2020 09:30:00\r\n") << 5 << 90.0 << 5;
-        QTest::newRow("empty lines skipped, LF ends, later line wins")
-            << QByteArray("\n7|01.02.2020 08:00:00-01.02.2020 08:10:00\n\n"
-                          "7|02.02.2020 08:00:00-02.02.2020 08:20:00\n")
-            << 7 << 20.0 << 7;
-        QTest::newRow("last line read sets the end, not the largest index")
-            << QByteArray("9|01.02.2020 08:00:00-01.02.2020 08:30:00\r\n"
-                          "3|01.01.2020 08:00:00-01.01.2020 08:05:00\r\n")
-            << 9 << 30.0 << 3;
-        QTest::newRow("CR-only line ends of an old tool")
-            << QByteArray("5|01.02.2020 08:00:00-01.02.2020 09:30:00\r"
-                          "6|01.02.2020 10:00:00-01.02.2020 10:05:00\r")
-            << 5 << 90.0 << 6;
-        QTest::newRow("date only is midnight")
-            << QByteArray("4096|01.02.2020-02.02.2020\r\n") << 4096 << 1440.0 << 4096;
+        // content, a record's index, its minutes, the last index
+        const Loads row;
+        row("90 minutes into record 5", "5|01.02.2020 08:00:00-01.02.2020 09:30:00\r\n", 5, 90, 5);
+        row("empty lines skipped, LF ends, later line wins",
+            "\n7|01.02.2020 08:00:00-01.02.2020 08:10:00\n\n"
+            "7|02.02.2020 08:00:00-02.02.2020 08:20:00\n",
+            7, 20, 7);
+        row("last line read sets the end, not the largest index",
+            "9|01.02.2020 08:00:00-01.02.2020 08:30:00\r\n"
+            "3|01.01.2020 08:00:00-01.01.2020 08:05:00\r\n",
+            9, 30, 3);
+        row("CR-only line ends of an old tool",
+            "5|01.02.2020 08:00:00-01.02.2020 09:30:00\r"
+            "6|01.02.2020 10:00:00-01.02.2020 10:05:00\r",
+            5, 90, 6);
+        row("date only is midnight", "4096|01.02.2020-02.02.2020\r\n", 4096, 1440, 4096);
     }
     void load_accepts() {
-        QFETCH(QByteArray, content);
-        QFETCH(int, index);
-        QFETCH(double, minutes);
-        QFETCH(int, last_index);
+        const auto [content, index, minutes, last_index] = Loads::fetch();
         QTemporaryDir dir;
         Harness h;
-        QVERIFY(load_compliance_file(*h.ctx, write_lines(dir, "in.txt", content)));
+        QVERIFY(write_file(dir.filePath("in.txt"), content));
+        QVERIFY(load_compliance_file(*h.ctx, dir.filePath("in.txt")));
         const ComplianceRecord r = h.memory().records[std::size_t(index)];
         QCOMPARE((r.end - r.start) / 60.0, minutes);
         QCOMPARE(h.state().last_index, last_index);
@@ -558,24 +411,23 @@ private slots:
     }
 
     void load_rejects_data() {
-        QTest::addColumn<QByteArray>("bad");
-        QTest::newRow("third field") << QByteArray("1|01.02.2020 08:00:00-01.02.2020 09:00:00|x");
-        QTest::newRow("index not a number") << QByteArray("a|01.02.2020 08:00-01.02.2020 09:00");
-        QTest::newRow("index 4097") << QByteArray("4097|01.02.2020 08:00:00-01.02.2020 09:00:00");
-        QTest::newRow("negative index") << QByteArray("-1|01.02.2020 08:00:00-01.02.2020 09:00:00");
-        QTest::newRow("single date") << QByteArray("1|01.02.2020 08:00:00");
-        QTest::newRow("no such day") << QByteArray("1|30.02.2020 08:00:00-01.03.2020 09:00:00");
-        QTest::newRow("hour 24") << QByteArray("1|01.02.2020 24:00:00-02.02.2020 09:00:00");
-        QTest::newRow("the zero date") << QByteArray("1|30.12.1899 00:00:00-01.02.2020 09:00:00");
+        const Table<QByteArray> row;
+        row("third field", "1|01.02.2020 08:00:00-01.02.2020 09:00:00|x");
+        row("index not a number", "a|01.02.2020 08:00-01.02.2020 09:00");
+        row("index 4097", "4097|01.02.2020 08:00:00-01.02.2020 09:00:00");
+        row("negative index", "-1|01.02.2020 08:00:00-01.02.2020 09:00:00");
+        row("single date", "1|01.02.2020 08:00:00");
+        row("no such day", "1|30.02.2020 08:00:00-01.03.2020 09:00:00");
+        row("hour 24", "1|01.02.2020 24:00:00-02.02.2020 09:00:00");
+        row("the zero date", "1|30.12.1899 00:00:00-01.02.2020 09:00:00");
     }
     void load_rejects() {
-        QFETCH(QByteArray, bad);
+        const auto [bad] = Table<QByteArray>::fetch();
         QTemporaryDir dir;
         Harness h;
-        const QString path =
-            write_lines(dir, "in.txt",
-                        "2|01.01.2020 08:00:00-01.01.2020 09:00:00\r\n" + bad + "\r\n" +
-                            "3|01.01.2020 08:00:00-01.01.2020 09:00:00\r\n");
+        const QString path = dir.filePath("in.txt");
+        QVERIFY(write_file(path, "2|01.01.2020 08:00:00-01.01.2020 09:00:00\r\n" + bad + "\r\n" +
+                                     "3|01.01.2020 08:00:00-01.01.2020 09:00:00\r\n"));
         QVERIFY(!load_compliance_file(*h.ctx, path));
         QCOMPARE(h.ui.messages,
                  QStringList{"text6009\r\ntext6010 (" + QString::fromLatin1(bad) + ")"});
@@ -595,17 +447,14 @@ private slots:
     }
 
     void save_data() {
-        QTest::addColumn<bool>("connected");
-        QTest::addColumn<bool>("from_device");
-        QTest::addColumn<bool>("saved");
-        QTest::newRow("device data") << true << true << true;
-        QTest::newRow("loaded from a file") << true << false << false;
-        QTest::newRow("no device") << false << true << false;
+        // connected, data from the device, saved
+        const Saves row;
+        row("device data", true, true, true);
+        row("loaded from a file", true, false, false);
+        row("no device", false, true, false);
     }
     void save() {
-        QFETCH(bool, connected);
-        QFETCH(bool, from_device);
-        QFETCH(bool, saved);
+        const auto [connected, from_device, saved] = Saves::fetch();
         QTemporaryDir dir;
         Harness h("SN=VO2-4711\n");
         if (connected)
@@ -613,7 +462,8 @@ private slots:
         h.ctx->program_dir = dir.path() + '/';
         fill(h.memory(), {one_session()});
         h.state().from_device = from_device;
-        const QString existing = write_lines(dir, "old.txt", "keep");
+        const QString existing = dir.filePath("old.txt");
+        QVERIFY(write_file(existing, "keep"));
         h.ui.file_answers << existing << existing;
         h.ui.yes_no_answers << false << true; // not this one ... then yes, overwrite
         QCOMPARE(compliance_save(*h.ctx), saved);
@@ -626,18 +476,26 @@ private slots:
         QCOMPARE(h.ui.questions, (QStringList{"text6008", "text6008"}));
         QVERIFY(h.ui.dialogs[0].proposed_name.startsWith("Compliance_VO2-4711_20260302_10"));
         QCOMPARE(h.ui.dialogs[0].filter, QStringLiteral("text6007 (*.txt)|*.txt"));
-        QCOMPARE(read_all(existing), QByteArray("0|01.02.2020 08:00:00-01.02.2020 09:30:00\r\n"));
+        QCOMPARE(read_file(existing), QByteArray("0|01.02.2020 08:00:00-01.02.2020 09:30:00\r\n"));
     }
 
     void delete_asks_first_data() {
-        QTest::addColumn<bool>("ok");
-        QTest::newRow("Cancel") << false;
-        QTest::newRow("OK") << true;
+        const Table<bool> row;
+        row("Cancel", false);
+        row("OK", true);
     }
+    // Erasing asks first; the buttons follow the link, and a reset of the
+    // link empties the table and hides the count.
     void delete_asks_first() {
-        QFETCH(bool, ok);
+        const auto [ok] = Table<bool>::fetch();
         Harness h;
+        protocol::connect_routine(*h.ctx);
+        // Open, but nothing answered yet: the buttons wait for the link.
+        follow_link_state(*h.ctx);
+        QVERIFY(!h.memory().page.read_enabled);
         h.connect();
+        follow_link_state(*h.ctx);
+        QVERIFY(h.memory().page.read_enabled && h.memory().page.delete_enabled);
         h.received.clear();
         fill(h.memory(), {one_session()});
         h.ui.ok_cancel_answers << ok;
@@ -648,17 +506,7 @@ private slots:
         QCOMPARE(h.requests('Z'), ok ? 1 : 0);
         QCOMPARE(h.state().has_data, !ok);
         QCOMPARE(h.memory().records[0] == ComplianceRecord{}, ok);
-    }
 
-    void link_reset_empties_the_table_and_hides_the_count() {
-        Harness h;
-        protocol::connect_routine(*h.ctx);
-        // Open, but nothing answered yet: the buttons wait for the link.
-        follow_link_state(*h.ctx);
-        QVERIFY(!h.memory().page.read_enabled);
-        h.connect();
-        follow_link_state(*h.ctx);
-        QVERIFY(h.memory().page.read_enabled && h.memory().page.delete_enabled);
         cmd_complianceread_Click(*h.ctx);
         QVERIFY(h.memory().page.record_visible && !h.memory().page.read_enabled);
         protocol::reset_link_state(*h.ctx);

@@ -2,16 +2,13 @@
 // usage memory, the picture box draws the chart and redraws at a new size,
 // the month summary sits under it, and a readout shows its progress.
 
-#include "app_context.h"
 #include "compliance/compliance_print.h"
+#include "compliance/compliance_readout.h"
 #include "fake_link.h"
 #include "frm_main.h"
-#include "link/sim_link.h"
-#include "manual_clock.h"
 #include "pages.h"
 #include "protocol/poll_cycle.h"
-#include "sim/concentrator.h"
-#include "sim/scenario.h"
+#include "sim_helpers.h"
 
 #include <QImage>
 #include <QLabel>
@@ -35,36 +32,65 @@ int green_pixels(const QImage& image) {
     return n;
 }
 
+// The window on the "Compliance" page, offscreen; with a simulated device
+// when a scenario is given, whose requests are kept in `received`.
+struct Window {
+    explicit Window(const QByteArray& scenario = {})
+        : device(scenario.isEmpty() ? nullptr
+                                    : std::make_shared<sim::Concentrator>(scenario_from(scenario))),
+          ctx{clock, form,
+              device ? std::unique_ptr<link::DeviceLink>(new link::SimLink(clock, device))
+                     : std::unique_ptr<link::DeviceLink>(new FakeLink)} {
+        if (device)
+            device->set_observer([this](const sim::Concentrator::Event& e) {
+                if (!e.boot_loader)
+                    received += e.request.left(1);
+            });
+        form.bind(ctx);
+        form.tab1()->setCurrentIndex(2);
+        form.show();
+    }
+    template <class W = QPushButton> W* get(const char* name) {
+        return form.control_as<W>(QLatin1String(name));
+    }
+    QString label(const char* name) { return get<QLabel>(name)->text(); }
+    void tick() {
+        clock.advance_ms(50);
+        protocol::timer1_tick(ctx);
+    }
+
+    ManualClock clock;
+    FrmMain form;
+    std::shared_ptr<sim::Concentrator> device;
+    AppContext ctx;
+    QByteArray received; // the first letter of each request
+};
+
 } // namespace
 
 class TestPageCompliance : public QObject {
     Q_OBJECT
 private slots:
+    // "Testdaten": January 2007 with a session every day but the 31st, and a
+    // December before it.
     void testdaten_fills_the_page_and_the_chart_follows_its_size() {
-        ManualClock clock;
-        FrmMain form;
-        AppContext ctx{clock, form, std::unique_ptr<link::DeviceLink>(new FakeLink)};
-        form.bind(ctx);
-        ctx.language.language_text[6012] = QStringLiteral("Days with use");
-        form.tab1()->setCurrentIndex(2);
-        form.show();
-        const auto button = [&](const char* name) {
-            return form.control_as<QPushButton>(QLatin1String(name));
-        };
-        QWidget* chart = form.control(QStringLiteral("p_compliance"));
-        QVERIFY(!button("cmd_complianceprint")->isEnabled());
+        Window p;
+        p.ctx.language.language_text[6012] = QStringLiteral("Days with use");
+        const compliance::ComplianceState& state = p.ctx.compliance.state;
+        QWidget* chart = p.form.control(QStringLiteral("p_compliance"));
+        QVERIFY(!p.get("cmd_complianceprint")->isEnabled());
         QCOMPARE(green_pixels(chart->grab().toImage()), 0);
 
-        button("cmd_compliance_test")->click();
-        QVERIFY(button("cmd_complianceprint")->isEnabled());
-        QVERIFY(button("cmd_prevmonth")->isEnabled());
-        QVERIFY(!button("cmd_nextmonth")->isEnabled());
+        p.get("cmd_compliance_test")->click();
+        QCOMPARE(state.shown_month, compliance::make_stamp(2007, 1, 1));
+        QVERIFY(p.get("cmd_complianceprint")->isEnabled());
+        QVERIFY(p.get("cmd_prevmonth")->isEnabled());
+        QVERIFY(!p.get("cmd_nextmonth")->isEnabled());
         // No device: neither reading nor erasing.
-        QVERIFY(!button("cmd_complianceread")->isEnabled());
-        QVERIFY(!button("cmd_compliancedelete")->isEnabled());
-        QVERIFY(form.control_as<QLineEdit>("t_compliancedauer")->text().contains('.'));
-        QVERIFY(
-            form.control_as<QLabel>("l_compliancesummary")->text().startsWith("Days with use: 30"));
+        QVERIFY(!p.get("cmd_complianceread")->isEnabled());
+        QVERIFY(!p.get("cmd_compliancedelete")->isEnabled());
+        QVERIFY(p.get<QLineEdit>("t_compliancedauer")->text().contains('.'));
+        QVERIFY(p.label("l_compliancesummary").startsWith("Days with use: 30"));
 
         chart->resize(600, 400);
         const int small = green_pixels(chart->grab().toImage());
@@ -75,59 +101,54 @@ private slots:
         QVERIFY2(large > 4 * small && large < 6 * small,
                  qPrintable(QStringLiteral("%1 %2").arg(small).arg(large)));
 
-        // December 2006 has fewer hours of use than January 2007.
-        button("cmd_prevmonth")->click();
-        QVERIFY(button("cmd_nextmonth")->isEnabled());
+        // December 2006 has fewer hours of use than January 2007, and use on
+        // both sides.
+        p.get("cmd_prevmonth")->click();
+        QCOMPARE(state.shown_month, compliance::make_stamp(2006, 12, 1));
+        QCOMPARE(state.total_hours, 24.0 + 48.75);
+        QVERIFY(p.get("cmd_prevmonth")->isEnabled() && p.get("cmd_nextmonth")->isEnabled());
         QVERIFY(green_pixels(chart->grab().toImage()) < large);
 
         // The printout names the patient typed on the report page, and its
         // PDF the month shown and that these are test data.
-        form.control_as<QLineEdit>("t_patient")->setText("Erika Muster");
-        QCOMPARE(compliance_printed_for(form, ctx).patient, QString("Erika Muster"));
-        QCOMPARE(compliance::compliance_pdf_name(ctx.compliance.state, ctx.compliance.records, 0),
+        p.get<QLineEdit>("t_patient")->setText("Erika Muster");
+        QCOMPARE(compliance_printed_for(p.form, p.ctx).patient, QString("Erika Muster"));
+        QCOMPARE(compliance::compliance_pdf_name(state, p.ctx.compliance.records, 0),
                  QString("Compliance_Testdaten_2006-12.pdf"));
     }
 
     // A readout from the simulated device: the progress row while the
     // records come in, the read button off, and "Abbrechen" leaving the
-    // number read and no chart.
+    // number read and no chart. No request goes out after "Abbrechen", and
+    // the answer on its way is ignored.
     void readout_shows_progress_and_cancels() {
-        ManualClock clock;
-        FrmMain form;
-        QString error;
-        const auto scenario = sim::parse_scenario(
-            "COMPLIANCE_GENERATE=400\nCOMPLIANCE_FROM=2020-01-01\nCOMPLIANCE_TO=2024-12-01\n",
-            &error);
-        QVERIFY2(scenario, qPrintable(error));
-        AppContext ctx{
-            clock, form,
-            std::make_unique<link::SimLink>(clock, std::make_shared<sim::Concentrator>(*scenario))};
-        form.bind(ctx);
+        Window p("COMPLIANCE_GENERATE=400\nCOMPLIANCE_FROM=2020-01-01\nCOMPLIANCE_TO=2024-12-01\n");
         const QStringList texts{"Cancel", "Time left:", "Live values paused", "Records read:"};
         for (int i = 0; i < texts.size(); ++i)
-            ctx.language.language_text[8300 + i] = texts[i];
-        form.tab1()->setCurrentIndex(2);
-        form.show();
-        const auto tick = [&] {
-            clock.advance_ms(50);
-            protocol::timer1_tick(ctx);
-        };
-        protocol::connect_routine(ctx);
-        for (int i = 0; i < 100 && !(ctx.device.live_valid && ctx.protocol.queue_count == 0); ++i)
-            tick();
-        auto* read = form.control_as<QPushButton>("cmd_complianceread");
-        auto* cancel = form.control_as<QPushButton>("cmd_compliancecancel");
-        auto* bar = form.control_as<QProgressBar>("pb_compliance");
-        const auto label = [&](const char* name) {
-            return form.control_as<QLabel>(QLatin1String(name))->text();
-        };
+            p.ctx.language.language_text[8300 + i] = texts[i];
+        const compliance::ComplianceMemory& m = p.ctx.compliance;
+        protocol::connect_routine(p.ctx);
+        for (int i = 0; i < 100 && !(p.ctx.device.live_valid && p.ctx.protocol.queue_count == 0);
+             ++i)
+            p.tick();
+        auto* read = p.get("cmd_complianceread");
+        auto* cancel = p.get("cmd_compliancecancel");
+        auto* bar = p.get<QProgressBar>("pb_compliance");
         QVERIFY(read->isEnabled());
         QVERIFY(bar->isHidden() || !bar->parentWidget()->isVisible());
+        // Cancelled before the next tick: the count and the first record
+        // stay unasked.
+        p.received.clear();
+        read->click();
+        compliance::compliance_cancel(p.ctx);
+        for (int i = 0; i < 3; ++i)
+            p.tick();
+        QCOMPARE(p.received.count('K') + p.received.count('k'), 0);
 
         read->click();
         bool looked = false;
-        clock.on_wait = [&](int) {
-            if (looked || ctx.compliance.state.read_index != 200)
+        p.clock.on_wait = [&](int) {
+            if (looked || m.state.read_index != 200)
                 return;
             looked = true;
             QVERIFY(!read->isEnabled());
@@ -136,19 +157,34 @@ private slots:
             QCOMPARE(bar->maximum(), 401);
             QVERIFY2(bar->value() > 100 && bar->value() <= 200, qPrintable(bar->text()));
             QCOMPARE(bar->text(), QString("%1 / 401").arg(bar->value()));
-            QVERIFY2(label("lbl_compliancetime").startsWith("Time left: 0:"),
-                     qPrintable(label("lbl_compliancetime")));
-            QCOMPARE(label("lbl_compliancenote"), "Live values paused");
+            QVERIFY2(p.label("lbl_compliancetime").startsWith("Time left: 0:"),
+                     qPrintable(p.label("lbl_compliancetime")));
+            QCOMPARE(p.label("lbl_compliancenote"), "Live values paused");
             cancel->click();
         };
         for (int i = 0; i < 20; ++i)
-            tick();
+            p.tick();
         QVERIFY(looked);
-        QCOMPARE(label("lbl_compliancenote"), "Records read: 200");
+        QCOMPARE(p.received.count('k'), 201);
+        QCOMPARE(m.readout.phase(), progress::Phase::cancelled);
+        QVERIFY(m.records[199] != compliance::ComplianceRecord{});
+        QVERIFY(m.records[200] == compliance::ComplianceRecord{});
+        QCOMPARE(p.label("lbl_compliancenote"), "Records read: 200");
         QVERIFY(!bar->isVisible() && !cancel->isVisible());
         QVERIFY(read->isEnabled());
-        QVERIFY(!form.control("cmd_complianceprint")->isEnabled());
-        QVERIFY(label("l_compliancesummary").isEmpty());
+        QVERIFY(!p.get("cmd_complianceprint")->isEnabled());
+        QVERIFY(!p.get("cmd_compliancesave")->isEnabled());
+        QVERIFY(!p.get<QLabel>("l_recordnumber")->isVisible());
+        QVERIFY(!m.state.has_data && p.label("l_compliancesummary").isEmpty());
+
+        // Read again from the start, to the end.
+        p.clock.on_wait = nullptr;
+        p.received.clear();
+        read->click();
+        for (int i = 0; i < 2000 && !m.state.has_data; ++i)
+            p.tick();
+        QCOMPARE(p.received.count('K'), 1);
+        QCOMPARE(m.state.last_index, 400);
     }
 };
 
