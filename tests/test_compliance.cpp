@@ -100,8 +100,13 @@ ComplianceRecord one_session() {
     return period("2020-02-01T08:00:00", "2020-02-01T09:30:00");
 }
 
-const QByteArray generate_300("COMPLIANCE_GENERATE=300\nCOMPLIANCE_FROM=2020-01-01\n"
-                              "COMPLIANCE_TO=2024-12-01\n");
+// A memory of `records` sessions from `from` to December 2024, in a ring
+// of `ring` records (0: the device's own size).
+QByteArray memory(int records, const char* from = "2020-01-01", int ring = 0) {
+    return (ring ? "COMPLIANCE_RING_SIZE=" + QByteArray::number(ring) + '\n' : QByteArray()) +
+           "COMPLIANCE_GENERATE=" + QByteArray::number(records) + "\nCOMPLIANCE_FROM=" + from +
+           "\nCOMPLIANCE_TO=2024-12-01\n";
+}
 
 using Ends = Table<QByteArray, int, bool, QString, bool>;
 using Paces = Table<QByteArray, int, bool>;
@@ -125,17 +130,11 @@ private slots:
         row("empty memory: record 0 only, running", {}, 0, false, "device", false);
         row("device clock before the period's start: ends at the PC's time", {}, 0, false, "pc",
             true);
-        row("ring of 1024 wrapped: stops at 1024",
-            "COMPLIANCE_RING_SIZE=1024\nCOMPLIANCE_GENERATE=1100\n"
-            "COMPLIANCE_FROM=2020-01-01\nCOMPLIANCE_TO=2024-12-01\n",
-            1024, true, "", false);
-        row("same repetition at 1000 is not a ring size",
-            "COMPLIANCE_RING_SIZE=1000\nCOMPLIANCE_GENERATE=1010\n"
-            "COMPLIANCE_FROM=2020-01-01\nCOMPLIANCE_TO=2024-12-01\n",
-            1010, false, "device", false);
-        row("5000 announced: the table ends after index 4096",
-            "COMPLIANCE_RING_SIZE=8192\nCOMPLIANCE_GENERATE=5000\n"
-            "COMPLIANCE_FROM=2010-01-01\nCOMPLIANCE_TO=2024-12-01\n",
+        row("ring of 1024 wrapped: stops at 1024", memory(1100, "2020-01-01", 1024), 1024, true, "",
+            false);
+        row("same repetition at 1000 is not a ring size", memory(1010, "2020-01-01", 1000), 1010,
+            false, "device", false);
+        row("5000 announced: the table ends after index 4096", memory(5000, "2010-01-01", 8192),
             4096, false, "", false);
     }
     void readout_ends() {
@@ -146,20 +145,19 @@ private slots:
             h.device->state().clock_seconds_at_set -= 86400;
         h.connect();
         h.received.clear();
+        const CompliancePage& page = h.memory().page;
         cmd_complianceread_Click(*h.ctx);
-        QVERIFY(h.memory().page.record_visible && !h.memory().page.print_enabled);
         // A second click while it runs changes nothing.
-        QVERIFY(!h.memory().page.read_enabled);
+        QVERIFY(page.record_visible && !page.print_enabled && !page.read_enabled);
         cmd_complianceread_Click(*h.ctx);
         for (int i = 0; i < 2000 && !h.state().has_data; ++i)
             h.tick();
-        QVERIFY(h.state().has_data && h.state().from_device);
-        QVERIFY(h.memory().page.read_enabled);
+        QVERIFY(h.state().has_data && h.state().from_device && page.read_enabled);
         QCOMPARE(h.state().last_index, last_index);
         QCOMPARE(h.requests('K'), 1);
         QCOMPARE(h.requests('k'), last_index + 1);
-        QVERIFY(!h.memory().page.record_visible);
-        QCOMPARE(h.memory().page.record_caption,
+        QVERIFY(!page.record_visible);
+        QCOMPARE(page.record_caption,
                  QStringLiteral("Record Nr.:%1 / %2").arg(last_index).arg(h.state().record_count));
         const auto& r = h.memory().records;
         QCOMPARE(last_index > 0 && r[std::size_t(last_index)] == r[0], duplicate_kept);
@@ -171,7 +169,7 @@ private slots:
         QCOMPARE(running_end == "device", end >= device_now - 2 && end <= device_now);
         QCOMPARE(running_end == "pc", end == to_stamp(h.clock.now()));
         QVERIFY(last_index == table_upper || r[std::size_t(last_index) + 1] == ComplianceRecord{});
-        QVERIFY(h.memory().page.chart_shown && h.memory().page.save_enabled);
+        QVERIFY(page.chart_shown && page.save_enabled);
     }
 
     // Whatever the device's pace, every record arrives, each at its place.
@@ -184,12 +182,12 @@ private slots:
     }
     void readout_reads_every_record_in_order() {
         const auto [device, drop_every, paced] = Paces::fetch();
-        Harness quick(generate_300);
+        Harness quick(memory(300));
         quick.connect();
         quick.read();
         QCOMPARE(quick.state().last_index, 300);
 
-        Harness h(generate_300 + device, link::SimLink::WireTiming::realistic);
+        Harness h(memory(300) + device, link::SimLink::WireTiming::realistic);
         h.connect();
         sim::Faults faults = h.device->faults();
         faults.drop_every = drop_every;
@@ -354,31 +352,6 @@ private slots:
         QCOMPARE(month_usage_line(m.records, m.state.last_index, start, hours, QLocale::c()), line);
     }
 
-    void file_round_trip() {
-        QTemporaryDir dir;
-        Harness h;
-        ComplianceMemory& m = h.memory();
-        fill(m, {one_session(),
-                 {0, make_stamp(2020, 2, 2)},
-                 period("2020-02-03T23:59:59", "2020-02-04T00:00:01"),
-                 {make_stamp(2020, 2, 5), 0},
-                 period("2020-02-06T07:00:00", "2020-02-06T07:00:00")});
-        const ComplianceRecords before = m.records;
-        const QString path = dir.filePath("c.txt");
-        QVERIFY(write_compliance_file(path, m, QLocale::c()));
-        QCOMPARE(read_file(path), QByteArray("0|01.02.2020 08:00:00-01.02.2020 09:30:00\r\n"
-                                             "2|03.02.2020 23:59:59-04.02.2020 00:00:01\r\n"
-                                             "4|06.02.2020 07:00:00-06.02.2020 07:00:00\r\n"));
-        QVERIFY(load_compliance_file(*h.ctx, path));
-        for (int i : {0, 2, 4})
-            QCOMPARE(m.records[std::size_t(i)], before[std::size_t(i)]);
-        QVERIFY(m.records[1] == ComplianceRecord{} && m.records[3] == ComplianceRecord{});
-        QCOMPARE(m.state.last_index, 4);
-        QCOMPARE(m.state.shown_month, make_stamp(2020, 2, 1));
-        // Loaded data prints but cannot be saved again.
-        QVERIFY(m.page.print_enabled && !m.page.save_enabled && m.page.chart_shown);
-    }
-
     void load_accepts_data() {
         // content, a record's index, its minutes, the last index
         const Loads row;
@@ -453,6 +426,8 @@ private slots:
         row("loaded from a file", true, false, false);
         row("no device", false, true, false);
     }
+    // Saving asks for a name until one is taken; the file read back gives
+    // the same table, empty records left out.
     void save() {
         const auto [connected, from_device, saved] = Saves::fetch();
         QTemporaryDir dir;
@@ -460,7 +435,13 @@ private slots:
         if (connected)
             h.connect();
         h.ctx->program_dir = dir.path() + '/';
-        fill(h.memory(), {one_session()});
+        ComplianceMemory& m = h.memory();
+        fill(m, {one_session(),
+                 {0, make_stamp(2020, 2, 2)},
+                 period("2020-02-03T23:59:59", "2020-02-04T00:00:01"),
+                 {make_stamp(2020, 2, 5), 0},
+                 period("2020-02-06T07:00:00", "2020-02-06T07:00:00")});
+        const ComplianceRecords before = m.records;
         h.state().from_device = from_device;
         const QString existing = dir.filePath("old.txt");
         QVERIFY(write_file(existing, "keep"));
@@ -476,7 +457,17 @@ private slots:
         QCOMPARE(h.ui.questions, (QStringList{"text6008", "text6008"}));
         QVERIFY(h.ui.dialogs[0].proposed_name.startsWith("Compliance_VO2-4711_20260302_10"));
         QCOMPARE(h.ui.dialogs[0].filter, QStringLiteral("text6007 (*.txt)|*.txt"));
-        QCOMPARE(read_file(existing), QByteArray("0|01.02.2020 08:00:00-01.02.2020 09:30:00\r\n"));
+        QCOMPARE(read_file(existing), QByteArray("0|01.02.2020 08:00:00-01.02.2020 09:30:00\r\n"
+                                                 "2|03.02.2020 23:59:59-04.02.2020 00:00:01\r\n"
+                                                 "4|06.02.2020 07:00:00-06.02.2020 07:00:00\r\n"));
+        QVERIFY(load_compliance_file(*h.ctx, existing));
+        for (int i : {0, 2, 4})
+            QCOMPARE(m.records[std::size_t(i)], before[std::size_t(i)]);
+        QVERIFY(m.records[1] == ComplianceRecord{} && m.records[3] == ComplianceRecord{});
+        QCOMPARE(m.state.last_index, 4);
+        QCOMPARE(m.state.shown_month, make_stamp(2020, 2, 1));
+        // Loaded data prints but cannot be saved again.
+        QVERIFY(m.page.print_enabled && !m.page.save_enabled && m.page.chart_shown);
     }
 
     void delete_asks_first_data() {
@@ -489,13 +480,14 @@ private slots:
     void delete_asks_first() {
         const auto [ok] = Table<bool>::fetch();
         Harness h;
+        const CompliancePage& page = h.memory().page;
         protocol::connect_routine(*h.ctx);
         // Open, but nothing answered yet: the buttons wait for the link.
         follow_link_state(*h.ctx);
-        QVERIFY(!h.memory().page.read_enabled);
+        QVERIFY(!page.read_enabled);
         h.connect();
         follow_link_state(*h.ctx);
-        QVERIFY(h.memory().page.read_enabled && h.memory().page.delete_enabled);
+        QVERIFY(page.read_enabled && page.delete_enabled);
         h.received.clear();
         fill(h.memory(), {one_session()});
         h.ui.ok_cancel_answers << ok;
@@ -508,11 +500,11 @@ private slots:
         QCOMPARE(h.memory().records[0] == ComplianceRecord{}, ok);
 
         cmd_complianceread_Click(*h.ctx);
-        QVERIFY(h.memory().page.record_visible && !h.memory().page.read_enabled);
+        QVERIFY(page.record_visible && !page.read_enabled);
         protocol::reset_link_state(*h.ctx);
         QCOMPARE(h.memory().readout.phase(), progress::Phase::idle);
-        QVERIFY(!h.memory().page.record_visible && !h.memory().page.delete_enabled);
-        QVERIFY(!h.memory().page.read_enabled && h.memory().page.dauer_text.isEmpty());
+        QVERIFY(!page.record_visible && !page.delete_enabled && !page.read_enabled);
+        QVERIFY(page.dauer_text.isEmpty());
         QCOMPARE(h.state().record_count, 0);
     }
 };
