@@ -4,11 +4,14 @@
 #include "cli_program.h"
 #include "payload_text.h"
 #include "sim_server_process.h"
+#include "table.h"
 
 #include <QElapsedTimer>
 #include <QFile>
 #include <QTemporaryDir>
 #include <QTest>
+
+using veltrako::testing::Table;
 
 namespace {
 
@@ -94,15 +97,6 @@ private slots:
         QVERIFY(text.contains("58 \r\n"));
     }
 
-    void withheld_command_is_reported() {
-        // "!" is not for version codes below "53"; the default device is "512".
-        const Run r = run_cli({QStringLiteral("--link"), QStringLiteral("sim"),
-                               QStringLiteral("send"), QStringLiteral("!")});
-        QCOMPARE(r.exit_code, 1);
-        QVERIFY(r.out.isEmpty());
-        QVERIFY2(r.err.contains("not sent"), qPrintable(r.err));
-    }
-
     void watch_prints_live_lines() {
         const Run r =
             run_cli({QStringLiteral("--link"), QStringLiteral("sim"), QStringLiteral("watch"),
@@ -116,16 +110,12 @@ private slots:
     // The table on stdout and in the file, numbers in the caller's locale
     // (which need not be installed: the name in the environment is enough).
     void status_table_in_the_environment_locale_data() {
-        QTest::addColumn<QString>("lc_all");
-        QTest::addColumn<QString>("numbers");
-        QTest::newRow("German") << "de_DE.UTF-8"
-                                << "  37,3  37,8  5,40  5,40   6,0";
-        QTest::newRow("C") << "C.UTF-8"
-                           << "  37.3  37.8  5.40  5.40   6.0";
+        Table<QString, QString> row; // LC_ALL, numbers
+        row("German", "de_DE.UTF-8", "  37,3  37,8  5,40  5,40   6,0");
+        row("C", "C.UTF-8", "  37.3  37.8  5.40  5.40   6.0");
     }
     void status_table_in_the_environment_locale() {
-        QFETCH(QString, lc_all);
-        QFETCH(QString, numbers);
+        const auto [lc_all, numbers] = Table<QString, QString>::fetch();
         QTemporaryDir dir;
         const QString out = dir.filePath("status.txt");
         const Run r =
@@ -142,60 +132,44 @@ private slots:
         QCOMPARE(QString::fromUtf8(file.readAll()), lines.join("\r\n") + "\r\n");
     }
 
+    // Always something said on stderr, and nothing on stdout.
     void failures_data() {
-        QTest::addColumn<QStringList>("arguments");
-        QTest::addColumn<int>("exit_code");
-        QTest::addColumn<QString>("message");
-        QTest::newRow("no device")
-            << QStringList{"--link", "serial:/dev/veltrako2-none", "info"} << 1 << "";
-        QTest::newRow("silent device")
-            << QStringList{"--link", "sim:" VELTRAKO2_TEST_DATA "/silent.scn", "info"} << 1 << "";
-        QTest::newRow("device falls silent while watched")
-            << QStringList{"--link", "sim:" VELTRAKO2_TEST_DATA "/silent.scn", "watch", "--seconds",
-                           "10"}
-            << 1 << "no longer answers";
-        QTest::newRow("unknown link")
-            << QStringList{"--link", "usb", "info"} << 2 << "unknown link";
-        QTest::newRow("unknown scenario")
-            << QStringList{"--link", "sim:nosuch", "info"} << 2 << "nosuch";
-        QTest::newRow("no command") << QStringList{"--link", "sim"} << 2 << "no command";
-        QTest::newRow("bad payload") << QStringList{"send", "hex:4G"} << 2 << "not a payload";
-        QTest::newRow("status from a silent device")
-            << QStringList{"--link", "sim:" VELTRAKO2_TEST_DATA "/silent.scn", "status"} << 1 << "";
-        QTest::newRow("status argument")
-            << QStringList{"--link", "sim", "status", "x"} << 2 << "no arguments";
-        QTest::newRow("firmware without a file")
-            << QStringList{"--link", "sim", "firmware"} << 2 << "the .ae6 file";
+        Table<QStringList, int, QString> row; // arguments, exit code, said
+        const QString silent = "sim:" VELTRAKO2_TEST_DATA "/silent.scn";
+        row("no device", {"--link", "serial:/dev/veltrako2-none", "info"}, 1, "");
+        row("silent device", {"--link", silent, "info"}, 1, "");
+        row("device falls silent while watched", {"--link", silent, "watch", "--seconds", "10"}, 1,
+            "no longer answers");
+        row("unknown link", {"--link", "usb", "info"}, 2, "unknown link");
+        row("unknown scenario", {"--link", "sim:nosuch", "info"}, 2, "nosuch");
+        row("no command", {"--link", "sim"}, 2, "no command");
+        row("bad payload", {"send", "hex:4G"}, 2, "not a payload");
+        // "!" is not for version codes below "53"; the default device is "512".
+        row("withheld command", {"--link", "sim", "send", "!"}, 1, "not sent");
+        row("status from a silent device", {"--link", silent, "status"}, 1, "");
+        row("status argument", {"--link", "sim", "status", "x"}, 2, "no arguments");
+        row("firmware without a file", {"--link", "sim", "firmware"}, 2, "the .ae6 file");
     }
     void failures() {
-        QFETCH(QStringList, arguments);
-        QFETCH(int, exit_code);
-        QFETCH(QString, message);
+        const auto [arguments, exit_code, message] = Table<QStringList, int, QString>::fetch();
         const Run r = run_cli(arguments);
         QCOMPARE(r.exit_code, exit_code);
-        QVERIFY(!r.err.trimmed().isEmpty()); // always says something
+        QVERIFY(r.out.isEmpty());
+        QVERIFY(!r.err.trimmed().isEmpty());
         QVERIFY2(r.err.contains(message), qPrintable(r.err));
     }
 
     void firmware_data() {
-        QTest::addColumn<QString>("hardware");
-        QTest::addColumn<QStringList>("options");
-        QTest::addColumn<int>("exit_code");
-        QTest::addColumn<QStringList>("said"); // on stderr, in this order
-        QTest::newRow("programmed") << "AE60|AE61" << QStringList{"--yes"} << 0
-                                    << QStringList{"block 1/3, eta 0:01", "block 3/3, eta 0:01",
-                                                   "The software update is complete."};
-        QTest::newRow("another board") << "AE60" << QStringList{"--yes"} << 1
-                                       << QStringList{"does not fit", "device: AE61", "file: 5122"};
+        Table<QString, QStringList, int, QStringList> row; // hardware, options, exit, said in order
+        row("programmed", "AE60|AE61", {"--yes"}, 0,
+            {"block 1/3, eta 0:01", "block 3/3, eta 0:01", "The software update is complete."});
+        row("another board", "AE60", {"--yes"}, 1, {"does not fit", "device: AE61", "file: 5122"});
         // Nothing is sent before the question is answered.
-        QTest::newRow("no answer") << "AE61" << QStringList{} << 2
-                                   << QStringList{"Now: 5121", "New: 5122", "--yes or --no"};
+        row("no answer", "AE61", {}, 2, {"Now: 5121", "New: 5122", "--yes or --no"});
     }
     void firmware() {
-        QFETCH(QString, hardware);
-        QFETCH(QStringList, options);
-        QFETCH(int, exit_code);
-        QFETCH(QStringList, said);
+        const auto [hardware, options, exit_code, said] =
+            Table<QString, QStringList, int, QStringList>::fetch();
         QTemporaryDir dir;
         const Run r =
             run_cli(QStringList{"--link", "sim", "firmware", firmware_file(dir.path(), hardware)} +
@@ -212,20 +186,13 @@ private slots:
     // Over ssh or in a script there is no display: the programs still
     // explain themselves and say which version they are.
     void explain_without_a_display_data() {
-        QTest::addColumn<QString>("program");
-        QTest::addColumn<QString>("option");
-        QTest::addColumn<QString>("said");
-        QTest::newRow("veltrako2 --help") << VELTRAKO2_PATH << "--help"
-                                          << "--link";
-        QTest::newRow("veltrako2 --version") << VELTRAKO2_PATH << "--version"
-                                             << "veltrako2 ";
-        QTest::newRow("veltrako2-cli --help") << VELTRAKO2_CLI_PATH << "--help"
-                                              << "compliance";
+        Table<QString, QString, QString> row; // program, option, said
+        row("veltrako2 --help", VELTRAKO2_PATH, "--help", "--link");
+        row("veltrako2 --version", VELTRAKO2_PATH, "--version", "veltrako2 ");
+        row("veltrako2-cli --help", VELTRAKO2_CLI_PATH, "--help", "compliance");
     }
     void explain_without_a_display() {
-        QFETCH(QString, program);
-        QFETCH(QString, option);
-        QFETCH(QString, said);
+        const auto [program, option, said] = Table<QString, QString, QString>::fetch();
         const veltrako::testing::ProgramCopy copy(program);
         QVERIFY(copy.ok());
         const Run r = copy.run({option}, 20000,
@@ -246,18 +213,15 @@ private slots:
     }
 
     void payload_arguments_data() {
-        QTest::addColumn<QString>("argument");
-        QTest::addColumn<QByteArray>("payload");
-        QTest::newRow("text") << "I" << QByteArray("I");
-        QTest::newRow("hex pairs") << "65 00 80 07" << QByteArray::fromHex("65008007");
-        QTest::newRow("one pair stays text") << "AA" << QByteArray("AA");
-        QTest::newRow("forced hex") << "hex:AA" << QByteArray::fromHex("AA");
-        QTest::newRow("forced text") << "text:65 00" << QByteArray("65 00");
-        QTest::newRow("bad forced hex") << "hex:6" << QByteArray();
+        // Text and hex pairs go end to end in send_prints_each_answer.
+        Table<QString, QByteArray> row; // argument, payload
+        row("one pair stays text", "AA", "AA");
+        row("forced hex", "hex:AA", QByteArray::fromHex("AA"));
+        row("forced text", "text:65 00", "65 00");
+        row("bad forced hex", "hex:6", {});
     }
     void payload_arguments() {
-        QFETCH(QString, argument);
-        QFETCH(QByteArray, payload);
+        const auto [argument, payload] = Table<QString, QByteArray>::fetch();
         const auto parsed = veltrako::cli::parse_payload_argument(argument);
         QCOMPARE(parsed.value_or(QByteArray()), payload);
     }

@@ -3,21 +3,21 @@
 // the usage errors that leave everything untouched.
 
 #include "cli_program.h"
+#include "table.h"
 
 #include <QFile>
 #include <QStandardPaths>
 #include <QTemporaryDir>
 #include <QTest>
 
+using veltrako::testing::Table;
+
 namespace {
 
 using Run = veltrako::testing::ProgramRun;
 
 Run run_cli(const QStringList& arguments) {
-    const veltrako::testing::ProgramCopy cli(QStringLiteral(VELTRAKO2_CLI_PATH));
-    if (!cli.ok())
-        qFatal("cannot copy the program");
-    return cli.run(arguments, 30000);
+    return veltrako::testing::ProgramCopy(QStringLiteral(VELTRAKO2_CLI_PATH)).run(arguments, 30000);
 }
 
 } // namespace
@@ -73,20 +73,17 @@ private slots:
     // Usage errors come before the device: a link that cannot open is never
     // tried, and no file appears.
     void usage_errors_data() {
-        QTest::addColumn<QStringList>("arguments");
-        QTest::addColumn<QString>("message");
-        QTest::newRow("unknown key") << QStringList{"--out", "OUT", "t_Name=x"} << "t_Name";
-        QTest::newRow("no equals sign") << QStringList{"--out", "OUT", "t_Patient"} << "t_Patient";
-        QTest::newRow("check box takes 0 or 1") << QStringList{"--out", "OUT", "ck_stk=ja"} << "ja";
-        QTest::newRow("neither form") << QStringList{} << "--out";
-        QTest::newRow("both forms") << QStringList{"--out", "OUT", "--print", "IN"} << "--print";
-        QTest::newRow("print without pdf") << QStringList{"--print", "IN"} << "--pdf";
-        QTest::newRow("print of a missing file")
-            << QStringList{"--print", "IN", "--pdf", "OUT"} << "missing.txt";
+        Table<QStringList, QString> row; // arguments, said
+        row("unknown key", {"--out", "OUT", "t_Name=x"}, "t_Name");
+        row("no equals sign", {"--out", "OUT", "t_Patient"}, "t_Patient");
+        row("check box takes 0 or 1", {"--out", "OUT", "ck_stk=ja"}, "ja");
+        row("neither form", {}, "--out");
+        row("both forms", {"--out", "OUT", "--print", "IN"}, "--print");
+        row("print without pdf", {"--print", "IN"}, "--pdf");
+        row("print of a missing file", {"--print", "IN", "--pdf", "OUT"}, "missing.txt");
     }
     void usage_errors() {
-        QFETCH(QStringList, arguments);
-        QFETCH(QString, message);
+        auto [arguments, message] = Table<QStringList, QString>::fetch();
         QTemporaryDir dir;
         const QString out = dir.filePath(QStringLiteral("out.file"));
         const QString in = dir.filePath(QStringLiteral("missing.txt"));

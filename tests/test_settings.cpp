@@ -8,10 +8,11 @@
 #include "device/device_clock.h"
 #include "device/device_view.h"
 #include "device/settings.h"
+#include "device/timing_presets.h"
 #include "protocol/commands.h"
-#include "report_harness.h"
 #include "settings_harness.h"
 #include "sim_helpers.h"
+#include "table.h"
 #include "test_bytes.h"
 
 #include <QTest>
@@ -35,79 +36,62 @@ QByteArray e_read(int address, int count) {
 
 class TestSettings : public QObject {
     Q_OBJECT
+    using Entries = Table<bool, QString, QByteArray>; // hours or remaining time; empty: refused
+    using Boxes = Table<bool, QStringList, int, QStringList, QList<QByteArray>>;
+    using Writes = Table<Action, QList<QByteArray>, Action>;
+    using Told = Table<QByteArray, Action, int, QStringList>;
+    using Asked = Table<Action, QStringList>;
+    using Notes = Table<QString, QDateTime, QString>;
 private slots:
-    void hours_entries_data() {
-        QTest::addColumn<QString>("entry");
-        QTest::addColumn<QByteArray>("block"); // empty: refused
+    void entries_data() {
+        Entries row;
         // Digits reversed, tens of minutes, CRC (start 0x5555) low byte first.
-        row("001234:5", "001234:5", bytes_of({4, 3, 2, 1, 0, 0, 5, 0x11, 0xCD}));
-        row("000000:0", "000000:0", bytes_of({0, 0, 0, 0, 0, 0, 0, 0xA5, 0xA0}));
-        row("999999:5", "999999:5", bytes_of({9, 9, 9, 9, 9, 9, 5, 0x2C, 0xEC}));
-        // As the page shows it: the minutes' last digit is always 0.
-        row("shown 001234:50", "001234:50", bytes_of({4, 3, 2, 1, 0, 0, 5, 0x11, 0xCD}));
-        const QByteArray refused;
-        row("shown minutes 55", "001234:55", refused);
-        row("shown minutes 60", "001234:60", refused);
-        row("tens of minutes 6", "001234:6", refused);
-        row("seven characters", "01234:5", refused);
-        row("nine characters", "0012345:5", refused);
-        row("letter among the hours", "00123a:5", refused);
-        row("point for the colon", "001234.5", refused);
-        row("colon at the end", "0012345:", refused);
-        row("blank in front", " 01234:5", refused);
-        row("full-width digits", QString::fromUtf8("００1234:5"), refused);
+        row("001234:5", true, "001234:5", bytes_of({4, 3, 2, 1, 0, 0, 5, 0x11, 0xCD}));
+        row("000000:0", true, "000000:0", bytes_of({0, 0, 0, 0, 0, 0, 0, 0xA5, 0xA0}));
+        row("999999:5", true, "999999:5", bytes_of({9, 9, 9, 9, 9, 9, 5, 0x2C, 0xEC}));
+        // Shown minutes 55 or 60, tens of minutes 6, seven or nine characters, a
+        // letter, a point for the colon, the colon at the end, a blank in front,
+        // full-width digits.
+        for (const char* bad : {"001234:55", "001234:60", "001234:6", "01234:5", "0012345:5",
+                                "00123a:5", "001234.5", "0012345:", " 01234:5", "００1234:5"})
+            row(bad, true, QString::fromUtf8(bad), {});
+        // The remaining time; 1000, -1 and letters are refused in input_boxes.
+        row("rest 0", false, "0", "0");
+        row("rest 999", false, "999", "999");
+        row("rest with blanks around", false, " 42 ", "42");
+        row("rest with leading zeros", false, "007", "7");
+        row("rest fraction", false, "12.5", {});
     }
-    void hours_entries() {
-        QFETCH(QString, entry);
-        QFETCH(QByteArray, block);
-        const auto parsed = device::parse_hours_entry(entry);
-        QCOMPARE(parsed.has_value(), !block.isEmpty());
-        if (parsed)
-            QCOMPARE(device::hours_block(*parsed).toHex(' '), block.toHex(' '));
-    }
-
-    void remaining_entries_data() {
-        QTest::addColumn<QString>("entry");
-        QTest::addColumn<int>("value"); // -1: refused
-        // 1000, -1 and letters are refused in input_boxes.
-        row("0", "0", 0);
-        row("999", "999", 999);
-        row("blanks around", " 42 ", 42);
-        row("leading zeros", "007", 7);
-        row("fraction", "12.5", -1);
-    }
-    void remaining_entries() {
-        QFETCH(QString, entry);
-        const auto parsed = device::parse_remaining_entry(entry);
-        QTEST(parsed ? int(*parsed) : -1, "value");
+    void entries() {
+        const auto [hours, entry, expected] = Entries::fetch();
+        if (hours) {
+            const auto parsed = device::parse_hours_entry(entry);
+            QCOMPARE(parsed ? device::hours_block(*parsed).toHex(' ') : QByteArray(),
+                     expected.toHex(' '));
+        } else {
+            const auto parsed = device::parse_remaining_entry(entry);
+            QCOMPARE(parsed ? QByteArray::number(int(*parsed)) : QByteArray(), expected);
+        }
     }
 
     // The input boxes ask again after a bad entry and stop at an empty one;
     // the hours are then asked for once more, with the old and new value.
     void input_boxes_data() {
-        QTest::addColumn<bool>("hours");
-        QTest::addColumn<QStringList>("answers");
-        QTest::addColumn<int>("questions");
-        QTest::addColumn<QStringList>("messages");
-        QTest::addColumn<QList<QByteArray>>("sent");
+        Boxes row; // hours, answers, questions, messages, sent
         const QByteArray block = bytes_of({4, 3, 2, 1, 0, 0, 5, 0x11, 0xCD});
         const QList<QByteArray> hours_writes{bytes_of({'E', 0x00, 0x80, 9}) + block,
                                              bytes_of({'E', 0x00, 0x90, 9}) + block};
-        const QList<QByteArray> none;
-        row("hours after two bad entries", true, QStringList{"1234:5", "001234:9", "001234:5"}, 4,
-            QStringList{"text111", "text111", "text112"}, hours_writes);
-        row("hours as the page shows them", true, QStringList{"001234:50"}, 2,
-            QStringList{"text112"}, hours_writes);
-        row("hours cancelled", true, QStringList{"1234:5"}, 2, QStringList{"text111"}, none);
-        row("hours left empty", true, QStringList{""}, 1, QStringList{}, none);
-        row("remaining time after bad entries", false, QStringList{"1000", "-1", "abc", "250"}, 4,
-            QStringList{"text114"}, QList<QByteArray>{bytes_of({'s', 0x00, 0xFA})});
-        row("remaining time cancelled", false, QStringList{"1000"}, 2, QStringList{}, none);
+        row("hours after two bad entries", true, {"1234:5", "001234:9", "001234:5"}, 4,
+            {"text111", "text111", "text112"}, hours_writes);
+        row("hours as the page shows them", true, {"001234:50"}, 2, {"text112"}, hours_writes);
+        row("hours cancelled", true, {"1234:5"}, 2, {"text111"}, {});
+        row("hours left empty", true, {""}, 1, {}, {});
+        row("remaining time after bad entries", false, {"1000", "-1", "abc", "250"}, 4, {"text114"},
+            {bytes_of({'s', 0x00, 0xFA})});
+        row("remaining time cancelled", false, {"1000"}, 2, {}, {});
     }
     void input_boxes() {
-        QFETCH(bool, hours);
-        QFETCH(QStringList, answers);
-        QFETCH(QList<QByteArray>, sent);
+        const auto [hours, answers, questions, messages, sent] = Boxes::fetch();
         Connected c;
         c.serve();
         c.ui.input_answers = answers;
@@ -115,26 +99,16 @@ private slots:
         const WriteOutcome outcome =
             hours ? device::cmd_setbstd_Click(*c.ctx) : device::cmd_Restzeit_Click(*c.ctx);
         QCOMPARE(outcome, sent.isEmpty() ? WriteOutcome::not_written : WriteOutcome::confirmed);
-        QTEST(int(c.ui.questions.size()), "questions");
+        QCOMPARE(int(c.ui.questions.size()), questions);
         QCOMPARE(c.ui.questions.first(), hours ? QString("text110") : QString("text113"));
-        QTEST(c.ui.messages, "messages");
+        QCOMPARE(c.ui.messages, messages);
         QCOMPARE(c.writes(), sent);
     }
 
     // Each setting's write and read-back, byte for byte, and the value the
     // device reports afterwards in the record.
     void writes_and_read_backs_data() {
-        QTest::addColumn<Action>("action");
-        QTest::addColumn<QList<QByteArray>>("sent");
-        QTest::addColumn<Action>("check");
-        const auto row = [](const char* name, Action act, QList<QByteArray> sent, Action check) {
-            QTest::newRow(name) << act << sent << check;
-        };
-        row(
-            "serial number padded to 12",
-            [](Connected& c) { device::cmd_setsn_Click(*c.ctx, "VO2-77"); },
-            {bytes_of({'E', 0x00, 0xF0, 12}) + "VO2-77      ", e_read(0xF0, 12)},
-            [](Connected& c) { QCOMPARE(c.ctx->device.SN, QString("VO2-77      ")); });
+        Writes row; // action, sent, check
         row(
             "serial number cut to 12",
             [](Connected& c) { device::cmd_setsn_Click(*c.ctx, "ABCDEFGHIJKLMN"); },
@@ -145,21 +119,6 @@ private slots:
             {"C", e_read(0x80, 7)},
             [](Connected& c) { QCOMPARE(c.ctx->device.BSTD, QString("000000:00")); });
         row(
-            "low power 4 to 5", [](Connected& c) { device::cmd_togglelp_Click(*c.ctx); },
-            {bytes_of({'E', 0x00, 0xE4, 1, '5'}), e_read(0xE0, 12)},
-            [](Connected& c) { QCOMPARE(c.ctx->device.LP, QString("LP1250010077")); });
-        row(
-            "flow selector U", [](Connected& c) { device::cb_vs_Click(*c.ctx, 0, 7, false); },
-            {bytes_of({'u', 7}), "U"}, [](Connected& c) { QCOMPARE(c.ctx->device.wert_u, 7); });
-        row(
-            "flow selector O", [](Connected& c) { device::cb_vs_Click(*c.ctx, 1, 255, false); },
-            {bytes_of({'o', 255}), "O"}, [](Connected& c) { QCOMPARE(c.ctx->device.wert_o, 255); });
-        // The device starts with 1 (temperature alarm sounds).
-        row(
-            "acoustic O21 on",
-            [](Connected& c) { device::pic_akust_Click(*c.ctx, device::AcousticAlarm::o21); },
-            {bytes_of({'x', 3}), "X"}, [](Connected& c) { QCOMPARE(c.ctx->device.wert_x, 3); });
-        row(
             "acoustic flow-low off again",
             [](Connected& c) {
                 c.ctx->device.wert_x = 0x09;
@@ -168,9 +127,7 @@ private slots:
             {bytes_of({'x', 1}), "X"}, [](Connected& c) { QCOMPARE(c.ctx->device.wert_x, 1); });
     }
     void writes_and_read_backs() {
-        QFETCH(Action, action);
-        QFETCH(QList<QByteArray>, sent);
-        QFETCH(Action, check);
+        const auto [action, sent, check] = Writes::fetch();
         Connected c;
         c.ui.yes_no_answers = {true};
         action(c);
@@ -182,14 +139,10 @@ private slots:
     // What the technician is told comes from the device's answer to the
     // read-back: a device that keeps its old value is named with it.
     void outcome_comes_from_the_read_back_data() {
-        QTest::addColumn<QByteArray>("scenario");
-        QTest::addColumn<Action>("action");
-        QTest::addColumn<int>("outcome");
-        QTest::addColumn<QStringList>("told"); // in the last message, or the last note
-        const auto row = [](const char* name, QByteArray scenario, Action act, WriteOutcome o,
-                            QStringList told) {
-            QTest::newRow(name) << scenario << act << int(o) << told;
-        };
+        // scenario, action, outcome, told in the last message or the last note
+        const Told table;
+        const auto row = [&table](const char* name, QByteArray s, Action act, WriteOutcome o,
+                                  QStringList told) { table(name, s, act, int(o), told); };
         const QByteArray keeps = "IGNORE_WRITES=on\n";
         const Action set_rest = [](Connected& c) {
             c.ui.input_answers = {"250"};
@@ -238,10 +191,7 @@ private slots:
             WriteOutcome::no_answer, {"text8013"});
     }
     void outcome_comes_from_the_read_back() {
-        QFETCH(QByteArray, scenario);
-        QFETCH(Action, action);
-        QFETCH(int, outcome);
-        QFETCH(QStringList, told);
+        const auto [scenario, action, outcome, told] = Told::fetch();
         Connected c(scenario);
         c.serve();
         c.ui.yes_no_answers = {true};
@@ -279,11 +229,7 @@ private slots:
     // A change that cannot be undone is asked for first, naming the old and
     // the new value; No sends nothing.
     void irreversible_writes_ask_first_data() {
-        QTest::addColumn<Action>("action");
-        QTest::addColumn<QStringList>("named"); // old, new
-        const auto row = [](const char* name, Action act, QStringList named) {
-            QTest::newRow(name) << act << named;
-        };
+        Asked row; // action; question, old and new value named
         row("serial number",
             [](Connected& c) { c.outcome = device::cmd_setsn_Click(*c.ctx, "X1"); },
             {"text8032", "VO2-0012345", "X1"});
@@ -297,8 +243,7 @@ private slots:
             {"text8033", "001234:50", "000007:10"});
     }
     void irreversible_writes_ask_first() {
-        QFETCH(Action, action);
-        QFETCH(QStringList, named);
+        const auto [action, named] = Asked::fetch();
         for (const bool yes : {false, true}) {
             Connected c;
             c.ui.yes_no_answers = {yes};
@@ -313,72 +258,25 @@ private slots:
         }
     }
 
-    // The PC's present time goes to the device and comes back from it.
-    void clock_takes_the_pc_time() {
-        Connected c("CLOCK=2026-03-02 09:30:00\n");
-        const QDateTime now = c.clock.now();
-        const QDateTime whole = QDateTime::fromSecsSinceEpoch(now.toSecsSinceEpoch(), Qt::UTC);
-        device::cmd_setdatetime_Click(*c.ctx);
-        QCOMPARE(c.ctx->device.geraetezeit, now);
-        const quint32 s = device_seconds(whole.date(), whole.time());
-        QCOMPARE(c.queued(), (QList<QByteArray>{bytes_of({'t', int(s >> 24), int(s >> 16 & 0xFF),
-                                                          int(s >> 8 & 0xFF), int(s & 0xFF)}),
-                                                "T"}));
-        c.settle();
-        // The device clock runs on while the answers go to and fro.
-        const qint64 ahead = whole.secsTo(c.ctx->device.geraetezeit);
-        QVERIFY2(ahead >= 0 && ahead <= 2, qPrintable(QString::number(ahead)));
-    }
-
-    // How far apart two times are, in the two largest calendar units.
-    void clock_distance_in_words_data() {
-        QTest::addColumn<QDateTime>("from");
-        QTest::addColumn<QDateTime>("to");
-        QTest::addColumn<QString>("words");
-        const auto at = [](int y, int mo, int d, int h, int mi) {
-            return QDateTime(QDate(y, mo, d), QTime(h, mi), Qt::UTC);
-        };
-        QTest::newRow("months and days")
-            << at(2026, 3, 12, 9, 30) << at(2026, 11, 23, 9, 30) << "8 Monate 11 Tage";
-        QTest::newRow("order does not matter")
-            << at(2026, 11, 23, 9, 30) << at(2026, 3, 12, 9, 30) << "8 Monate 11 Tage";
-        QTest::newRow("singular, a zero second unit left out")
-            << at(2025, 2, 1, 8, 0) << at(2026, 3, 1, 8, 59) << "1 Jahr 1 Monat";
-        QTest::newRow("hours and minutes")
-            << at(2026, 3, 12, 9, 30) << at(2026, 3, 12, 11, 35) << "2 Stunden 5 Minuten";
-        QTest::newRow("a day alone") << at(2026, 3, 12, 9, 30) << at(2026, 3, 13, 9, 30) << "1 Tag";
-    }
-    void clock_distance_in_words() {
-        QFETCH(QDateTime, from);
-        QFETCH(QDateTime, to);
-        QFETCH(QString, words);
-        config::LanguageTables language;
-        FakeUserInterface ui;
-        QVERIFY(config::load_language(language, VELTRAKO_LANG_DIR "/langde.txt", ui));
-        QCOMPARE(device::clock_distance_text(from, to, language), words);
-    }
-
     // More than five minutes between the device's clock and the PC's is
-    // told, whichever is ahead, in the program's language.
+    // told, whichever is ahead, in the program's language, in the two largest
+    // calendar units.
     void clock_note_data() {
-        QTest::addColumn<QString>("lang");
-        QTest::addColumn<QDateTime>("pc"); // when the device's clock reads 12.03.2026 09:30
-        QTest::addColumn<QString>("note");
+        Notes row; // language, PC time when the device's clock reads 12.03.2026 09:30, note
         const auto at = [](int y, int mo, int d, int h, int mi) {
             return QDateTime(QDate(y, mo, d), QTime(h, mi), Qt::UTC);
         };
-        QTest::newRow("months behind")
-            << "de" << at(2026, 11, 23, 9, 30) << "Geräteuhr geht 8 Monate 11 Tage nach";
-        QTest::newRow("hours ahead")
-            << "en" << at(2026, 3, 12, 7, 25) << "Device clock is 2 hours 5 minutes ahead";
-        QTest::newRow("six minutes behind")
-            << "de" << at(2026, 3, 12, 9, 36) << "Geräteuhr geht 6 Minuten nach";
-        QTest::newRow("within five minutes") << "de" << at(2026, 3, 12, 9, 34) << "";
+        row("months behind", "de", at(2026, 11, 23, 9, 30), "Geräteuhr geht 8 Monate 11 Tage nach");
+        row("hours ahead", "en", at(2026, 3, 12, 7, 25), "Device clock is 2 hours 5 minutes ahead");
+        row("months ahead", "de", at(2025, 7, 1, 9, 30), "Geräteuhr geht 8 Monate 11 Tage vor");
+        row("singular, a zero second unit left out", "de", at(2027, 4, 12, 9, 30),
+            "Geräteuhr geht 1 Jahr 1 Monat nach");
+        row("a day alone", "de", at(2026, 3, 13, 9, 30), "Geräteuhr geht 1 Tag nach");
+        row("six minutes behind", "de", at(2026, 3, 12, 9, 36), "Geräteuhr geht 6 Minuten nach");
+        row("within five minutes", "de", at(2026, 3, 12, 9, 34), "");
     }
     void clock_note() {
-        QFETCH(QString, lang);
-        QFETCH(QDateTime, pc);
-        QFETCH(QString, note);
+        const auto [lang, pc, note] = Notes::fetch();
         Connected c("CLOCK=2026-03-12 09:30:00\n");
         QVERIFY(config::load_language(c.ctx->language, VELTRAKO_LANG_DIR "/lang" + lang + ".txt",
                                       c.ui));
@@ -394,14 +292,12 @@ private slots:
 
     // "PC-Zeit übernehmen" ends the note once the device's clock reads right.
     void taking_the_pc_time_ends_the_clock_note_data() {
-        QTest::addColumn<QByteArray>("scenario");
-        QTest::addColumn<bool>("note_after");
-        QTest::newRow("device takes the time") << QByteArray() << false;
-        QTest::newRow("device keeps its clock") << QByteArray("IGNORE_WRITES=on\n") << true;
+        Table<QByteArray, bool> row; // scenario, a note after
+        row("device takes the time", {}, false);
+        row("device keeps its clock", "IGNORE_WRITES=on\n", true);
     }
     void taking_the_pc_time_ends_the_clock_note() {
-        QFETCH(QByteArray, scenario);
-        QFETCH(bool, note_after);
+        const auto [scenario, note_after] = Table<QByteArray, bool>::fetch();
         Connected c("CLOCK=2026-03-12 09:30:00\n" + scenario);
         QVERIFY(config::load_language(c.ctx->language, VELTRAKO_LANG_DIR "/langde.txt", c.ui));
         c.clock.set_now(QDateTime(QDate(2026, 11, 23), QTime(9, 30), Qt::UTC));
@@ -430,8 +326,7 @@ private slots:
     // Nothing goes out for a programmatic change, without live data, or for
     // a board without the low-power mode.
     void guards_send_nothing_data() {
-        QTest::addColumn<Action>("action");
-        const auto row = [](const char* name, Action act) { QTest::newRow(name) << act; };
+        Table<Action> row;
         row("locked flow selector",
             [](Connected& c) { c.outcome = device::cb_vs_Click(*c.ctx, 0, 9, true); });
         row("board without low power", [](Connected& c) {
@@ -448,9 +343,15 @@ private slots:
             c.outcome = device::cmd_setbstd_Click(*c.ctx);
             QVERIFY(c.ui.questions.isEmpty());
         });
+        row("locked timing selector",
+            [](Connected& c) { c.outcome = device::cb_t_Click(*c.ctx, 2, 150, true); });
+        row("timing without live data", [](Connected& c) {
+            c.ctx->device.live_valid = false;
+            c.outcome = device::cb_t_Click(*c.ctx, 2, 150, false);
+        });
     }
     void guards_send_nothing() {
-        QFETCH(Action, action);
+        const auto [action] = Table<Action>::fetch();
         Connected c;
         c.serve();
         c.ui.yes_no_answers = {true};

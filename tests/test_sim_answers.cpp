@@ -1,14 +1,11 @@
 // The simulated concentrator's answers at the positions the program reads:
-// every command, writes shown in the read-back, any chunking, the in-process
-// link; the live status ("I") with its float encoding, tick counter, alarm
-// byte by family and valve cycle; the memory as "e" and "E" see it (the
-// operating-hours blocks with their CRC, the reset "C", the status records in
-// both layouts with their end marker) and the usage memory as "K", "k" and
-// "Z" see it (the count, the period in progress as the last record, the
-// ring's wrap, erasing).
+// the commands, writes shown in the read-back, any chunking; the live status
+// ("I") with its float encoding, tick counter, alarm byte by family and valve
+// cycle; the operating-hours blocks with their CRC and the reset "C".
 
 #include "protocol/crc.h"
 #include "sim_helpers.h"
+#include "table.h"
 
 #include <QTest>
 
@@ -57,23 +54,6 @@ QByteArray hours_block(std::initializer_list<int> seven, bool crc_swapped = fals
 
 const QByteArray hours_text = "NOISE=off\nHOURS=1234:50\n";
 
-struct Record {
-    quint32 start, end;
-    bool operator==(const Record&) const = default;
-};
-constexpr Record erased{0xFFFFFFFF, 0xFFFFFFFF};
-
-int count(DirectDevice& d) {
-    return int(be_at(d.answer("K"), 2, 2));
-}
-
-Record record(DirectDevice& d, int n) {
-    const QByteArray p = d.answer(bytes_of({'k', n >> 8, n & 0xFF}));
-    if (p.size() != 11 || p.left(3) != bytes_of({'k', n >> 8, n & 0xFF}))
-        qFatal("bad k answer %s", p.toHex(' ').constData());
-    return {be_at(p, 4, 4), be_at(p, 8, 4)};
-}
-
 } // namespace
 
 class TestSimAnswers : public QObject {
@@ -83,35 +63,16 @@ private slots:
     // switched on at 02.03.2026 09:30 by the PC's clock, one second after power-on; a write is
     // acknowledged with its letter alone and changes what the matching read answers.
     void commands_data() {
-        QTest::addColumn<QByteArrayList>("requests");
-        QTest::addColumn<QByteArrayList>("answers");
-        const auto row = [](const char* name, QByteArrayList requests, QByteArrayList answers) {
-            QTest::newRow(name) << requests << answers;
-        };
-        const QByteArray e_serial = e_command(0xF0, 12), e_board = e_command(0xE0, 12);
-        row("?", {"?"}, {"?5121"});
+        Table<QByteArrayList, QByteArrayList> row; // requests, answers
+        // The serial number, board text, and the writes the command line makes
+        // are read back end to end in test_cli and test_cli_set.
         row("!", {"!"}, {"!Veltrak O2"});
-        row("T", {"T"}, {"T" + be32(device_seconds({2026, 3, 2}, {9, 30, 1}))});
-        row("S", {"S"}, {bytes_of({'S', 0x01, 0xF4})});
-        row("e serial", {e_serial}, {e_serial + "VO2-0012345 "});
-        row("e board", {e_board}, {e_board + "LP1240010077"});
-        row("e hardware id", {e_command(0xD0, 4)}, {e_command(0xD0, 4) + "AE61"});
         row("e text 40", {e_command(0x40, 22)}, {e_command(0x40, 22) + "Veltrak O2 Geraet     "});
         row("e text 58", {e_command(0x58, 8)}, {e_command(0x58, 8) + "V2.1    "});
         row("e past the end", {e_command(0x3FE, 4)}, {e_command(0x3FE, 4) + "\xFF\xFF\xFF\xFF"});
         row("r 0", {"r0"}, {bytes_of({'r', '0', 100})});
-        row("U", {"U"}, {bytes_of({'U', 4})});
-        row("O", {"O"}, {bytes_of({'O', 10})});
-        row("X", {"X"}, {bytes_of({'X', 1})});
         row("t", {bytes_of({'t', 0x12, 0x34, 0x56, 0x78}), "T"},
             {"t", bytes_of({'T', 0x12, 0x34, 0x56, 0x78})});
-        row("s", {bytes_of({'s', 0x01, 0x02}), "S"}, {"s", bytes_of({'S', 0x01, 0x02})});
-        row("E in the board text", {bytes_of({'E', 0x00, 0xE4, 1, '5'}), e_board},
-            {"E", e_board + "LP1250010077"});
-        row("w 13", {bytes_of({'w', '=', 200}), "r="}, {"w", bytes_of({'r', '=', 200})});
-        row("u", {bytes_of({'u', 7}), "U"}, {"u", bytes_of({'U', 7})});
-        row("o", {bytes_of({'o', 9}), "O"}, {"o", bytes_of({'O', 9})});
-        row("x", {bytes_of({'x', 0}), "X"}, {"x", bytes_of({'X', 0})});
         // acknowledged, not taken
         row("s 999", {bytes_of({'s', 0x03, 0xE7}), "S"}, {"s", bytes_of({'S', 0x03, 0xE7})});
         row("s 1000", {bytes_of({'s', 0x03, 0xE8}), "S"}, {"s", bytes_of({'S', 0x01, 0xF4})});
@@ -125,8 +86,7 @@ private slots:
         row("E count mismatch", {bytes_of({'E', 0x00, 0xF0, 2, 'X'})}, {""});
     }
     void commands() {
-        QFETCH(QByteArrayList, requests);
-        QFETCH(QByteArrayList, answers);
+        const auto [requests, answers] = Table<QByteArrayList, QByteArrayList>::fetch();
         DirectDevice d(sim::Scenario{}, QDateTime(QDate(2026, 3, 2), QTime(9, 30), Qt::UTC));
         for (qsizetype i = 0; i < requests.size(); ++i) {
             const QList<QByteArray> got = d.ask(requests.at(i));
@@ -154,25 +114,6 @@ private slots:
                  (QList<QByteArray>{"?5121"}));
     }
 
-    // Through the link, the 51 bytes of a live status frame are there at once,
-    // or with wire timing arrive over about 4.4 ms at 115200 baud.
-    void the_link_carries_the_answers() {
-        for (const bool realistic : {false, true}) {
-            LinkedDevice l(scenario_from(quiet), realistic ? link::SimLink::WireTiming::realistic
-                                                           : link::SimLink::WireTiming::instant);
-            QCOMPARE(protocol::send_frame(l.ctx, "I"), link::FT_OK);
-            l.clock.advance_ms(5);
-            const QByteArray got = link::read_raw(l.ctx);
-            QVERIFY2(realistic ? !got.isEmpty() && got.size() < 51 : got.size() == 51,
-                     qPrintable(QString::number(got.size())));
-            l.clock.advance_ms(10);
-            const QList<QByteArray> payloads = frame_payloads(got + link::read_raw(l.ctx));
-            QCOMPARE(payloads.size(), 1);
-            QCOMPARE(payloads.first().size(), 47);
-            QCOMPARE(payloads.first().at(0), 'I');
-        }
-    }
-
     void live_fields_at_their_positions() {
         const QByteArray p =
             live_at(quiet + "O2=91\nFLOW_SETPOINT=2.5\nCOMPRESSOR_TEMP=47\n"
@@ -194,11 +135,9 @@ private slots:
 
     // Bytes of the live status at `ms` after power-on, as position/value pairs.
     void live_status_bytes_data() {
-        QTest::addColumn<QByteArray>("scenario");
-        QTest::addColumn<qint64>("ms");
-        QTest::addColumn<QList<int>>("bytes");
-        const auto row = [](const char* name, const QByteArray& s, qint64 ms, QList<int> bytes) {
-            QTest::newRow(name) << (quiet + s) << ms << bytes;
+        const Table<QByteArray, qint64, QList<int>> table;
+        const auto row = [&](const char* name, const QByteArray& s, qint64 ms, QList<int> bytes) {
+            table(name, quiet + s, ms, bytes);
         };
         // tick counter at 2..3, 25 ticks a second, wrapping at 65536
         row("ticks 25 a second", "", 4000, {2, 0, 3, 100});
@@ -222,9 +161,7 @@ private slots:
         row("override", "LIVE_OVERRIDE=20: 90 00\n", 500, {20, 0x90, 21, 0});
     }
     void live_status_bytes() {
-        QFETCH(QByteArray, scenario);
-        QFETCH(qint64, ms);
-        QFETCH(QList<int>, bytes);
+        const auto [scenario, ms, bytes] = Table<QByteArray, qint64, QList<int>>::fetch();
         const QByteArray p = live_at(scenario, ms);
         QList<int> got;
         for (qsizetype i = 0; i + 1 < bytes.size(); i += 2)
@@ -249,22 +186,17 @@ private slots:
     }
 
     void hours_writes_data() {
-        QTest::addColumn<int>("address");
-        QTest::addColumn<QByteArray>("data");
-        QTest::addColumn<bool>("taken");
-        const QByteArray valid = hours_block({9, 8, 7, 6, 5, 4, 3});
+        Table<int, QByteArray, bool> row; // address, data, taken
         const QByteArray swapped = hours_block({9, 8, 7, 6, 5, 4, 3}, true);
-        QTest::newRow("valid block") << 0x80 << valid << true;
-        QTest::newRow("CRC high byte first") << 0x80 << swapped << false;
-        QTest::newRow("CRC wrong in the copy") << 0x90 << swapped << false;
-        QTest::newRow("tens of minutes 6") << 0x80 << hours_block({0, 0, 0, 0, 0, 0, 6}) << false;
-        QTest::newRow("one digit alone") << 0x82 << bytes_of({7}) << false;
-        QTest::newRow("next to the block") << 0x89 << bytes_of({7}) << true;
+        row("valid block", 0x80, hours_block({9, 8, 7, 6, 5, 4, 3}), true);
+        row("CRC high byte first", 0x80, swapped, false);
+        row("CRC wrong in the copy", 0x90, swapped, false);
+        row("tens of minutes 6", 0x80, hours_block({0, 0, 0, 0, 0, 0, 6}), false);
+        row("one digit alone", 0x82, bytes_of({7}), false);
+        row("next to the block", 0x89, bytes_of({7}), true);
     }
     void hours_writes() {
-        QFETCH(int, address);
-        QFETCH(QByteArray, data);
-        QFETCH(bool, taken);
+        const auto [address, data, taken] = Table<int, QByteArray, bool>::fetch();
         DirectDevice d(hours_text);
         const QByteArray before = read(d, 0x80, 25);
         // The write is answered either way: the read-back tells.
@@ -273,107 +205,6 @@ private slots:
             QCOMPARE(read(d, address, int(data.size())).toHex(' '), data.toHex(' '));
         else
             QCOMPARE(read(d, 0x80, 25).toHex(' '), before.toHex(' '));
-    }
-
-    void status_records_as_given() {
-        const QByteArray r1 = QByteArray::fromHex("E3070800020000330000000000009594978787B4AABB");
-        const QByteArray r2 = QByteArray::fromHex("E40708000000000000000000000095949787870000BB");
-        DirectDevice d("STATUS_RECORD=" + r1.toHex(' ') + "\nSTATUS_RECORD=" + r2.toHex() + "\n");
-        QCOMPARE(read(d, 0x100, 22), r1);
-        QCOMPARE(read(d, 0x116, 22), r2);
-        QCOMPARE(byte_at(read(d, 0x12C, 22), 2), 255);
-    }
-
-    // Generated records: data byte 2 is never 255 within the list and is 255
-    // right after it; each layout keeps its fields in their places.
-    void generated_status_records_data() {
-        QTest::addColumn<QByteArray>("scenario");
-        QTest::addColumn<int>("count");
-        QTest::addColumn<bool>("extended");
-        const auto row = [](const char* name, const QByteArray& s, int count, bool extended) {
-            QTest::newRow(name) << s + "\nSTATUS_GENERATE=" + QByteArray::number(count) << count
-                                << extended;
-        };
-        row("basic by family", "SW=5121", 5, false);
-        row("extended by family", "SW=7E5", 6, true);
-        row("extended by choice", "SW=5121\nSTATUS_LAYOUT=extended", 3, true);
-        row("full", "", 32, false);
-    }
-    void generated_status_records() {
-        QFETCH(QByteArray, scenario);
-        QFETCH(int, count);
-        QFETCH(bool, extended);
-        DirectDevice d(scenario);
-        for (int n = 0; n < count; ++n) {
-            const QByteArray r = read(d, 0x100 + n * 22, 22);
-            const auto b = [&](int i) { return byte_at(r, i); };
-            QVERIFY(b(2) != 255 && b(2) * 256 + b(3) > 0);          // a block lasts some time
-            QVERIFY(b(20) > 0 && b(21) <= b(20) && b(20) <= b(22)); // O2 min <= mean <= max
-            if (extended) // temperature min < max, mean flow in 0.1 l/min
-                QVERIFY(b(16) < b(17) && b(15) >= 10 && b(15) <= 30);
-            else // temperature min <= mean <= max, mean flow
-                QVERIFY(b(16) <= b(15) && b(15) <= b(17) && b(14) >= 10 && b(14) <= 30);
-        }
-        if (count < 32)
-            QCOMPARE(byte_at(read(d, 0x100 + count * 22, 22), 2), 255);
-        else
-            QCOMPARE(read(d, 0x3C0, 22), QByteArray(22, '\xFF'));
-    }
-
-    void usage_records_then_the_running_period_until_erased() {
-        DirectDevice d("CLOCK=2026-03-02 09:30:00\n"
-                       "COMPLIANCE_RECORD=2026-02-27 07:10:00 / 2026-02-27 18:45:30\n"
-                       "COMPLIANCE_RECORD=-\n"
-                       "COMPLIANCE_RECORD=2026-03-01 08:00 / 2026-03-01 21:00\n");
-        QCOMPARE(count(d), 3);
-        QCOMPARE(record(d, 0), (Record{device_seconds({2026, 2, 27}, {7, 10}),
-                                       device_seconds({2026, 2, 27}, {18, 45, 30})}));
-        QCOMPARE(record(d, 1), erased);
-        QCOMPARE(record(d, 2).end, device_seconds({2026, 3, 1}, {21, 0}));
-        // Record `count` is the period in progress: since power-on, until now.
-        d.now = 65 * 1000;
-        QCOMPARE(record(d, 3), (Record{device_seconds({2026, 3, 2}, {9, 30}),
-                                       device_seconds({2026, 3, 2}, {9, 31, 5})}));
-        QCOMPARE(record(d, 4), erased);
-        // Erasing empties the ring and starts a new period.
-        d.now = 90 * 1000;
-        QCOMPARE(d.answer("Z"), QByteArray("Z"));
-        QCOMPARE(count(d), 0);
-        QCOMPARE(record(d, 0).start, device_seconds({2026, 3, 2}, {9, 31, 30}));
-        for (int n = 1; n <= 3; ++n)
-            QCOMPARE(record(d, n), erased);
-    }
-
-    // A request for n returns slot n mod size. Once more records were written
-    // than the ring holds, the oldest are overwritten, and the program, reading
-    // up to the count, meets the repetition.
-    void usage_ring_wrap_data() {
-        QTest::addColumn<int>("size");
-        QTest::addColumn<int>("written");
-        QTest::newRow("256 slots, 100 records") << 256 << 100;
-        QTest::newRow("256 slots, 257 records") << 256 << 257;
-        QTest::newRow("4096 slots, 5000 records") << 4096 << 5000;
-    }
-    void usage_ring_wrap() {
-        QFETCH(int, size);
-        QFETCH(int, written);
-        DirectDevice d(
-            "CLOCK=2026-03-02 09:30:00\nCOMPLIANCE_RING_SIZE=" + QByteArray::number(size) +
-            "\nCOMPLIANCE_GENERATE=" + QByteArray::number(written) +
-            "\nCOMPLIANCE_FROM=2010-01-01\nCOMPLIANCE_TO=2026-03-01\n");
-        QCOMPARE(count(d), written);
-        for (int n = 1; n < written && written <= size; ++n) // generated periods follow each other
-            QVERIFY(record(d, n).start >= record(d, n - 1).end);
-        const Record first = record(d, 0);
-        QCOMPARE(record(d, size), first);
-        QCOMPARE(record(d, 2 * size + 1), record(d, 1));
-        const Record last_slot = record(d, size - 1);
-        if (written > size) // slot 0 holds record number `size`, newer than the last slot's
-            QVERIFY(first.start > last_slot.start && last_slot != erased);
-        else
-            QCOMPARE(last_slot, erased);
-        // The period in progress stands in slot `written` mod size.
-        QCOMPARE(record(d, written + size).start, device_seconds({2026, 3, 2}, {9, 30}));
     }
 };
 

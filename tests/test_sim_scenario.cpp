@@ -2,6 +2,7 @@
 // sample scenarios built into the program.
 
 #include "sim_helpers.h"
+#include "table.h"
 
 #include <QTemporaryDir>
 #include <QTest>
@@ -27,11 +28,7 @@ class TestSimScenario : public QObject {
     Q_OBJECT
 private slots:
     void errors_name_the_line_data() {
-        QTest::addColumn<QByteArray>("text");
-        QTest::addColumn<QString>("error");
-        const auto row = [](const char* name, const QByteArray& text, const char* error) {
-            QTest::newRow(name) << text << QString::fromUtf8(error);
-        };
+        Table<QByteArray, QString> row; // text, error
         row("unknown key", "SW=5121\n\n# note\nCOLOUR=red\n", "line 4: unknown key COLOUR");
         row("no equals sign", "SW=5121\nSN VO2\n", "line 2: expected KEY=VALUE");
         row("twice", "SW=5121\nSN=A\nSW=5122\n", "line 3: SW was already given on line 1");
@@ -52,8 +49,7 @@ private slots:
             "line 3: the range leaves less than two minutes per usage period");
     }
     void errors_name_the_line() {
-        QFETCH(QByteArray, text);
-        QFETCH(QString, error);
+        const auto [text, error] = Table<QByteArray, QString>::fetch();
         QString got;
         QVERIFY(!sim::parse_scenario(text, &got));
         QCOMPARE(got, error);
@@ -62,14 +58,12 @@ private slots:
     // Values reach the device as they were written, in files from any editor:
     // the device's bytes are Latin-1 whichever encoding the file had.
     void values_reach_the_device_data() {
-        QTest::addColumn<QByteArray>("serial_line");
-        QTest::addColumn<QByteArray>("line_end");
-        QTest::newRow("UTF-8, CR LF") << QByteArray("sn=VO2 M\xC3\xBC") << QByteArray("\r\n");
-        QTest::newRow("Windows-1252, CR alone") << QByteArray("sn=VO2 M\xFC") << QByteArray("\r");
+        Table<QByteArray, QByteArray> row; // serial number line, line end
+        row("UTF-8, CR LF", "sn=VO2 M\xC3\xBC", "\r\n");
+        row("Windows-1252, CR alone", "sn=VO2 M\xFC", "\r");
     }
     void values_reach_the_device() {
-        QFETCH(QByteArray, serial_line);
-        QFETCH(QByteArray, line_end);
+        const auto [serial_line, line_end] = Table<QByteArray, QByteArray>::fetch();
         const QList<QByteArray> lines{
             "# a comment",       "  SW = 2141  ",   "INFO=\"-no \\\"info\\\"\\x01\\r\\n\"",
             serial_line,         "HOURS=999999:50", "REMAINING=0x1F4",
@@ -86,12 +80,12 @@ private slots:
     // Every sample loads and answers; its newest stored usage period ends
     // before the device was switched on, whatever day that is.
     void every_sample_loads_data() {
-        QTest::addColumn<QString>("name");
+        Table<QString> row;
         for (const char* name : samples)
-            QTest::newRow(name) << QString::fromLatin1(name);
+            row(name, QString::fromLatin1(name));
     }
     void every_sample_loads() {
-        QFETCH(QString, name);
+        const auto [name] = Table<QString>::fetch();
         QVERIFY(sim::sample_scenario_names().contains(name));
         QString error;
         const auto s = sim::load_scenario(name, &error);
@@ -118,16 +112,6 @@ private slots:
         DirectDevice fixed(scenario_from("CLOCK=2026-03-12 09:30:00\n"), present);
         QCOMPARE(be_at(fixed.answer("T"), 2, 4),
                  device_seconds(QDate(2026, 3, 12), QTime(9, 30)) + 1);
-    }
-
-    // What each sample is for.
-    void samples_show_what_they_are_for() {
-        QCOMPARE(sample("status_full").stored_status_records().size(), 32);
-        const sim::Scenario large = sample("compliance_large");
-        QVERIFY(large.stored_compliance_records(*large.clock).size() > large.compliance_ring_size);
-        const sim::Faults flaky = sample("flaky").faults;
-        QVERIFY(flaky.drop_every > 0 && flaky.corrupt_crc_every > 0 && flaky.split_answers &&
-                !flaky.garbage_between_frames.isEmpty());
     }
 
     void a_file_error_names_the_file_and_line() {

@@ -7,6 +7,7 @@
 #include "protocol/commands.h"
 #include "report_harness.h"
 #include "settings_harness.h"
+#include "table.h"
 #include "test_bytes.h"
 
 #include <QTemporaryDir>
@@ -42,11 +43,10 @@ QStringList without(QStringList lines, const QString& key) {
 
 class TestTimingPresets : public QObject {
     Q_OBJECT
+    using Files = Table<QStringList, bool, Zeiten, QString>;
 private slots:
     void selector_entries_show_seconds_data() {
-        QTest::addColumn<QLocale>("locale");
-        QTest::addColumn<int>("byte");
-        QTest::addColumn<QString>("text");
+        Table<QLocale, int, QString> row; // locale, byte, text
         const QLocale de(QLocale::German, QLocale::Germany);
         const QLocale en(QLocale::English, QLocale::UnitedStates);
         row("0", de, 0, "0,00");
@@ -55,18 +55,14 @@ private slots:
         row("27 en", en, 27, "1.08");
     }
     void selector_entries_show_seconds() {
-        QFETCH(QLocale, locale);
-        QFETCH(int, byte);
+        const auto [locale, byte, text] = Table<QLocale, int, QString>::fetch();
         const QStringList entries = device::timing_entries(locale);
         QCOMPARE(entries.size(), 256);
-        QTEST(entries.at(byte), "text"); // entry k is the byte k
+        QCOMPARE(entries.at(byte), text); // entry k is the byte k
     }
 
     void preset_files_data() {
-        QTest::addColumn<QStringList>("lines");
-        QTest::addColumn<bool>("loaded");
-        QTest::addColumn<Zeiten>("zeiten");
-        QTest::addColumn<QString>("titel1");
+        Files row; // lines, loaded, timings, TITEL1
         row("every key", full_file, true, full_zeiten, "Wenig");
         Zeiten no_last = full_zeiten;
         no_last[11] = 0;
@@ -78,17 +74,17 @@ private slots:
         row("256 ends the file", QStringList{"ZEIT_VORLAUF=5", "ZEIT_PHASE1=256", "ZEIT_PHASE2=9"},
             false, Zeiten{5, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0}, "");
         for (const char* bad : {"abc", "-1", "", "1.5"})
-            QTest::addRow("ZEIT_A2ON=%s", bad) << QStringList{QStringLiteral("ZEIT_A2ON=") + bad}
-                                               << false << Zeiten{} << QString();
+            row(QByteArray("ZEIT_A2ON=") + bad, {QStringLiteral("ZEIT_A2ON=") + bad}, false, {},
+                {});
     }
     void preset_files() {
-        QFETCH(QStringList, lines);
+        const auto [lines, loaded, zeiten, titel1] = Files::fetch();
         device::PresetRecord p;
         p.preset_zeiten.fill(77); // a second file must not inherit the first one's values
         p.titel2 = "old";
-        QTEST(device::parse_preset_lines(lines, p), "loaded");
-        QTEST(p.preset_zeiten, "zeiten");
-        QTEST(p.titel1, "titel1");
+        QCOMPARE(device::parse_preset_lines(lines, p), loaded);
+        QCOMPARE(p.preset_zeiten, zeiten);
+        QCOMPARE(p.titel1, titel1);
         if (!lines.contains("TITEL2=< 2 l/min"))
             QCOMPARE(p.titel2, QString());
     }
@@ -123,8 +119,7 @@ private slots:
 
     // The buttons are offered to the models with the rinse valve only.
     void presets_follow_the_family_data() {
-        QTest::addColumn<QString>("sw");
-        QTest::addColumn<bool>("wanted");
+        Table<QString, bool> row; // SW, buttons offered
         row("7E", "7E5", true);
         row("AA", "AA1", true);
         row("A8", "A81", true);
@@ -132,28 +127,12 @@ private slots:
         row("512", "5121", false);
     }
     void presets_follow_the_family() {
-        QFETCH(QString, sw);
-        QFETCH(bool, wanted);
+        const auto [sw, wanted] = Table<QString, bool>::fetch();
         QTemporaryDir dir;
         write_lines(dir.path() + "/Zeiten_2.txt", full_file);
         Connected c("SW=" + sw.toLatin1() + "\n", dir.path() + '/');
         QCOMPARE(c.ctx->presets.shown, wanted);
         QCOMPARE(c.ctx->presets.buttons[1].enabled, wanted);
-    }
-
-    void selector_writes_and_reads_back() {
-        Connected c;
-        // locked: a programmatic change
-        QCOMPARE(device::cb_t_Click(*c.ctx, 2, 150, true), WriteOutcome::not_written);
-        QVERIFY(c.queued().isEmpty());
-        c.ctx->device.live_valid = false;
-        QCOMPARE(device::cb_t_Click(*c.ctx, 2, 150, false), WriteOutcome::not_written);
-        QVERIFY(c.queued().isEmpty());
-        c.ctx->device.live_valid = true;
-        device::cb_t_Click(*c.ctx, 2, 150, false);
-        QCOMPARE(c.queued(), (QList<QByteArray>{bytes_of({'w', '2', 150}), "r2"}));
-        c.settle();
-        QCOMPARE(c.ctx->device.zeiten[2], 150);
     }
 
     // The factory values go to indexes 0..6; 7..13 keep theirs (a device
@@ -216,16 +195,14 @@ private slots:
     // The preset's message comes once the device reports every value
     // written; a device that keeps its timings is named with them.
     void preset_outcome_data() {
-        QTest::addColumn<QByteArray>("faults");
-        QTest::addColumn<QString>("told");
+        Table<QByteArray, QString> row; // faults, told
         row("taken", QByteArray(), "text116");
         row("kept", QByteArray("IGNORE_WRITES=on\n"),
             "text8028 text8011 0: 0.40  1: 0.44  2: 0.48  3: 0.52  4: 0.56  "
             "5: 0.60  6: 0.64, text8012 0: 0.04  1: 0.08");
     }
     void preset_outcome() {
-        QFETCH(QByteArray, faults);
-        QFETCH(QString, told);
+        const auto [faults, told] = Table<QByteArray, QString>::fetch();
         QTemporaryDir dir;
         write_lines(dir.path() + "/Zeiten_1.txt", full_file);
         Connected c("SW=7E5\nTIMINGS=1 2 3 4 5 6 7 8 9 10 11 12 13 14\n" + faults,
