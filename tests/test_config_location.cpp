@@ -7,16 +7,12 @@
 #include "app_context.h"
 #include "config/config.h"
 #include "config/config_location.h"
-#include "fake_user_interface.h"
-#include "manual_clock.h"
 #include "protocol/poll_cycle.h"
 #include "report_harness.h"
 #include "status/status_readout.h"
+#include "table.h"
 
 #include <QDir>
-#include <QFile>
-#include <QTemporaryDir>
-#include <QTest>
 
 using namespace veltrako;
 using namespace veltrako::config;
@@ -57,18 +53,16 @@ struct ProgramFolder {
     QTemporaryDir dir;
 };
 
+using Choose = Table<QString, bool, QString, QString, QString>;
+using Probe = Table<bool, bool, bool, bool>;
+
 } // namespace
 
 class TestConfigLocation : public QObject {
     Q_OBJECT
 private slots:
     void choose_data() {
-        QTest::addColumn<QString>("program_dir");
-        QTest::addColumn<bool>("writable");
-        QTest::addColumn<QString>("config_path");
-        QTest::addColumn<QString>("seed_path");
-        QTest::addColumn<QString>("user_dir");
-
+        const Choose row; // program folder, writable, settings, seeded from, user folder
         const char* own = "/home/tech/veltrako2/veltrako2.ini";
         const char* user = "/home/tech/.config/veltrako2/veltrako2.ini";
         row("own folder", "/home/tech/veltrako2", true, own, "", "/home/tech/veltrako2/");
@@ -80,24 +74,20 @@ private slots:
             "/opt/veltrako2/veltrako2.ini", "/home/tech/Documents/");
     }
     void choose() {
-        QFETCH(QString, program_dir);
-        QFETCH(bool, writable);
+        const auto [program_dir, writable, config_path, seed_path, user_dir] = Choose::fetch();
         const UserFolders folders{QStringLiteral("/home/tech/.config/veltrako2"),
                                   QStringLiteral("/home/tech/Documents")};
         const ConfigLocation location = choose_config_location(program_dir, writable, folders);
-        QTEST(location.config_path, "config_path");
-        QTEST(location.seed_path, "seed_path");
-        QTEST(location.user_dir, "user_dir");
+        QCOMPARE(location.config_path, config_path);
+        QCOMPARE(location.seed_path, seed_path);
+        QCOMPARE(location.user_dir, user_dir);
         QCOMPARE(location.in_user_folder, !writable);
     }
 
     // The probe tries for real; permission bits alone would say yes to a
     // file in a folder where no new file can be made.
     void probe_data() {
-        QTest::addColumn<bool>("ini_there");
-        QTest::addColumn<bool>("ini_writable");
-        QTest::addColumn<bool>("folder_writable");
-        QTest::addColumn<bool>("expected");
+        const Probe row; // settings there, settings writable, folder writable, answer
         row("fresh folder", false, false, true, true);
         row("own settings", true, true, true, true);
         row("read-only file", true, false, true, false);
@@ -105,10 +95,7 @@ private slots:
         row("read-only folder, no file", false, false, false, false);
     }
     void probe() {
-        QFETCH(bool, ini_there);
-        QFETCH(bool, ini_writable);
-        QFETCH(bool, folder_writable);
-        QFETCH(bool, expected);
+        const auto [ini_there, ini_writable, folder_writable, expected] = Probe::fetch();
         QTemporaryDir dir;
         const QString ini = dir.filePath(QLatin1String(config_file_name));
         if (ini_there) {

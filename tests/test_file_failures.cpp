@@ -12,12 +12,10 @@
 #include "report/report_record.h"
 #include "report_harness.h"
 #include "status/status_table.h"
+#include "table.h"
 
 #include <QDir>
-#include <QFile>
 #include <QRandomGenerator>
-#include <QTemporaryDir>
-#include <QTest>
 
 #include <csignal>
 #include <functional>
@@ -103,8 +101,7 @@ class TestFileFailures : public QObject {
     Q_OBJECT
 private slots:
     void written_whole_or_not_at_all_data() {
-        QTest::addColumn<int>("writer");
-        QTest::addColumn<Fault>("fault");
+        const Table<int, Fault> table;
         const std::pair<Fault, const char*> faults[] = {
             {Fault::none, "written"},
             {Fault::disk_full, "disk full part-way"},
@@ -112,12 +109,11 @@ private slots:
             {Fault::read_only_folder, "read-only folder"}};
         for (int w = 0; w < 5; ++w)
             for (const auto& [fault, what] : faults)
-                QTest::addRow("%s, %s", writers[w].what, what) << w << fault;
+                table(QByteArray(writers[w].what) + ", " + what, w, fault);
     }
 
     void written_whole_or_not_at_all() {
-        QFETCH(int, writer);
-        QFETCH(Fault, fault);
+        const auto [writer, fault] = Table<int, Fault>::fetch();
         const Writer& w = writers[writer];
         Desk f;
         const QTemporaryDir& dir = f.dir;
@@ -170,8 +166,7 @@ private slots:
         if (fault == Fault::none) {
             QVERIFY(written);
             const QByteArray now = read_file(target);
-            QVERIFY(now.size() > 64);
-            QVERIFY(now.endsWith("\r\n"));
+            QVERIFY(now.size() > 64 && now.endsWith("\r\n"));
             return;
         }
         QVERIFY(!written);

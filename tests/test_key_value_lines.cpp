@@ -3,31 +3,26 @@
 // typed is checked through the report file in test_report.
 
 #include "config/key_value_lines.h"
-#include "report_harness.h"
-
-#include <QTest>
+#include "table.h"
 
 using namespace veltrako::config;
-using veltrako::testing::row;
+using veltrako::testing::Table;
 
 class TestKeyValueLines : public QObject {
     Q_OBJECT
 private slots:
     void line_data() {
-        QTest::addColumn<QString>("value");
-        QTest::addColumn<QString>("line");
-        row("plain", "Max Muster", "NAME|Max Muster");
-        row("empty", "", "NAME|");
+        const Table<QString, QString> row; // value, its line
+        row("plain", "Max Muster", "NAME|Max Muster")("empty", "", "NAME|");
         row("bar becomes slash", "a|b||c", "NAME|a/b//c");
         row("CR LF is one break", "one\r\ntwo", "NAME|one\\ntwo");
-        row("lone LF", "one\ntwo", "NAME|one\\ntwo");
-        row("lone CR", "one\rtwo", "NAME|one\\ntwo");
+        row("lone LF", "one\ntwo", "NAME|one\\ntwo")("lone CR", "one\rtwo", "NAME|one\\ntwo");
         row("LF CR is two breaks", "a\n\rb", "NAME|a\\n\\nb");
         row("break at the end", "end\r\n", "NAME|end\\n");
     }
     void line() {
-        QFETCH(QString, value);
-        QTEST(key_value_line(QStringLiteral("NAME"), value), "line");
+        const auto [value, line] = Table<QString, QString>::fetch();
+        QCOMPARE(key_value_line(QStringLiteral("NAME"), value), line);
     }
 };
 

@@ -6,12 +6,10 @@
 #include "print/markup.h"
 #include "print/printer_choice.h"
 #include "print/recording_surface.h"
-#include "report_harness.h"
-
-#include <QTest>
+#include "table.h"
 
 using namespace veltrako::print;
-using veltrako::testing::row;
+using veltrako::testing::Table;
 
 namespace {
 
@@ -47,13 +45,22 @@ TabStops stops(int count) {
 
 } // namespace
 
+using Runs = Table<QString, QStringList, bool>; // column, runs, answered with "ERROR"
+// line, tab stops, page_left, run, its edge in half widths (0 left, 1
+// centre, 2 right), where that edge lies
+using Positions = Table<QString, TabStops, int, QString, int, double>;
+// line, tab stops, result, lines down in 10-point line heights, printed
+using Advance = Table<QString, int, bool, double, QStringList>;
+using Wrap = Table<QString, int, int, QString>; // text, width, indent, wrapped
+// default, printer chosen (empty: a file), next default, printer offered
+// first and next (empty: the dialog opens on a file)
+using Offered = Table<QString, QString, QString, QString, QString>;
+
 class TestPrintMarkup : public QObject {
     Q_OBJECT
 private slots:
     void runs_and_fonts_data() {
-        QTest::addColumn<QString>("column");
-        QTest::addColumn<QStringList>("runs");
-        QTest::addColumn<bool>("error"); // the column is answered with "ERROR"
+        const Runs row;
         row("bold run then normal run", "'b'Strong'/b' plain",
             QStringList{"Strong|B|10|Arial", " plain||10|Arial"}, false);
         row("underline on and off", "'u'under'/u'over",
@@ -74,25 +81,18 @@ private slots:
     }
 
     void runs_and_fonts() {
-        QFETCH(QString, column);
-        QFETCH(bool, error);
+        const auto [column, runs, error] = Runs::fetch();
         RecordingSurface surface;
         surface.move_to(1000, 1000);
         QCOMPARE(print_markup(surface, column), error ? QStringLiteral("ERROR") : QString());
-        QTEST(describe_all(surface), "runs");
+        QCOMPARE(describe_all(surface), runs);
         for (const RecordedRun& run : surface.runs)
             QCOMPARE(run.y,
                      1000.0 - (run.font.points - 10) * 0.8 * 24); // top moves with the size only
     }
 
     void run_positions_data() {
-        QTest::addColumn<QString>("line");
-        QTest::addColumn<TabStops>("tab_stops");
-        QTest::addColumn<int>("page_left");
-        QTest::addColumn<QString>("run");
-        QTest::addColumn<int>("edge"); // in half widths: 0 left, 1 centre, 2 right
-        QTest::addColumn<double>("expected");
-
+        const Positions row;
         const TabStops middle{0, 5953};
         row("centred under the middle of the page", "\t'center'Title", middle, 15, "Title", 1,
             5968.0);
@@ -111,29 +111,20 @@ private slots:
     }
 
     void run_positions() {
-        QFETCH(QString, line);
-        QFETCH(TabStops, tab_stops);
-        QFETCH(int, page_left);
-        QFETCH(QString, run);
-        QFETCH(int, edge);
+        const auto [line, tab_stops, page_left, run, edge, expected] = Positions::fetch();
         RecordingSurface surface;
         surface.move_to(0, 500);
         QVERIFY(print_line(surface, line, tab_stops, page_left));
         const RecordedRun* found = surface.find_run(run);
         QVERIFY(found);
-        QTEST(found->x + RecordingSurface::width_of(*found) * edge / 2, "expected");
+        QCOMPARE(found->x + RecordingSurface::width_of(*found) * edge / 2, expected);
     }
 
     void sizes_share_base_line_data() {
-        QTest::addColumn<int>("first");
-        QTest::addColumn<int>("second");
-        row("14 then 10", 14, 10);
-        row("10 then 14", 10, 14);
+        Table<int, int>()("14 then 10", 14, 10)("10 then 14", 10, 14);
     }
-
     void sizes_share_base_line() {
-        QFETCH(int, first);
-        QFETCH(int, second);
+        const auto [first, second] = Table<int, int>::fetch();
         RecordingSurface surface;
         surface.move_to(0, 3000);
         print_line(surface, QStringLiteral("'size %1'Big'size %2'small").arg(first).arg(second),
@@ -151,12 +142,7 @@ private slots:
     }
 
     void line_advance_data() {
-        QTest::addColumn<QString>("line");
-        QTest::addColumn<int>("stop_count");
-        QTest::addColumn<bool>("result");
-        QTest::addColumn<double>("lines_down"); // in 10-point line heights
-        QTest::addColumn<QStringList>("printed");
-
+        const Advance row;
         row("empty line: half the height of X", "", 1, true, 0.5, QStringList{});
         row("text line", "text", 1, true, 1.0, QStringList{"text"});
         row("columns", "a\tb\tc", 3, true, 1.0, QStringList{"a", "b", "c"});
@@ -166,15 +152,13 @@ private slots:
     }
 
     void line_advance() {
-        QFETCH(QString, line);
-        QFETCH(int, stop_count);
-        QFETCH(double, lines_down);
+        const auto [line, stop_count, result, lines_down, printed] = Advance::fetch();
         RecordingSurface surface;
         surface.move_to(777, 1000);
         const double line_height = surface.text_height(QStringLiteral("X"));
-        QTEST(print_line(surface, line, stops(stop_count), 0), "result");
+        QCOMPARE(print_line(surface, line, stops(stop_count), 0), result);
         QCOMPARE(surface.current_y(), 1000 + lines_down * line_height);
-        QTEST(surface.run_texts(), "printed");
+        QCOMPARE(surface.run_texts(), printed);
         for (const RecordedRun& run : surface.runs)
             QCOMPARE(run.y, 1000.0);
     }
@@ -210,10 +194,7 @@ private slots:
     }
 
     void wrap_fixed_data() {
-        QTest::addColumn<QString>("text");
-        QTest::addColumn<int>("width");
-        QTest::addColumn<int>("indent");
-        QTest::addColumn<QString>("expected");
+        const Wrap row;
         row("last piece padded", "abcdefgh", 3, 2, "abc\r\n  def\r\n  gh ");
         row("exact multiple: last piece as it is", "abcdef", 3, 1, "abc\r\n def");
         row("short text padded", "ab", 4, 0, "ab  ");
@@ -223,18 +204,12 @@ private slots:
     }
 
     void wrap_fixed() {
-        QFETCH(QString, text);
-        QFETCH(int, width);
-        QFETCH(int, indent);
-        QTEST(veltrako::print::wrap_fixed(text, width, indent), "expected");
+        const auto [text, width, indent, expected] = Wrap::fetch();
+        QCOMPARE(veltrako::print::wrap_fixed(text, width, indent), expected);
     }
 
     void printer_offered_data() {
-        QTest::addColumn<QString>("first_default");
-        QTest::addColumn<QString>("chosen_printer"); // empty: printed to a file
-        QTest::addColumn<QString>("second_default");
-        QTest::addColumn<QString>("offered_first");
-        QTest::addColumn<QString>("offered_second"); // empty: the dialog opens on a file
+        const Offered row;
         row("another printer chosen", "Office", "Lab", "Office", "Office", "Lab");
         row("the default chosen, default changed since", "Office", "Office", "Lab", "Office",
             "Office");
@@ -243,13 +218,12 @@ private slots:
     }
 
     void printer_offered() {
-        QFETCH(QString, first_default);
-        QFETCH(QString, chosen_printer);
-        QFETCH(QString, second_default);
+        const auto [first_default, chosen_printer, second_default, first, second] =
+            Offered::fetch();
         PrinterChoice choice;
-        QTEST(begin_printer_choice(choice, first_default), "offered_first");
+        QCOMPARE(begin_printer_choice(choice, first_default), first);
         end_printer_choice(choice, chosen_printer);
-        QTEST(begin_printer_choice(choice, second_default), "offered_second");
+        QCOMPARE(begin_printer_choice(choice, second_default), second);
         QCOMPARE(choice.to_file, chosen_printer.isEmpty());
         QCOMPARE(choice.printer_default, second_default);
     }

@@ -5,7 +5,7 @@
 #include "config/language.h"
 #include "print/recording_surface.h"
 #include "report/report_print.h"
-#include "report_harness.h"
+#include "table.h"
 
 #include <QGuiApplication>
 
@@ -14,7 +14,7 @@
 using namespace veltrako;
 using namespace veltrako::report;
 using veltrako::print::RecordingSurface;
-using veltrako::testing::row;
+using veltrako::testing::Table;
 
 namespace {
 
@@ -49,10 +49,6 @@ ReportRecord filled(const QString& family = QStringLiteral("52")) {
     return r;
 }
 
-bool has_run(const RecordingSurface& s, const QString& text) {
-    return s.find_run(text) != nullptr;
-}
-
 } // namespace
 
 class TestReportPrint : public QObject {
@@ -65,16 +61,12 @@ private slots:
         print_report(s, filled(), captions(), QLocale());
         QCOMPARE(s.page, 0);
         // Typed text as it stands: the quote is no tag.
-        QVERIFY(has_run(s, QStringLiteral("Heinz O'Brien")));
-        QVERIFY(has_run(s, QStringLiteral("M. Huber")));
-        QVERIFY(has_run(s, QStringLiteral("VO2-7E00042")));
-        QVERIFY(has_run(s, QStringLiteral("004711:20")));
-        QVERIFY(has_run(s, QStringLiteral("94")));   // O2 rounded half away from zero
-        QVERIFY(has_run(s, QStringLiteral("1,00"))); // 25 valve steps of 0.04 s
-        QVERIFY(has_run(s, QStringLiteral("L7018 02.03.2026  ")));
-        for (const char* caption : {"L7010", "L7011", "L7012", "L7013", "L7014", "L11071", "L11072",
-                                    "L11081", "L11088", "L11089", "L11090", "L11070"})
-            QVERIFY2(has_run(s, QLatin1String(caption)), caption);
+        // O2 rounded half away from zero; 25 valve steps of 0.04 s.
+        for (const char* text :
+             {"Heinz O'Brien", "M. Huber", "VO2-7E00042", "004711:20", "94", "1,00",
+              "L7018 02.03.2026  ", "L7010", "L7011", "L7012", "L7013", "L7014", "L11071", "L11072",
+              "L11081", "L11088", "L11089", "L11090", "L11070"})
+            QVERIFY2(s.find_run(QString::fromUtf8(text)), text);
         // The remark keeps its two lines, one under the other.
         const auto* first = s.find_run(QStringLiteral("erste Zeile"));
         const auto* second = s.find_run(QStringLiteral("zweite Zeile"));
@@ -89,10 +81,7 @@ private slots:
     // header. The remarks grow line by line, so that the end of the page
     // falls on every part of the report once.
     void everything_inside_the_printable_area_data() {
-        QTest::addColumn<QString>("family");
-        QTest::addColumn<int>("accessory_lines");
-        QTest::addColumn<double>("width");
-        QTest::addColumn<double>("height");
+        const Table<QString, int, double, double> row; // family, accessory lines, width, height
         // A4 less the 5 mm the PDF leaves; a printer that cannot reach the
         // last 12 mm on either side.
         row("14 timings, PDF", "25", 2, 11339.0, 16271.0);
@@ -101,10 +90,8 @@ private slots:
         row("7 timings and flow settings, PDF", "52", 40, 11339.0, 16271.0);
     }
     void everything_inside_the_printable_area() {
-        QFETCH(QString, family);
-        QFETCH(int, accessory_lines);
-        QFETCH(double, width);
-        QFETCH(double, height);
+        const auto [family, accessory_lines, width, height] =
+            Table<QString, int, double, double>::fetch();
         const auto lines = [](const QString& word, int n) {
             QStringList l;
             for (int i = 1; i <= n; ++i)
@@ -176,18 +163,16 @@ private slots:
 
     // Settings a family does not have are left out of the device data.
     void device_rows_by_family_data() {
-        QTest::addColumn<QString>("family");
-        QTest::addColumn<int>("rows");
-        QTest::addColumn<int>("timings");
+        const Table<QString, int, int> row; // family, device rows, timing rows
         row("before 30: all fourteen timings", "25", 10, 14);
         row("30: alarm signal", "30", 11, 7);
         row("52: flow settings", "52", 13, 7);
     }
     void device_rows_by_family() {
-        QFETCH(QString, family);
+        const auto [family, rows, timings] = Table<QString, int, int>::fetch();
         const ReportRecord r = filled(family);
-        QTEST(int(device_data_rows(r, captions(), QLocale()).size()), "rows");
-        QTEST(int(timing_rows(r, captions(), QLocale()).size()), "timings");
+        QCOMPARE(int(device_data_rows(r, captions(), QLocale()).size()), rows);
+        QCOMPARE(int(timing_rows(r, captions(), QLocale()).size()), timings);
     }
 };
 

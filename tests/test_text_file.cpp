@@ -1,29 +1,19 @@
 // Text files from older tools: which bytes become which lines and characters.
 
 #include "config/text_file.h"
-
-#include <QTest>
+#include "table.h"
 
 using namespace veltrako::config;
+using veltrako::testing::Table;
 
 class TestTextFile : public QObject {
     Q_OBJECT
 private slots:
     void decode_data() {
-        QTest::addColumn<QByteArray>("bytes");
-        QTest::addColumn<QStringList>("lines");
-        const auto row = [](const char* name, const QByteArray& bytes, const QStringList& lines) {
-            QTest::newRow(name) << bytes << lines;
-        };
-        row("UTF-8",
-            "M\xC3\xBCller\r\nStra\xC3\x9F"
-            "e\r\n",
-            {"Müller", "Straße"});
+        const Table<QByteArray, QStringList> row;
+        row("UTF-8", "M\xC3\xBCller\r\nStra\xC3\x9F\x65\r\n", {"Müller", "Straße"});
         row("UTF-8 after a byte order mark", "\xEF\xBB\xBFGer\xC3\xA4t\r\n", {"Gerät"});
-        row("Windows-1252",
-            "M\xFCller\r\nStra\xDF"
-            "e\r\n",
-            {"Müller", "Straße"});
+        row("Windows-1252", "M\xFCller\r\nStra\xDF\x65\r\n", {"Müller", "Straße"});
         row("Windows-1252 only for its own 0x80..0x9F", "\x80 \x96 \x84x\x93 \x81",
             {"€ – „x“ \u0081"});
         // One byte that is not UTF-8 makes the whole file Windows-1252.
@@ -37,8 +27,8 @@ private slots:
         row("empty file", "", {});
     }
     void decode() {
-        QFETCH(QByteArray, bytes);
-        QTEST(decode_text_lines(bytes), "lines");
+        const auto [bytes, lines] = Table<QByteArray, QStringList>::fetch();
+        QCOMPARE(decode_text_lines(bytes), lines);
     }
 };
 
