@@ -14,26 +14,21 @@ class TestSimProgram : public QObject {
     Q_OBJECT
 private slots:
     void connecting_fills_the_device_record_data() {
-        // scenario, wire timing realistic; the record: SW, operating hours, the
-        // two alarm words, the flags alarm at 47, second valve layout and O22
-        // source, and timing 9.
-        const Table<QString, bool, QString> row;
+        // scenario; the record: SW, operating hours, the two alarm words, the
+        // flags alarm at 47, second valve layout and O22 source, and timing 9.
+        // (Realistic wire timing connects in the firmware and sim link tests.)
+        const Table<QString, QString> row;
+        row("default", "default", "5121 001234:50 0 0 0 0 0 0");
+        row("family7x", "family7x", "7E5 000412:10 129 4 1 1 1 0");
         // Family "214" sorts before "30": all 14 timings are taken.
-        for (bool realistic : {false, true}) {
-            const char* timing = realistic ? "realistic" : "instant";
-            const auto name = [&](const char* s) { return QByteArray(s) + ' ' + timing; };
-            row(name("default"), "default", realistic, "5121 001234:50 0 0 0 0 0 0");
-            row(name("family7x"), "family7x", realistic, "7E5 000412:10 129 4 1 1 1 0");
-            row(name("old_timings"), "old_timings", realistic, "2141 023817:20 0 0 0 0 0 60");
-        }
+        row("old_timings", "old_timings", "2141 023817:20 0 0 0 0 0 60");
     }
     void connecting_fills_the_device_record() {
-        const auto [scenario, realistic, record] = Table<QString, bool, QString>::fetch();
+        const auto [scenario, record] = Table<QString, QString>::fetch();
         QString error;
         const auto s = sim::load_scenario(scenario, &error);
         QVERIFY2(s, qPrintable(error));
-        LinkedDevice l(*s, realistic ? link::SimLink::WireTiming::realistic
-                                     : link::SimLink::WireTiming::instant);
+        LinkedDevice l(*s);
         AppContext& ctx = l.ctx;
         protocol::connect_routine(ctx);
         QVERIFY(tick_until(
