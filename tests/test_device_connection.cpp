@@ -1,12 +1,9 @@
 // Opening and closing the one device: order of the steps, the messages the
 // technician sees for each failure, silence during automatic reconnection.
 
-#include "app_context.h"
-#include "fake_link.h"
-#include "fake_user_interface.h"
 #include "link/device_connection.h"
-#include "manual_clock.h"
 #include "protocol_harness.h"
+#include "t5_harness.h"
 
 #include <QTest>
 
@@ -15,11 +12,7 @@ using namespace veltrako::testing;
 
 namespace {
 
-struct Harness {
-    ManualClock clock;
-    FakeUserInterface ui;
-    FakeLink* link = new FakeLink;
-    AppContext ctx{clock, ui, std::unique_ptr<link::DeviceLink>(link)};
+struct Harness : FakeLinkContext {
     Harness() {
         for (int n : {2000, 2100, 2200, 2300, 2400, 2500, 2600, 2700, 2800})
             ctx.language.language_text[n] = QStringLiteral("T%1").arg(n);
@@ -76,7 +69,7 @@ private slots:
         }
     }
 
-    void close_reports_and_forgets_the_handle() {
+    void close_and_raw_traffic() {
         Harness h;
         QCOMPARE(link::close_device(h.ctx), link::FT_OK);
         QVERIFY(h.ui.out.isEmpty()); // nothing was open
@@ -86,10 +79,8 @@ private slots:
         QCOMPARE(link::close_device(h.ctx), link::FT_IO_ERROR);
         QCOMPARE(h.ui.out, QString("Error Device Closed: 4\r\n"));
         QCOMPARE(h.ctx.link.device_handle, 0u);
-    }
 
-    void raw_traffic() {
-        Harness h;
+        h.ui.out.clear();
         link::write_raw(h.ctx, "I"); // closed: nothing goes out
         QVERIFY(h.link->written.isEmpty());
         QVERIFY(link::read_raw(h.ctx).isEmpty());

@@ -10,6 +10,7 @@
 #include "manual_clock.h"
 #include "protocol/frame_codec.h"
 #include "protocol/frames.h"
+#include "table.h"
 
 #include <QElapsedTimer>
 #include <QFile>
@@ -98,12 +99,10 @@ private slots:
     // failure must not keep the simulator out of reach, under its own name
     // or under a fixed link to it.
     void opens_and_bytes_cross_unchanged_data() {
-        QTest::addColumn<bool>("through_symlink");
-        QTest::newRow("pseudo-terminal path") << false;
-        QTest::newRow("symbolic link to it") << true;
+        Table<bool>()("pseudo-terminal path", false)("symbolic link to it", true);
     }
     void opens_and_bytes_cross_unchanged() {
-        QFETCH(bool, through_symlink);
+        const auto [through_symlink] = Table<bool>::fetch();
         PtyPeer peer;
         QVERIFY(peer.ok());
         QTemporaryDir dir;
@@ -146,22 +145,21 @@ private slots:
         QCOMPARE(h.payloads, QList<QByteArray>{payload});
     }
 
-    void a_missing_path_counts_no_device() {
+    // A path with nothing behind it counts no device.
+    void pulling_the_cable_gives_a_status_not_a_hang() {
         QTemporaryDir dir;
         link::SerialLink serial(dir.filePath(QStringLiteral("ttyUSB9")));
         std::uint32_t count = 7;
+        link::FtHandle handle = 0;
         QCOMPARE(serial.list_device_count(count), link::FT_OK);
         QCOMPARE(count, 0u);
-        link::FtHandle handle = 0;
         QCOMPARE(serial.open(0, handle), link::FT_DEVICE_NOT_FOUND);
-    }
 
-    void pulling_the_cable_gives_a_status_not_a_hang() {
         auto peer = std::make_unique<PtyPeer>();
         QVERIFY(peer->ok());
         Harness h(peer->path);
         QVERIFY(link::open_device(h.ctx, true));
-        const link::FtHandle handle = h.ctx.link.device_handle;
+        handle = h.ctx.link.device_handle;
         peer.reset();
 
         QElapsedTimer timer;

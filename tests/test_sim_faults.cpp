@@ -72,30 +72,26 @@ private slots:
                  good.isEmpty() ? 0 : 1);
     }
 
-    // Each answer leaves in two parts, the second a few ms after the first,
-    // so a reader in between finds half a frame.
-    void split_answers() {
-        sim::Concentrator device(scenario_from(quiet + "SPLIT_ANSWERS=on\n"));
-        device.receive(protocol::build_frame("?"), 100);
-        const double first = device.next_transmit_ms();
-        const QByteArray head = device.transmit(first);
-        QVERIFY(!head.isEmpty());
-        QVERIFY(frame_payloads(head).isEmpty());
-        const double second = device.next_transmit_ms();
-        QCOMPARE(second - first, sim::Faults::split_gap_ms);
-        QVERIFY(device.transmit(second - 1).isEmpty());
-        QCOMPARE(frame_payloads(head + device.transmit(second)), (QList<QByteArray>{"?5121"}));
-    }
-
     // The answer is due the device's latency plus the delay after the
-    // command, and no earlier.
-    void answer_delay() {
+    // command, and no earlier. A split answer leaves in two parts, the second
+    // a few ms after the first, so a reader in between finds half a frame.
+    void answer_timing() {
         sim::Concentrator device(scenario_from("LATENCY_MS=7\nANSWER_DELAY_MS=100"));
         device.receive(protocol::build_frame("?"), 500);
         const double due = device.next_transmit_ms();
         QCOMPARE(due, 500 + 7 + 100);
         QVERIFY(device.transmit(due - 1).isEmpty());
         QCOMPARE(frame_payloads(device.transmit(due)), (QList<QByteArray>{"?5121"}));
+
+        sim::Concentrator split(scenario_from(quiet + "SPLIT_ANSWERS=on\n"));
+        split.receive(protocol::build_frame("?"), 100);
+        const double first = split.next_transmit_ms();
+        const QByteArray head = split.transmit(first);
+        QVERIFY(!head.isEmpty() && frame_payloads(head).isEmpty());
+        const double second = split.next_transmit_ms();
+        QCOMPARE(second - first, sim::Faults::split_gap_ms);
+        QVERIFY(split.transmit(second - 1).isEmpty());
+        QCOMPARE(frame_payloads(head + split.transmit(second)), (QList<QByteArray>{"?5121"}));
     }
 
     // A pulled cable: the link counts no device, reads and writes fail, and
@@ -123,21 +119,6 @@ private slots:
         QCOMPARE(frame_payloads(link::read_raw(l.ctx)), (QList<QByteArray>{"?5121"}));
     }
 
-    void boot_loader_sync() {
-        Loader d;
-        QCOMPARE(d.send_raw("I"), QByteArray("ae60000 BL1.3\r\n"));
-        // Frames mean nothing to the loader.
-        QVERIFY(d.send_raw(protocol::build_frame("?")).isEmpty());
-        QVERIFY(d.device.in_boot_loader());
-        Loader lost("LOSE_SYNC=on\n");
-        const QByteArray answer = lost.send_raw("I");
-        QVERIFY(!answer.isEmpty() && !answer.startsWith("ae60000"));
-        // Silent means the loader too, which still takes its lines.
-        Loader silent("SILENT=on\n");
-        QVERIFY(silent.send_raw("I" + loader_line(0, "x")).isEmpty());
-        QCOMPARE(silent.device.boot_loader().lines_this_session(), 1);
-    }
-
     void boot_loader_data_lines_data() {
         const Table<QByteArray, QByteArray, int> row; // bytes, answer, lines programmed
         row("good", loader_line(0x1000, "\x01\x02\x03"), ">", 1);
@@ -154,9 +135,12 @@ private slots:
         QCOMPARE(d.device.boot_loader().lines_this_session(), programmed);
     }
 
+    // Sync, lines, and "R" back to the application with the new firmware.
     // The lines programmed are checked end to end by the firmware update test.
-    void boot_loader_restarts_with_the_new_firmware() {
+    void boot_loader_sync_and_restart() {
         Loader d;
+        // Frames mean nothing to the loader.
+        QVERIFY(d.send_raw(protocol::build_frame("?")).isEmpty());
         QCOMPARE(d.send_raw("I" + loader_line(0, "abc") + loader_line(3, "def")),
                  QByteArray("ae60000 BL1.3\r\n>>"));
         QVERIFY(d.send_raw("R").isEmpty());
@@ -169,6 +153,14 @@ private slots:
         Loader unchanged;
         QCOMPARE(frame_payloads(unchanged.send_raw("R" + protocol::build_frame("?"))),
                  (QList<QByteArray>{"?5121"}));
+
+        Loader lost("LOSE_SYNC=on\n");
+        const QByteArray answer = lost.send_raw("I");
+        QVERIFY(!answer.isEmpty() && !answer.startsWith("ae60000"));
+        // Silent means the loader too, which still takes its lines.
+        Loader silent("SILENT=on\n");
+        QVERIFY(silent.send_raw("I" + loader_line(0, "x")).isEmpty());
+        QCOMPARE(silent.device.boot_loader().lines_this_session(), 1);
     }
 };
 

@@ -36,12 +36,7 @@ class TestStatusTable : public QObject {
 private slots:
     void record_lines_data() {
         const Table<QByteArray, bool, QLocale, QString> row; // record, extended, locale, line
-        row("model line, German", model, false, german,
-            "   227  1800  0002     -     -    51     -     -     -     -     -   ---  37,3  37,8  "
-            "5,40  5,40   6,0  83,8  87,2  85,6");
-        row("model line, C: halves still away from zero", model, false, QLocale::c(),
-            "   227  1800  0002     -     -    51     -     -     -     -     -   ---  37.3  37.8  "
-            "5.40  5.40   6.0  83.8  87.2  85.6");
+        // The model record itself: test_status_memory and test_cli (German and C).
         row("extended", extended, true, german,
             "    16  1800 81$    84     -    18 04$     1     -  80,0  69,8   120   ---  37,0  "
             "37,8  "
@@ -72,15 +67,11 @@ private slots:
 
     // Column names and units of the shipped files end where their columns end.
     void shipped_headings_line_up_data() {
-        QTest::addColumn<QString>("code");
-        QTest::addColumn<bool>("is_extended");
-        for (const char* code : {"de", "en"})
-            for (bool e : {false, true})
-                QTest::addRow("%s %s", code, e ? "extended" : "basic") << QString(code) << e;
+        Table<QString, bool>()("de basic", "de", false)("de extended", "de", true)(
+            "en basic", "en", false)("en extended", "en", true);
     }
     void shipped_headings_line_up() {
-        QFETCH(QString, code);
-        QFETCH(bool, is_extended);
+        const auto [code, is_extended] = Table<QString, bool>::fetch();
         config::LanguageTables language;
         FakeUserInterface ui;
         QVERIFY(config::load_language(
