@@ -2,23 +2,10 @@
 // mark it, the typed report outlasts the connection, showing the record fills the controls and
 // counts as unchanged, collecting reads them back, and the device-data picture draws the snapshot.
 
-#include "app_context.h"
-#include "fake_link.h"
-#include "frm_main.h"
-#include "manual_clock.h"
 #include "protocol/poll_cycle.h"
 #include "report/report_record.h"
 #include "report_page.h"
-
-#include <QCheckBox>
-#include <QImage>
-#include <QLabel>
-#include <QLineEdit>
-#include <QPlainTextEdit>
-#include <QPushButton>
-#include <QTabWidget>
-#include <QTest>
-#include <functional>
+#include "t2_harness.h"
 
 using namespace veltrako;
 using namespace veltrako::ui;
@@ -26,18 +13,13 @@ using namespace veltrako::testing;
 
 namespace {
 
-struct Harness {
-    ManualClock clock{QDateTime(QDate(2026, 4, 7), QTime(9, 8, 7), Qt::UTC)};
-    FrmMain form;
-    AppContext ctx{clock, form, std::make_unique<FakeLink>()};
-    Harness() {
-        form.bind(ctx);
+struct Harness : Window {
+    Harness() : Window(QDateTime(QDate(2026, 4, 7), QTime(9, 8, 7), Qt::UTC)) {
         ctx.device.live_valid = true;
         ctx.device.SN = QStringLiteral("VO2-1");
         ctx.device.BSTD = QStringLiteral("000012:30");
         ctx.language.language_text[11011] = QStringLiteral("Seriennummer");
     }
-    template <class T> T* get(const char* name) const { return form.control_as<T>(name); }
     void open_page() {
         form.tab1()->setCurrentIndex(static_cast<int>(Page::geraet));
         form.tab1()->setCurrentIndex(static_cast<int>(Page::protokoll));
