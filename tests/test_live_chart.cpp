@@ -4,16 +4,16 @@
 
 #include "config/language.h"
 #include "live_chart.h"
+#include "t2_harness.h"
 
-#include <QApplication>
 #include <QImage>
 #include <QPainter>
-#include <QTest>
 
 using namespace veltrako;
 using namespace veltrako::ui;
 using device::LiveHistory;
 using device::LiveSample;
+using veltrako::testing::Table;
 
 namespace {
 
@@ -60,19 +60,13 @@ class TestLiveChart : public QObject {
     Q_OBJECT
 private slots:
     void curves_data() {
-        QTest::addColumn<double>("seconds");
-        QTest::addColumn<bool>("pressure_only");
         // O2, flow, set flow, pressure: y drawn, n not drawn, ? not checked.
-        QTest::addColumn<QString>("drawn");
-        QTest::newRow("empty history") << -1.0 << false << "nnnn";
-        QTest::newRow("one sample is marked") << 0.0 << false << "y??y";
-        QTest::newRow("all curves") << 120.0 << false << "yyyy";
-        QTest::newRow("Nur Druck") << 120.0 << true << "nnny";
+        Table<double, bool, QString> row;
+        row("empty history", -1.0, false, "nnnn")("one sample is marked", 0.0, false, "y??y");
+        row("all curves", 120.0, false, "yyyy")("Nur Druck", 120.0, true, "nnny");
     }
     void curves() {
-        QFETCH(double, seconds);
-        QFETCH(bool, pressure_only);
-        QFETCH(QString, drawn);
+        const auto [seconds, pressure_only, drawn] = Table<double, bool, QString>::fetch();
         const Drawing d = draw(ramp(seconds), pressure_only);
         QVERIFY(d.plot.width() > 400 && d.plot.height() > 200);
         QCOMPARE(count(d.image, unpainted, d.image.rect()), 0);
@@ -115,10 +109,6 @@ private slots:
         for (const LiveSample& s : ramp(30))
             history.add(s);
         config::LanguageTables language;
-        language.language_text[4204] = "Pressure (hPa)";
-        QCOMPARE(chart_texts(language).pressure, QString("Pressure (hPa)"));
-        QCOMPARE(chart_texts(language).o2, ChartTexts{}.o2); // no entry: designed text
-
         LiveChart chart;
         chart.resize(640, 320);
         chart.set_source(&history, &language);
