@@ -3,22 +3,15 @@
 // "Gerät", one message when no device is there and a connection by itself
 // when one appears, and the device closed on quitting.
 
-#include "app_context.h"
 #include "box_answers.h"
-#include "frm_main.h"
 #include "link/sim_link.h"
 #include "report_harness.h"
 #include "sim/concentrator.h"
 #include "sim/scenario.h"
 #include "startup.h"
+#include "t2_harness.h"
 
-#include <QApplication>
-#include <QLineEdit>
-#include <QMessageBox>
-#include <QTabWidget>
 #include <QTemporaryDir>
-#include <QTest>
-#include <QTimer>
 
 using namespace veltrako;
 
@@ -68,8 +61,8 @@ private slots:
         veltrako::testing::BoxAnswers boxes;
         Program program(steady_device);
         program.start();
-        QCOMPARE(program.ctx->timer1.interval(), 20); // from veltrako2.ini
-        QCOMPARE(program.form.tab1()->tabText(0), QString("Gerät"));
+        QCOMPARE(program.ctx->timer1.interval(), 20);                // from veltrako2.ini
+        QCOMPARE(program.form.tab1()->tabText(0), QString("Gerät")); // the language file read
         QCOMPARE(program.form.tab1()->currentIndex(), 0);
         QTRY_COMPARE_WITH_TIMEOUT(program.text("t_o2"), QString("91"), 5000);
         QCOMPARE(program.text("t_sn").trimmed(), QString("VO2-START"));
@@ -96,17 +89,6 @@ private slots:
         program.plug(true);
         QTRY_COMPARE_WITH_TIMEOUT(program.text("t_o2"), QString("91"), 5000);
         QCOMPARE(boxes.texts.size(), 1);
-    }
-
-    void missing_language_file_leaves_captions_empty() {
-        veltrako::testing::BoxAnswers boxes;
-        Program program(steady_device);
-        QFile::remove(program.dir.filePath("langde.txt"));
-        program.start();
-        QTRY_COMPARE_WITH_TIMEOUT(boxes.texts.size(), 1, 3000);
-        QCOMPARE(boxes.texts[0], QString("Language File could not be loaded."));
-        QVERIFY(program.form.tab1()->tabText(0).isEmpty());
-        QVERIFY(program.form.windowTitle().isEmpty());
     }
 };
 
