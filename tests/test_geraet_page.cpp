@@ -15,7 +15,6 @@
 #include "test_bytes.h"
 
 #include <QDir>
-#include <QFile>
 #include <QFocusEvent>
 #include <QRegularExpression>
 #include <QStyle>
@@ -213,14 +212,12 @@ private slots:
     }
     void page_fits_every_family() {
         const auto [scenario, window] = Table<QString, QSize>::fetch();
-        QFile file(scenario);
-        QVERIFY(file.open(QIODevice::ReadOnly));
         // The family's values without its faults: a lost answer would end in
         // a message box, and the values are what counts here.
         static const QRegularExpression fault(
             "^(SILENT|DROP_EVERY|CORRUPT_CRC_EVERY|GARBAGE_BETWEEN_FRAMES|SPLIT_ANSWERS|UNPLUG)=");
         QByteArray scenario_text;
-        for (const QByteArray& line : file.readAll().split('\n'))
+        for (const QByteArray& line : read_file(scenario).split('\n'))
             if (!fault.match(QString::fromUtf8(line)).hasMatch())
                 scenario_text += line + '\n';
         PageHarness p(scenario_text);
