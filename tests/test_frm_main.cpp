@@ -76,7 +76,8 @@ private slots:
         QVERIFY(form.chart()->pressure_only());
     }
 
-    void live_record_reaches_the_page() {
+    // A device record fills the page; once cleared, the page is blank again.
+    void record_fills_then_clearing_blanks_the_page() {
         Window h;
         QVERIFY(link::open_device(h.ctx, true));
         device::DeviceRecord& r = h.ctx.device;
@@ -92,6 +93,8 @@ private slots:
         r.family_code = "50";
         r.SW = "501";
         device::detect_device_type(r);
+        h.ctx.live_history.add({0, 90, 2, 2, 1000});
+        h.ctx.live_history.add({1, 95, 3, 2, 1040});
         h.form.device_record_changed();
         QCOMPARE(h.get<QLineEdit>("t_sn")->text(), QString("SN 4711"));
         QCOMPARE(h.get<QLineEdit>("t_gastemp")->text(), QString("37,3"));
@@ -110,30 +113,18 @@ private slots:
         r.LP = "12346";
         r.o22_source = true;
         r.alarmstufe = 3;
+        r.ventile = 6;
+        r.alarme = 0xFF;
         h.form.device_record_changed();
         QVERIFY(!h.get("cmd_togglelp")->isEnabled());
         QCOMPARE(h.colour("lbl_Alarmmid"), red);
         QVERIFY(h.get("lbl_Alarmlow")->isHidden());
-    }
 
-    void cleared_record_blanks_the_page() {
-        Window h;
-        device::DeviceRecord& r = h.ctx.device;
-        r.live_valid = true;
-        r.SN = "SN 4711";
-        r.phase = 3;
-        r.ventile = 6;
-        r.alarme = 0xFF;
-        r.zeiten[0] = 100;
-        h.ctx.live_history.add({0, 90, 2, 2, 1000});
-        h.ctx.live_history.add({1, 95, 3, 2, 1040});
-        h.form.device_record_changed();
         const QImage plotted = h.form.chart()->grab().toImage();
         h.get<QLineEdit>("t_krankenkasse")->setText("AOK");
         h.get<QPlainTextEdit>("sysstatout")->setPlainText("table");
         h.get("cmd_setsn")->show();
         set_locked(h.get("cb_t", 0), false);
-
         device::clear_device_record(r);
         h.form.device_record_changed();
         QVERIFY(h.form.chart()->grab().toImage() != plotted); // no curves until data is valid

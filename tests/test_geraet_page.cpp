@@ -71,7 +71,7 @@ struct PageHarness {
 class TestGeraetPage : public QObject {
     Q_OBJECT
 private slots:
-    void selector_writes_only_the_users_choice() {
+    void selector_and_serial_number_write_only_the_users_choice() {
         PageHarness p("NOISE=off\n");
         auto* box = p.form.control_as<QComboBox>("cb_vs", 0);
         QCOMPARE(box->currentIndex(), 4);
@@ -93,10 +93,8 @@ private slots:
         QApplication::sendEvent(timing, &wheel);
         QCOMPARE(timing->currentIndex(), 144); // turned over in passing: unchanged
         QVERIFY(p.queued().isEmpty());
-    }
 
-    void serial_number_box_keeps_what_is_typed() {
-        PageHarness p("NOISE=off\n");
+        // The serial-number box keeps what is being typed until it is written.
         auto* t_sn = p.form.control_as<QLineEdit>("t_sn");
         QWidget* setsn = p.form.control("cmd_setsn");
         QVERIFY(setsn->isHidden());
