@@ -31,7 +31,7 @@ struct Harness : Window {
 class TestReportPage : public QObject {
     Q_OBJECT
 private slots:
-    void revisiting_the_page_starts_a_fresh_report() {
+    void fresh_report_shown_and_collected() {
         Harness h;
         h.open_page();
         QVERIFY(!h.ctx.report.report_changed);
@@ -58,11 +58,8 @@ private slots:
         // Without live device data there is nothing to save or print.
         QVERIFY(!h.get<QPushButton>("cmd_save")->isEnabled());
         QVERIFY(!h.form.control("frm_protokoll")->isEnabled());
-    }
 
-    void show_and_collect() {
-        Harness h;
-        h.open_page();
+        // Showing the record fills the controls, collecting reads them back.
         h.get<QCheckBox>("ck_Ansaugtest")->setChecked(true);
         report::ReportRecord& r = h.ctx.report;
         r.set_value(QStringLiteral("t_Bemerkungen"), QStringLiteral("eins\r\nzwei"));
