@@ -5,16 +5,16 @@
 #include "config/language.h"
 #include "controls.h"
 #include "frm_wait.h"
+#include "report_harness.h"
 #include "t2_harness.h"
 
 #include <QDirIterator>
-#include <QFile>
 #include <QRegularExpression>
 #include <QStringDecoder>
 
 using namespace veltrako;
 using namespace veltrako::ui;
-using veltrako::testing::Table;
+using namespace veltrako::testing;
 
 namespace {
 
@@ -27,12 +27,9 @@ struct Parsed {
 // number|size|text), but stricter: the text may be neither empty nor hold a
 // "|" (the program would cut it off there), and no number may come twice.
 Parsed parse(const QString& file_name) {
-    QFile file(QApplication::applicationDirPath() + '/' + file_name);
-    if (!file.open(QIODevice::ReadOnly))
-        return {{}, {"cannot open " + file.fileName()}};
-    Parsed result;
+    Parsed result; // a missing file reads as "<missing>", no entry
     QStringDecoder utf8(QStringDecoder::Utf8);
-    const QString content = utf8(file.readAll());
+    const QString content = utf8(read_file(QApplication::applicationDirPath() + '/' + file_name));
     if (utf8.hasError())
         result.errors << "not UTF-8";
     static const QRegularExpression entry(QStringLiteral(R"(^(\d{1,5})\|(\d{1,3})\|([^|]+)$)"));
@@ -79,11 +76,9 @@ QSet<int> message_numbers_in_code() {
                         {QStringLiteral("*.cpp"), QStringLiteral("*.h")}, QDir::Files,
                         QDirIterator::Subdirectories);
         while (it.hasNext()) {
-            QFile file(it.next());
-            if (file.open(QIODevice::ReadOnly))
-                for (const QRegularExpressionMatch& m :
-                     call.globalMatch(QString::fromUtf8(file.readAll())))
-                    numbers.insert(m.captured(1).toInt());
+            for (const QRegularExpressionMatch& m :
+                 call.globalMatch(QString::fromUtf8(read_file(it.next()))))
+                numbers.insert(m.captured(1).toInt());
         }
     }
     return numbers;
