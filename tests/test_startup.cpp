@@ -2,7 +2,6 @@
 // the in-process simulator: settings and language texts read, live values on
 // "Gerät" by the program's own timer, and the device closed on quitting.
 
-#include "box_answers.h"
 #include "link/sim_link.h"
 #include "report_harness.h"
 #include "sim/concentrator.h"

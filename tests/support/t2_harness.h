@@ -3,6 +3,7 @@
 // window tests that click, type and read controls, and answer modal windows.
 
 #include "app_context.h"
+#include "box_answers.h"
 #include "fake_link.h"
 #include "frm_main.h"
 #include "manual_clock.h"
