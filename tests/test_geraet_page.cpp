@@ -3,7 +3,6 @@
 // keeps what is being typed, the acoustic pictures and the timing buttons
 // send, and the preset buttons show the files found.
 
-#include "config/language.h"
 #include "controls.h"
 #include "link/sim_link.h"
 #include "protocol/poll_cycle.h"

@@ -5,7 +5,6 @@
 #include "live_chart.h"
 #include "t2_harness.h"
 
-#include <QImage>
 #include <QPainter>
 
 using namespace veltrako;
