@@ -13,7 +13,6 @@
 #include "test_bytes.h"
 
 #include <QDir>
-#include <QFocusEvent>
 #include <QRegularExpression>
 #include <QStyle>
 #include <QStyleOptionFrame>
