@@ -1,8 +1,7 @@
-// The main window offscreen: unique Tags, the tab strip
-// and menu, growth with the window, the live page refreshed from a real
-// device record, the status bar and the controls that follow the connection,
-// the hand-operated link buttons, quitting, frm_wait, and the dialogs behind
-// the UserInterface calls.
+// The main window offscreen: the live page filled from a device record and
+// blanked again, the status bar and the controls that follow the connection,
+// quitting, the status page, the hand-operated link buttons, the connect
+// menu, and the dialogs behind the UserInterface calls.
 
 #include "controls.h"
 #include "dialogs.h"
