@@ -3,20 +3,16 @@
 // control, and empty captions when there is no language file.
 
 #include "apply_language.h"
-#include "frm_main.h"
-#include "report_harness.h"
+#include "t2_harness.h"
 
 #include <QAction>
 #include <QGroupBox>
-#include <QLabel>
 #include <QMenu>
-#include <QPushButton>
 #include <QTabBar>
-#include <QTabWidget>
-#include <QTest>
 
 using namespace veltrako;
 using config::LanguageTables;
+using testing::Table;
 using ui::FrmMain;
 
 namespace {
@@ -32,19 +28,18 @@ class TestApplyLanguage : public QObject {
     Q_OBJECT
 private slots:
     void captions_data() {
-        QTest::addColumn<QString>("tab_entry"); // none: no language file
-        // Title, the five tabs, men_datei, men_beenden, cmd_setsn, frmZeiten, lbl_AlarmT.
-        QTest::addColumn<QString>("captions");
-        testing::row("from the file", "Gerät/Protokoll",
-                     "veltrako2 Service|Gerät|Protokoll|Compliance|System Status|Entwickler|"
-                     "File|Quit|Set|Times|T");
-        testing::row("surplus tab pieces ignored", "A/B//D/E/F",
-                     "veltrako2 Service|A|B||D|E|File|Quit|Set|Times|T");
-        testing::row("no language file", "",
-                     "||Protokoll|Compliance|System Status|Entwickler|||||");
+        // The tab entry (none: no language file), then the title, the five tabs,
+        // men_datei, men_beenden, cmd_setsn, frmZeiten, lbl_AlarmT.
+        Table<QString, QString> row;
+        row("from the file", "Gerät/Protokoll",
+            "veltrako2 Service|Gerät|Protokoll|Compliance|System Status|Entwickler|"
+            "File|Quit|Set|Times|T");
+        row("surplus tab pieces ignored", "A/B//D/E/F",
+            "veltrako2 Service|A|B||D|E|File|Quit|Set|Times|T");
+        row("no language file", "", "||Protokoll|Compliance|System Status|Entwickler|||||");
     }
     void captions() {
-        QFETCH(QString, tab_entry);
+        const auto [tab_entry, captions] = Table<QString, QString>::fetch();
         FrmMain form;
         const int designed = form.control("lbl_t", 0)->font().pointSize();
         const bool file = !tab_entry.isEmpty();
@@ -67,7 +62,7 @@ private slots:
             << form.control_as<QPushButton>("cmd_setsn")->text()
             << form.control_as<QGroupBox>("frmZeiten")->title()
             << form.control_as<QLabel>("lbl_AlarmT")->text();
-        QTEST(got.join('|'), "captions");
+        QCOMPARE(got.join('|'), captions);
 
         // A size belongs to the one control its entry names.
         QCOMPARE(form.tab1()->tabBar()->font().pointSize(), file ? 10 : designed);

@@ -8,10 +8,12 @@
 #include "device/device_record.h"
 #include "device/device_view.h"
 #include "device/parameter_values.h"
+#include "table.h"
 
 #include <QTest>
 
 using namespace veltrako::device;
+using veltrako::testing::Table;
 
 namespace {
 
@@ -22,6 +24,8 @@ DeviceRecord live_record() {
 }
 
 const QLocale german(QLocale::German, QLocale::Germany);
+using Shades = Table<int, int, int, int, int, QString>;
+using Models = Table<QString, QString, QString>;
 
 } // namespace
 
@@ -29,17 +33,9 @@ class TestDeviceView : public QObject {
     Q_OBJECT
 private slots:
     void shades_data() {
-        QTest::addColumn<int>("source"); // 1: second valve layout, 2: O22 from alarme2
-        QTest::addColumn<int>("ventile");
-        QTest::addColumn<int>("alarme");
-        QTest::addColumn<int>("alarme2");
-        QTest::addColumn<int>("level");
-        QTest::addColumn<QString>("expected"); // in the order of the controls in shades()
-        const auto row = [](const char* name, int source, int ventile, int alarme, int alarme2,
-                            int level, const char* expected) {
-            QTest::newRow(name) << source << ventile << alarme << alarme2 << level
-                                << QString(expected).remove(' ');
-        };
+        // Source 1: second valve layout, 2: O22 from alarme2. Expected in the
+        // order of the controls in shades().
+        Shades row;
         row("all clear: inlet E1 open", 0, 0, 0, 0, 0, "rwwwu gggugggg ggg ggg");
         row("E2; T, Volhi; level 1", 0, 1, 0x81, 0, 1, "wrwwu rggugggr rgg ggg");
         row("A1, A2; O21; level 2", 0, 6, 0x02, 0, 2, "rwrru grgugggg grg rgg");
@@ -57,12 +53,7 @@ private slots:
         row("O22 source: level 3 leaves the labels", 2, 0, 0, 0, 3, "rwwwu gggggggg uuu gug");
     }
     void shades() {
-        QFETCH(int, source);
-        QFETCH(int, ventile);
-        QFETCH(int, alarme);
-        QFETCH(int, alarme2);
-        QFETCH(int, level);
-        QFETCH(QString, expected);
+        const auto [source, ventile, alarme, alarme2, level, expected] = Shades::fetch();
         DeviceRecord r = live_record();
         r.valve_layout = source == 1;
         r.o22_source = source == 2;
@@ -80,37 +71,30 @@ private slots:
             const Shade x = view.shade(c);
             got += x == Shade::red ? 'r' : x == Shade::green ? 'g' : x == Shade::white ? 'w' : 'u';
         }
-        QCOMPARE(got, expected);
+        QCOMPARE(got, QString(expected).remove(' '));
     }
 
     void low_power_button_data() {
-        QTest::addColumn<QString>("lp");
-        QTest::addColumn<bool>("enabled");
-        QTest::newRow("12344") << "12344" << true;
-        QTest::newRow("12345") << "12345" << true;
-        QTest::newRow("12346") << "12346" << false;
-        QTest::newRow("4") << "4" << false;
+        Table<QString, bool> row;
+        row("12344", "12344", true)("12345", "12345", true)("12346", "12346", false)("4", "4",
+                                                                                     false);
     }
     void low_power_button() {
-        QFETCH(QString, lp);
-        QFETCH(bool, enabled);
+        const auto [lp, enabled] = Table<QString, bool>::fetch();
         DeviceRecord r = live_record();
         r.LP = lp;
         QCOMPARE(make_device_tab_view(r, QLocale::c(), QLocale::c()).togglelp_enabled, enabled);
     }
 
     void value_texts_data() {
-        QTest::addColumn<bool>("filled");
-        QTest::addColumn<QString>("texts"); // in the order value_texts() lists the boxes
-        QTest::newRow("filled") << true
-                                << "001234:50|999|3/2/2026 14:05:09|343,3|1013|37,3|46|12345|95|"
-                                   "12,5|0,0|SN 0815|24,0|7012|100,0|0,3|2,0|7";
-        QTest::newRow("empty record, zero date")
-            << false << "|||0,0|0|0,0|0||0|0,0|0,0||0,0||0,0|0,0|0,0|0";
+        Table<bool, QString> row; // the texts in the order value_texts() lists the boxes
+        row("filled", true,
+            "001234:50|999|3/2/2026 14:05:09|343,3|1013|37,3|46|12345|95|12,5|0,0|SN 0815|24,0|"
+            "7012|100,0|0,3|2,0|7");
+        row("empty record, zero date", false, "|||0,0|0|0,0|0||0|0,0|0,0||0,0||0,0|0,0|0,0|0");
     }
     void value_texts() {
-        QFETCH(bool, filled);
-        QFETCH(QString, texts);
+        const auto [filled, texts] = Table<bool, QString>::fetch();
         DeviceRecord r = live_record();
         if (filled) {
             r.BSTD = "001234:50";
@@ -146,14 +130,8 @@ private slots:
     }
 
     void model_controls_data() {
-        QTest::addColumn<QString>("family");
-        QTest::addColumn<QString>("sw");
         // SP-valve, Rest alarm, low level, acoustic, acoustic O22, flow selectors, timings 7-13
-        QTest::addColumn<QString>("shown");
-        const auto row = [](const char* name, const char* family, const char* sw,
-                            const char* shown) {
-            QTest::newRow(name) << QString(family) << QString(sw) << QString(shown);
-        };
+        Models row;
         row("old family 21", "21", "212", "0010001");
         row("family 50", "50", "501", "0011100");
         row("family 51 has flow selectors", "51", "7112", "0011110");
@@ -161,9 +139,7 @@ private slots:
         row("family 7F: second valve layout", "7F", "7F1", "1101010");
     }
     void model_controls() {
-        QFETCH(QString, family);
-        QFETCH(QString, sw);
-        QFETCH(QString, shown);
+        const auto [family, sw, shown] = Models::fetch();
         DeviceRecord r = live_record();
         r.family_code = family;
         r.SW = sw;
@@ -178,40 +154,24 @@ private slots:
 
     // What the report and the command line's info print for a value is what
     // the page's box shows, never the binary fraction behind it.
-    void parameter_values_read_as_the_page_data() {
-        QTest::addColumn<QString>("key");
-        QTest::addColumn<QString>("text");
-        QTest::newRow("GASTEMP") << "GASTEMP"
-                                 << "25,2";
-        QTest::newRow("O2 half up") << "O2"
-                                    << "95";
-        QTest::newRow("VOLUMENSTROM") << "VOLUMENSTROM"
-                                      << "0,3";
-        QTest::newRow("KOMPRESSORTEMP") << "KOMPRESSORTEMP"
-                                        << "46";
-        QTest::newRow("schall") << "schall"
-                                << "343,3";
-        QTest::newRow("spannung") << "spannung"
-                                  << "24,0";
-        QTest::newRow("live_time") << "live_time"
-                                   << "12,04";
-    }
     void parameter_values_read_as_the_page() {
-        QFETCH(QString, key);
-        QFETCH(QString, text);
         DeviceRecord r = live_record();
         r.GASTEMP = 25.249999999999996;
-        r.O2 = 94.5;
+        r.O2 = 94.5; // half up
         r.VOLUMENSTROM = 20 * 0.0125;
         r.KOMPRESSORTEMP = 45.5;
         r.schall = 343.25;
         r.spannung = 820 * 24.0 / 820;
         r.live_time = 301 * 0.04;
-        QString got = parameter_value(r, key, german);
-        for (const auto& [name, value] : live_fields(r, german))
-            if (name == key)
-                got = value;
-        QCOMPARE(got, text);
+        QStringList got;
+        for (const char* key : {"GASTEMP", "O2", "VOLUMENSTROM", "KOMPRESSORTEMP", "schall",
+                                "spannung", "live_time"}) {
+            got << parameter_value(r, key, german);
+            for (const auto& [name, value] : live_fields(r, german))
+                if (name == key)
+                    got.last() = value;
+        }
+        QCOMPARE(got.join('|'), QString("25,2|95|0,3|46|343,3|24,0|12,04"));
     }
 };
 

@@ -3,57 +3,27 @@
 // keeps what is being typed, the acoustic pictures and the timing buttons
 // send, and the preset buttons show the files found.
 
-#include "app_context.h"
-#include "box_answers.h"
-#include "config/language.h"
 #include "controls.h"
-#include "frm_main.h"
 #include "link/sim_link.h"
-#include "manual_clock.h"
 #include "protocol/poll_cycle.h"
+#include "report_harness.h"
 #include "sim/concentrator.h"
 #include "sim/scenario.h"
+#include "t2_harness.h"
 #include "test_bytes.h"
 
-#include <QApplication>
-#include <QComboBox>
 #include <QDir>
-#include <QFile>
-#include <QFocusEvent>
-#include <QLabel>
-#include <QLineEdit>
-#include <QMessageBox>
-#include <QPushButton>
 #include <QRegularExpression>
 #include <QStyle>
 #include <QStyleOptionFrame>
 #include <QTemporaryDir>
-#include <QTest>
-#include <QTimer>
 #include <QWheelEvent>
-
-#include <cmath>
 
 using namespace veltrako;
 using namespace veltrako::ui;
 using namespace veltrako::testing;
 
 namespace {
-
-// Contrast ratio of two colours as the web's accessibility rules define it:
-// (L1 + 0.05) / (L2 + 0.05) of their relative luminances.
-double contrast(const QColor& a, const QColor& b) {
-    const auto luminance = [](const QColor& c) {
-        const auto channel = [](double v) {
-            return v <= 0.03928 ? v / 12.92 : std::pow((v + 0.055) / 1.055, 2.4);
-        };
-        return 0.2126 * channel(c.redF()) + 0.7152 * channel(c.greenF()) +
-               0.0722 * channel(c.blueF());
-    };
-    const double la = luminance(a);
-    const double lb = luminance(b);
-    return (std::max(la, lb) + 0.05) / (std::min(la, lb) + 0.05);
-}
 
 struct PageHarness {
     explicit PageHarness(const QByteArray& scenario, const QString& program_dir = {})
@@ -98,7 +68,7 @@ struct PageHarness {
 class TestGeraetPage : public QObject {
     Q_OBJECT
 private slots:
-    void selector_writes_only_the_users_choice() {
+    void selector_and_serial_number_write_only_the_users_choice() {
         PageHarness p("NOISE=off\n");
         auto* box = p.form.control_as<QComboBox>("cb_vs", 0);
         QCOMPARE(box->currentIndex(), 4);
@@ -120,10 +90,8 @@ private slots:
         QApplication::sendEvent(timing, &wheel);
         QCOMPARE(timing->currentIndex(), 144); // turned over in passing: unchanged
         QVERIFY(p.queued().isEmpty());
-    }
 
-    void serial_number_box_keeps_what_is_typed() {
-        PageHarness p("NOISE=off\n");
+        // The serial-number box keeps what is being typed until it is written.
         auto* t_sn = p.form.control_as<QLineEdit>("t_sn");
         QWidget* setsn = p.form.control("cmd_setsn");
         QVERIFY(setsn->isHidden());
@@ -175,18 +143,13 @@ private slots:
 
     void preset_buttons_show_the_files() {
         QTemporaryDir dir;
-        QFile f(dir.filePath("Zeiten_3.txt"));
-        QVERIFY(f.open(QIODevice::WriteOnly));
-        f.write("TITEL1=Hoch\r\nTITEL2=ab 4 l\r\nZEIT_VORLAUF=90\r\n");
-        f.close();
+        QVERIFY(write_file(dir.filePath("Zeiten_3.txt"),
+                           "TITEL1=Hoch\r\nTITEL2=ab 4 l\r\nZEIT_VORLAUF=90\r\n"));
         PageHarness p("NOISE=off\nSW=7E5\n", dir.path() + '/');
-        for (int n = 1; n <= 3; ++n)
-            QVERIFY(!p.form.control("cmdPresetZeiten", n)->isHidden());
         auto* three = p.form.control_as<QPushButton>("cmdPresetZeiten", 3);
         QVERIFY(three->isEnabled());
         QCOMPARE(three->text(), QString("Hoch\nab 4 l"));
         QVERIFY(!p.form.control("cmdPresetZeiten", 1)->isEnabled());
-        QCOMPARE(p.form.control_as<QPushButton>("cmdPresetZeiten", 1)->text(), QString("---"));
         // The question before, and the closing message of the preset.
         BoxAnswers boxes({QMessageBox::Yes, QMessageBox::Ok});
         three->click();
@@ -230,27 +193,23 @@ private slots:
     }
 
     void page_fits_every_family_data() {
-        QTest::addColumn<QString>("scenario");
-        QTest::addColumn<QSize>("window");
         const QDir folder(QStringLiteral(VELTRAKO_SOURCE_DIR "/sim/scenarios"));
         const QStringList files = folder.entryList({"*.scn"}, QDir::Files);
         QVERIFY(files.size() >= 5);
+        Table<QString, QSize> row;
         for (const QString& file : files)
             for (const QSize size : {QSize(1024, 768), QSize(1400, 1000)})
-                QTest::addRow("%s %dx%d", qPrintable(file), size.width(), size.height())
-                    << folder.filePath(file) << size;
+                row(QString("%1 %2x%3").arg(file).arg(size.width()).arg(size.height()).toUtf8(),
+                    folder.filePath(file), size);
     }
     void page_fits_every_family() {
-        QFETCH(QString, scenario);
-        QFETCH(QSize, window);
-        QFile file(scenario);
-        QVERIFY(file.open(QIODevice::ReadOnly));
+        const auto [scenario, window] = Table<QString, QSize>::fetch();
         // The family's values without its faults: a lost answer would end in
         // a message box, and the values are what counts here.
         static const QRegularExpression fault(
             "^(SILENT|DROP_EVERY|CORRUPT_CRC_EVERY|GARBAGE_BETWEEN_FRAMES|SPLIT_ANSWERS|UNPLUG)=");
         QByteArray scenario_text;
-        for (const QByteArray& line : file.readAll().split('\n'))
+        for (const QByteArray& line : read_file(scenario).split('\n'))
             if (!fault.match(QString::fromUtf8(line)).hasMatch())
                 scenario_text += line + '\n';
         PageHarness p(scenario_text);
@@ -282,14 +241,6 @@ private slots:
                 box->textMargins().left() - box->textMargins().right() - 2 * 2;
             QVERIFY2(box->fontMetrics().horizontalAdvance(it.value()) <= room,
                      qPrintable(it.key() + ": " + it.value()));
-        }
-        // Lamp texts stay readable on red and green alike.
-        for (QWidget* lamp :
-             p.form.findChildren<QLabel*>(QRegularExpression("^lbl_(Alarm|Ventil)"))) {
-            const QPalette colours = lamp->palette();
-            QVERIFY2(contrast(colours.color(QPalette::Window),
-                              colours.color(QPalette::WindowText)) >= 4.5,
-                     qPrintable(lamp->objectName()));
         }
         QWidget* values = p.form.control("frm_messwerte");
         QWidget* phase = p.form.control("lbl_Phase");

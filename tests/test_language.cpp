@@ -3,6 +3,7 @@
 #include "config/language.h"
 #include "fake_user_interface.h"
 #include "report_harness.h"
+#include "table.h"
 
 using namespace veltrako;
 using namespace veltrako::config;
@@ -19,39 +20,36 @@ QStringList entries(const LanguageTables& tables) {
     return out;
 }
 
+using Load = Table<QByteArray, bool, QStringList>;
+
 } // namespace
 
 class TestLanguage : public QObject {
     Q_OBJECT
 private slots:
     void load_data() {
-        QTest::addColumn<QByteArray>("file"); // null: no file at all
-        QTest::addColumn<bool>("ok");
-        QTest::addColumn<QStringList>("stored");
+        Load row; // file (null: no file at all), loads, entries stored
         // A Windows editor puts a byte order mark first.
         row("comment after a byte order mark and blanks",
-            QByteArray("\xEF\xBB\xBF   * 11000|0|nicht\r\n11001|0|Datei\r\n"), true,
-            QStringList{"11001|0|Datei"});
-        row("the later line wins", QByteArray("11000|0|Alt\r\n11000|12|Neu\r\n"), true,
-            QStringList{"11000|12|Neu"});
-        row("first and last number", QByteArray("0|0|Null\r\n20000|255|Ende\r\n"), true,
-            QStringList{"0|0|Null", "20000|255|Ende"});
+            "\xEF\xBB\xBF   * 11000|0|nicht\r\n11001|0|Datei\r\n", true, {"11001|0|Datei"});
+        row("the later line wins", "11000|0|Alt\r\n11000|12|Neu\r\n", true, {"11000|12|Neu"});
+        row("first and last number", "0|0|Null\r\n20000|255|Ende\r\n", true,
+            {"0|0|Null", "20000|255|Ende"});
         const QStringList first_only{"11000|0|A"};
-        row("20001 stops, later lines unread",
-            QByteArray("11000|0|A\r\n20001|0|B\r\n11001|0|C\r\n"), false, first_only);
-        row("size 256", QByteArray("11000|0|A\r\n11001|256|B\r\n11002|0|C\r\n"), false, first_only);
-        row("two fields", QByteArray("11000|0|A\r\n11001|0\r\n11002|0|C\r\n"), false, first_only);
+        row("20001 stops, later lines unread", "11000|0|A\r\n20001|0|B\r\n11001|0|C\r\n", false,
+            first_only);
+        row("size 256", "11000|0|A\r\n11001|256|B\r\n11002|0|C\r\n", false, first_only);
+        row("two fields", "11000|0|A\r\n11001|0\r\n11002|0|C\r\n", false, first_only);
         row("UTF-8 text survives, up to the next bar",
-            QByteArray("11001|10|Ger\xC3\xA4t/Pr\xC3\xBC"
-                       "fer \xE2\x80\x93 \xC2\xB0"
-                       "C|Rest\r\n"),
-            true, QStringList{"11001|10|Gerät/Prüfer – °C"});
-        row("missing file", QByteArray(), false, QStringList{});
+            "11001|10|Ger\xC3\xA4t/Pr\xC3\xBC"
+            "fer \xE2\x80\x93 \xC2\xB0"
+            "C|Rest\r\n",
+            true, {"11001|10|Gerät/Prüfer – °C"});
+        row("missing file", QByteArray(), false, {});
     }
     // Each file is loaded over the texts of an earlier one, which must not survive.
     void load() {
-        QFETCH(QByteArray, file);
-        QFETCH(bool, ok);
+        const auto [file, ok, stored] = Load::fetch();
         QTemporaryDir dir;
         const QString earlier = dir.filePath(QStringLiteral("langen.txt"));
         const QString path = dir.filePath(QStringLiteral("langde.txt"));
@@ -63,7 +61,7 @@ private slots:
         QCOMPARE(load_language(tables, path, ui), ok);
         const QString message = QStringLiteral("Language File could not be loaded.");
         QCOMPARE(ui.messages, ok ? QStringList{} : QStringList{message});
-        QTEST(entries(tables), "stored");
+        QCOMPARE(entries(tables), stored);
     }
 };
 

@@ -2,18 +2,16 @@
 // history, one sample, a full plot and "Nur Druck"; a restarted time axis;
 // and the widget, which stays empty until live data is valid.
 
-#include "config/language.h"
 #include "live_chart.h"
+#include "t2_harness.h"
 
-#include <QApplication>
-#include <QImage>
 #include <QPainter>
-#include <QTest>
 
 using namespace veltrako;
 using namespace veltrako::ui;
 using device::LiveHistory;
 using device::LiveSample;
+using veltrako::testing::Table;
 
 namespace {
 
@@ -60,19 +58,13 @@ class TestLiveChart : public QObject {
     Q_OBJECT
 private slots:
     void curves_data() {
-        QTest::addColumn<double>("seconds");
-        QTest::addColumn<bool>("pressure_only");
         // O2, flow, set flow, pressure: y drawn, n not drawn, ? not checked.
-        QTest::addColumn<QString>("drawn");
-        QTest::newRow("empty history") << -1.0 << false << "nnnn";
-        QTest::newRow("one sample is marked") << 0.0 << false << "y??y";
-        QTest::newRow("all curves") << 120.0 << false << "yyyy";
-        QTest::newRow("Nur Druck") << 120.0 << true << "nnny";
+        Table<double, bool, QString> row;
+        row("empty history", -1.0, false, "nnnn")("one sample is marked", 0.0, false, "y??y");
+        row("all curves", 120.0, false, "yyyy")("Nur Druck", 120.0, true, "nnny");
     }
     void curves() {
-        QFETCH(double, seconds);
-        QFETCH(bool, pressure_only);
-        QFETCH(QString, drawn);
+        const auto [seconds, pressure_only, drawn] = Table<double, bool, QString>::fetch();
         const Drawing d = draw(ramp(seconds), pressure_only);
         QVERIFY(d.plot.width() > 400 && d.plot.height() > 200);
         QCOMPARE(count(d.image, unpainted, d.image.rect()), 0);
@@ -114,14 +106,9 @@ private slots:
         LiveHistory history;
         for (const LiveSample& s : ramp(30))
             history.add(s);
-        config::LanguageTables language;
-        language.language_text[4204] = "Pressure (hPa)";
-        QCOMPARE(chart_texts(language).pressure, QString("Pressure (hPa)"));
-        QCOMPARE(chart_texts(language).o2, ChartTexts{}.o2); // no entry: designed text
-
         LiveChart chart;
         chart.resize(640, 320);
-        chart.set_source(&history, &language);
+        chart.set_source(&history, nullptr); // the designed texts
         const QRect plot =
             live_chart_plot_area(chart.fontMetrics(), chart.rect(), chart_ranges({}), false);
         for (bool valid : {false, true}) {

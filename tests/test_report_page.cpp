@@ -2,23 +2,10 @@
 // mark it, the typed report outlasts the connection, showing the record fills the controls and
 // counts as unchanged, collecting reads them back, and the device-data picture draws the snapshot.
 
-#include "app_context.h"
-#include "fake_link.h"
-#include "frm_main.h"
-#include "manual_clock.h"
 #include "protocol/poll_cycle.h"
 #include "report/report_record.h"
 #include "report_page.h"
-
-#include <QCheckBox>
-#include <QImage>
-#include <QLabel>
-#include <QLineEdit>
-#include <QPlainTextEdit>
-#include <QPushButton>
-#include <QTabWidget>
-#include <QTest>
-#include <functional>
+#include "t2_harness.h"
 
 using namespace veltrako;
 using namespace veltrako::ui;
@@ -26,18 +13,13 @@ using namespace veltrako::testing;
 
 namespace {
 
-struct Harness {
-    ManualClock clock{QDateTime(QDate(2026, 4, 7), QTime(9, 8, 7), Qt::UTC)};
-    FrmMain form;
-    AppContext ctx{clock, form, std::make_unique<FakeLink>()};
-    Harness() {
-        form.bind(ctx);
+struct Harness : Window {
+    Harness() : Window(QDateTime(QDate(2026, 4, 7), QTime(9, 8, 7), Qt::UTC)) {
         ctx.device.live_valid = true;
         ctx.device.SN = QStringLiteral("VO2-1");
         ctx.device.BSTD = QStringLiteral("000012:30");
         ctx.language.language_text[11011] = QStringLiteral("Seriennummer");
     }
-    template <class T> T* get(const char* name) const { return form.control_as<T>(name); }
     void open_page() {
         form.tab1()->setCurrentIndex(static_cast<int>(Page::geraet));
         form.tab1()->setCurrentIndex(static_cast<int>(Page::protokoll));
@@ -49,7 +31,7 @@ struct Harness {
 class TestReportPage : public QObject {
     Q_OBJECT
 private slots:
-    void revisiting_the_page_starts_a_fresh_report() {
+    void fresh_report_shown_and_collected() {
         Harness h;
         h.open_page();
         QVERIFY(!h.ctx.report.report_changed);
@@ -76,11 +58,8 @@ private slots:
         // Without live device data there is nothing to save or print.
         QVERIFY(!h.get<QPushButton>("cmd_save")->isEnabled());
         QVERIFY(!h.form.control("frm_protokoll")->isEnabled());
-    }
 
-    void show_and_collect() {
-        Harness h;
-        h.open_page();
+        // Showing the record fills the controls, collecting reads them back.
         h.get<QCheckBox>("ck_Ansaugtest")->setChecked(true);
         report::ReportRecord& r = h.ctx.report;
         r.set_value(QStringLiteral("t_Bemerkungen"), QStringLiteral("eins\r\nzwei"));
@@ -105,16 +84,27 @@ private slots:
         QCOMPARE(r.value(QStringLiteral("t_Bemerkungen")), QStringLiteral("eins\nzwei"));
     }
 
-    // A lost connection blanks the live page, not the report being typed; a
+    // A report of another device says so until the connection is gone. A
+    // lost connection blanks the live page, not the report being typed; a
     // device found again refreshes the snapshot but keeps what was typed and
     // that it is unsaved.
     void typed_report_outlasts_the_device() {
         Harness h;
+        h.ctx.language.language_text[8200] = QStringLiteral("Protokoll zu");
+        h.ctx.language.language_text[8201] = QStringLiteral("angeschlossen");
         h.open_page();
+        const QLabel* note = h.get<QLabel>("lbl_anderes_geraet");
+        QVERIFY(note->isHidden());
+        h.ctx.report.report_device.SN = QStringLiteral("VO2-9");
+        show_report(h.form, h.ctx);
+        QVERIFY(!note->isHidden());
+        QCOMPARE(note->text(), QStringLiteral("Protokoll zu VO2-9 angeschlossen VO2-1"));
+
         h.get<QLineEdit>("t_patient")->setText(QStringLiteral("Otto"));
         h.get<QPlainTextEdit>("t_zubehoer")->setPlainText(QStringLiteral("Maske"));
         h.get<QLineEdit>("t_sn")->setText(QStringLiteral("VO2-1"));
         protocol::reset_link_state(h.ctx);
+        QVERIFY(note->isHidden());
         QVERIFY(h.get<QLineEdit>("t_sn")->text().isEmpty());
         QCOMPARE(h.get<QPlainTextEdit>("t_zubehoer")->toPlainText(), QStringLiteral("Maske"));
         QVERIFY(!h.get<QLineEdit>("t_Datum")->text().isEmpty());
@@ -127,23 +117,6 @@ private slots:
         QVERIFY(!h.get<QPushButton>("cmd_save")->isEnabled());
         QVERIFY(h.ctx.report.report_changed);
         QCOMPARE(h.get<QLineEdit>("t_patient")->text(), QStringLiteral("Otto"));
-    }
-
-    // A report of another device says so until the page shows this
-    // device's report again or the connection is gone.
-    void report_of_another_device_says_so() {
-        Harness h;
-        h.ctx.language.language_text[8200] = QStringLiteral("Protokoll zu");
-        h.ctx.language.language_text[8201] = QStringLiteral("angeschlossen");
-        h.open_page();
-        const QLabel* note = h.get<QLabel>("lbl_anderes_geraet");
-        QVERIFY(note->isHidden());
-        h.ctx.report.report_device.SN = QStringLiteral("VO2-9");
-        show_report(h.form, h.ctx);
-        QVERIFY(!note->isHidden());
-        QCOMPARE(note->text(), QStringLiteral("Protokoll zu VO2-9 angeschlossen VO2-1"));
-        protocol::reset_link_state(h.ctx);
-        QVERIFY(note->isHidden());
     }
 
     void picture_draws_the_snapshot() {
