@@ -277,8 +277,6 @@ private slots:
         // literal text), asked
         const Table<QStringList, bool, QStringList, bool> row;
         const QStringList lines = data_lines(2);
-        row("wrong hardware", QStringList{"VERSION=6001", "HARDWARE=AE60|AE62"} + lines, true,
-            {"#102", "\r\n", "#101", " AE61\r\n", "#100", " 6001"}, false);
         row("second identifier matches, answered no",
             QStringList{"VERSION=5122", "HARDWARE= AE60 | AE61"} + lines, false, {}, true);
         row("bad data line", header + lines + QStringList{"4", "42"}, true, {"#3803", " 2"}, false);

@@ -191,22 +191,6 @@ private slots:
         QCOMPARE(h.ui.record_changes, 1);
     }
 
-    // An erased record (data byte 2 = 255) ends the readout without storing.
-    void erased_record_ends_the_readout() {
-        Harness h;
-        int completed = 0, saved = 0;
-        h.ctx.hooks.status_readout_complete = [&] { ++completed; };
-        h.ctx.hooks.status_save_due = [&] { ++saved; };
-        h.ctx.status.mark = status::ReadoutMark::pending;
-        QByteArray erased(22, '\0');
-        erased[1] = '\xFF';
-        dispatch_response(h.ctx, bytes_of({'e', 0x01, 0x00, 22}) + erased);
-        QCOMPARE(h.ctx.status.record_count(), 0);
-        QCOMPARE(completed, 1);
-        QCOMPARE(saved, 1); // the common ending saves a readout started for saving
-        QCOMPARE(h.ctx.status.mark, status::ReadoutMark::idle);
-    }
-
     void time_axis() {
         Harness h;
         dispatch_response(h.ctx, Live().ticks(65530).p);

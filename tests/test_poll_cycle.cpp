@@ -239,25 +239,6 @@ private slots:
         QCOMPARE(h.received, info_sent ? expected : without(expected, {"!"}));
     }
 
-    // A device that stays silent without the link being given up (on a bad
-    // cable the repetitions keep it alive) never fills the queue: a periodic
-    // request that still waits, even one typed in by hand, is not queued again.
-    void silence_does_not_fill_the_queue() {
-        Harness h;
-        h.connect();
-        h.set_silent(true);
-        h.drain();
-        h.ctx->config.TIMEOUT = 1e6;
-        h.ctx->protocol.waiting_reply = true;
-        cmd_sendcommand(*h.ctx, "I");
-        h.tick(4000);
-        QCOMPARE(h.ui.messages, QStringList{});
-        QVERIFY(h.ctx->timer1.enabled());
-        const QList<QByteArray> waiting = queued(*h.ctx);
-        QCOMPARE(QSet<QByteArray>(waiting.begin(), waiting.end()).size(), waiting.size());
-        QVERIFY(waiting.contains("I") && waiting.contains(cmd::read_timing(6)));
-    }
-
     // The general reset returns every part of the link state to idle at once.
     void reset_link_state_clears_everything() {
         Harness h;

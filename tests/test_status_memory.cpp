@@ -134,19 +134,26 @@ private slots:
     }
 
     void manual_save_asks_until_answered_data() {
-        // per dialog "old", "new" or "" (cancel); answers to "overwrite?"; file written
-        const Table<QStringList, QList<bool>, QString> row;
-        row("cancelled", {""}, {}, "");
-        row("existing, yes", {"old"}, {true}, "old");
-        row("existing, no, cancel", {"old", ""}, {false}, "");
-        row("existing, no, new name", {"old", "new"}, {false}, "new");
-        row("existing, no, existing, yes", {"old", "old"}, {false, true}, "old");
+        // what is wrong first; per dialog "old", "new" or "" (cancel); answers
+        // to "overwrite?"; file written
+        const Table<QString, QStringList, QList<bool>, QString> row;
+        row("cancelled", "", {""}, {}, "");
+        row("existing, yes", "", {"old"}, {true}, "old");
+        row("existing, no, cancel", "", {"old", ""}, {false}, "");
+        row("existing, no, new name", "", {"old", "new"}, {false}, "new");
+        row("existing, no, existing, yes", "", {"old", "old"}, {false, true}, "old");
+        row("no serial number: message, no dialog", "no serial number", {}, {}, "");
+        row("configuration not writable", "no configuration", {"new"}, {}, "");
     }
     void manual_save_asks_until_answered() {
-        const auto [choices, overwrite, written] =
-            Table<QStringList, QList<bool>, QString>::fetch();
+        const auto [wrong, choices, overwrite, written] =
+            Table<QString, QStringList, QList<bool>, QString>::fetch();
         Session s("status_example");
         QVERIFY(s.read_status());
+        if (wrong == "no serial number")
+            s.d.ctx.device.SN = "    ";
+        if (wrong == "no configuration")
+            s.d.ctx.config_path = s.dir.filePath("missing/veltrako2.ini");
         QTemporaryDir chosen;
         QVERIFY(config::write_text_lines(chosen.filePath("old.txt"), {"kept"}));
         for (const QString& c : choices)
@@ -155,15 +162,20 @@ private slots:
 
         QCOMPARE(status::save_status(s.d.ctx, status::SaveMode::manual), !written.isEmpty());
         QCOMPARE(s.d.ui.dialogs.size(), choices.size());
+        QCOMPARE(s.d.ui.messages, wrong == "no serial number"
+                                      ? QStringList{s.d.ctx.language.text(3806)}
+                                      : QStringList{});
         QCOMPARE(s.d.ui.questions, QStringList(overwrite.size(), s.d.ctx.language.text(3808)));
+        QCOMPARE(*config::read_text_lines(chosen.filePath("old.txt")) == QStringList{"kept"},
+                 written != "old");
+        QCOMPARE(QFile::exists(chosen.filePath("new.txt")), written == "new");
+        if (choices.isEmpty())
+            return;
         const FileDialogRequest& r = s.d.ui.dialogs.first();
         QCOMPARE(r.start_dir, s.d.ctx.program_dir);
         QCOMPARE(r.filter, "Systemstatus (*.txt)|*.txt");
         QCOMPARE(r.proposed_name, "Status_VO2-0012345_LP1240010077_5121_" +
                                       s.d.clock.now().toString("yyyyMMdd_HHmmss") + ".txt");
-        QCOMPARE(*config::read_text_lines(chosen.filePath("old.txt")) == QStringList{"kept"},
-                 written != "old");
-        QCOMPARE(QFile::exists(chosen.filePath("new.txt")), written == "new");
         if (written.isEmpty())
             return;
         QFile file(chosen.filePath(written + ".txt"));
@@ -173,26 +185,6 @@ private slots:
         QCOMPARE(s.d.ctx.config.INITDIR, chosen.path() + '/');
         QVERIFY(config::read_text_lines(s.dir.filePath("veltrako2.ini"))
                     ->contains("INITDIR|" + chosen.path() + '/'));
-    }
-
-    void manual_save_refusals_data() {
-        const Table<QString, QString, int> row; // sn, folder of the configuration, dialogs
-        row("no serial number: message", "    ", "", 0);
-        row("configuration not writable", "VO2-1", "missing/", 1);
-    }
-    void manual_save_refusals() {
-        const auto [sn, config_dir, dialogs] = Table<QString, QString, int>::fetch();
-        Session s("status_example");
-        QVERIFY(s.read_status());
-        s.d.ctx.device.SN = sn;
-        s.d.ctx.config_path = s.dir.filePath(config_dir + "veltrako2.ini");
-        QTemporaryDir chosen;
-        s.d.ui.file_answers << chosen.filePath("t.txt");
-        QVERIFY(!status::save_status(s.d.ctx, status::SaveMode::manual));
-        QVERIFY(!QFile::exists(chosen.filePath("t.txt")));
-        QCOMPARE(s.d.ui.dialogs.size(), dialogs);
-        QCOMPARE(s.d.ui.messages,
-                 dialogs ? QStringList{} : QStringList{s.d.ctx.language.text(3806)});
     }
 };
 
