@@ -10,6 +10,7 @@
 #include "sim/concentrator.h"
 #include "sim/scenario.h"
 #include "t2_harness.h"
+#include "t5_harness.h"
 #include "test_bytes.h"
 
 #include <QDir>
@@ -46,12 +47,7 @@ struct PageHarness {
                 return;
         }
     }
-    QList<QByteArray> queued() const {
-        QList<QByteArray> out;
-        for (int i = 1; i <= ctx.protocol.queue_count; ++i)
-            out << ctx.protocol.send_queue[static_cast<std::size_t>(i)];
-        return out;
-    }
+    QList<QByteArray> queued() const { return testing::queued(ctx); }
     static void focus(QWidget* w, QEvent::Type type, Qt::FocusReason reason) {
         QFocusEvent e(type, reason);
         QApplication::sendEvent(w, &e);
@@ -163,10 +159,6 @@ private slots:
         QVERIFY(older.form.control("frm_zeiten_preset")->isHidden());
     }
 
-    // Every simulated family at the smallest and a large window: each value
-    // box shows the widest value the family sent whole, the whole
-    // "Messwerte" box is there, no control is squeezed below what it needs
-    // and none overlaps another (what does not fit scrolls).
     // The page and the status bar say how far the device's clock is off, and
     // the note of a write beside it does not hide that.
     void clock_note_on_the_page_and_the_status_bar() {
@@ -192,6 +184,10 @@ private slots:
                  QStringLiteral("Restzeit vom Gerät bestätigt: 12"));
     }
 
+    // Every simulated family at the smallest and a large window: each value
+    // box shows the widest value the family sent whole, the whole
+    // "Messwerte" box is there, no control is squeezed below what it needs
+    // and none overlaps another (what does not fit scrolls).
     void page_fits_every_family_data() {
         const QDir folder(QStringLiteral(VELTRAKO_SOURCE_DIR "/sim/scenarios"));
         const QStringList files = folder.entryList({"*.scn"}, QDir::Files);
