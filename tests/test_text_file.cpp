@@ -1,5 +1,9 @@
-// Text files from older tools: which bytes become which lines and characters.
+// Text files from older tools: which bytes become which lines and characters;
+// and the key-value lines shared by the report and compliance files, where a
+// value must stay on its one line and in its one column (that it comes back
+// as typed is checked through the report file in test_report).
 
+#include "config/key_value_lines.h"
 #include "config/text_file.h"
 #include "table.h"
 
@@ -29,6 +33,20 @@ private slots:
     void decode() {
         const auto [bytes, lines] = Table<QByteArray, QStringList>::fetch();
         QCOMPARE(decode_text_lines(bytes), lines);
+    }
+
+    void line_data() {
+        const Table<QString, QString> row; // value, its line
+        row("plain", "Max Muster", "NAME|Max Muster")("empty", "", "NAME|");
+        row("bar becomes slash", "a|b||c", "NAME|a/b//c");
+        row("CR LF is one break", "one\r\ntwo", "NAME|one\\ntwo");
+        row("lone LF", "one\ntwo", "NAME|one\\ntwo")("lone CR", "one\rtwo", "NAME|one\\ntwo");
+        row("LF CR is two breaks", "a\n\rb", "NAME|a\\n\\nb");
+        row("break at the end", "end\r\n", "NAME|end\\n");
+    }
+    void line() {
+        const auto [value, line] = Table<QString, QString>::fetch();
+        QCOMPARE(key_value_line(QStringLiteral("NAME"), value), line);
     }
 };
 

@@ -1,4 +1,5 @@
 #include "apply_language.h"
+#include "controls.h"
 
 #include <QAbstractButton>
 #include <QAction>

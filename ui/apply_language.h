@@ -9,9 +9,6 @@ class QWidget;
 
 namespace veltrako::ui {
 
-// The name of the dynamic property holding a control's text number.
-inline constexpr auto tag_property = "Tag";
-
 // A tab widget takes the text split at "/", one piece per tab in tab order;
 // labels, buttons, group boxes, menus and actions take it as their caption;
 // other widgets keep what they show. A size above 0 becomes the point size of
