@@ -1,10 +1,12 @@
 // Firmware update: the ".ae6" file's checks, and the whole dialogue with the
 // simulated concentrator's boot loader at the real wire's pace, with the
-// clock moved by hand so that a few seconds of waiting cost nothing.
+// clock moved by hand so that a few seconds of waiting cost nothing; and the
+// progress dialog the window shows meanwhile.
 
 #include "config/language.h"
 #include "config/text_file.h"
 #include "firmware/firmware_update.h"
+#include "frm_firmware_progress.h"
 #include "link/connection_state.h"
 #include "protocol/poll_cycle.h"
 #include "protocol_harness.h"
@@ -306,7 +308,34 @@ private slots:
         QCOMPARE(b.linked.ui.dialogs.size(), 1);
         QVERIFY(b.linked.ui.messages.isEmpty() && b.heard.isEmpty());
     }
+
+    // The progress dialog: what it shows for a block, and that nothing
+    // closes it while lines are being written.
+    void shows_the_block_and_cannot_be_closed_while_running() {
+        config::LanguageTables language;
+        language.language_text[9103] = QStringLiteral("Elapsed:");
+        language.language_text[9104] = QStringLiteral("Remaining:");
+        ui::FrmFirmwareProgress dialog(language);
+        QVERIFY(!(dialog.windowFlags() & Qt::WindowCloseButtonHint));
+        QCOMPARE(dialog.windowModality(), Qt::ApplicationModal);
+
+        dialog.begin(2000);
+        QVERIFY(dialog.isVisible());
+        dialog.block(firmware::ProgressStep{101, 2000, 4500, 85500});
+        QCOMPARE(dialog.caption(), QString("Software Update Block 101/2000"));
+        QCOMPARE(dialog.bar_value(), 100);
+        QCOMPARE(dialog.bar_maximum(), 2000);
+        QCOMPARE(dialog.times(), QString("Elapsed: 0:05    Remaining: 1:26"));
+
+        QVERIFY(!dialog.close());
+        QTest::keyClick(&dialog, Qt::Key_Escape);
+        QVERIFY(dialog.isVisible());
+
+        dialog.end();
+        QVERIFY(!dialog.isVisible());
+        QCOMPARE(dialog.bar_value(), 2000);
+    }
 };
 
-QTEST_GUILESS_MAIN(TestFirmware)
+QTEST_MAIN(TestFirmware)
 #include "test_firmware.moc"
