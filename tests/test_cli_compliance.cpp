@@ -19,14 +19,6 @@ using Run = ProgramRun;
 using Refusals = Table<QStringList, int, QString>;
 using Deletes = Table<QStringList, int, bool>;
 
-Run run_cli(const QStringList& arguments,
-            const QList<std::pair<QString, QString>>& environment = {}) {
-    const ProgramCopy cli(QStringLiteral(VELTRAKO2_CLI_PATH));
-    if (!cli.ok())
-        qFatal("cannot copy the program");
-    return cli.run(arguments, 60000, environment);
-}
-
 QString write_file(const QTemporaryDir& dir, const QString& name, const QByteArray& content) {
     QFile f(dir.filePath(name));
     if (!f.open(QIODevice::WriteOnly) || f.write(content) != content.size())
@@ -101,7 +93,7 @@ private slots:
         const QString pdf = dir.filePath("c.pdf");
         const Run r = run_cli({"--lang", lang, "compliance", "--load", file, "--pdf", pdf,
                                "--month", "2026-03", "--prescribed-hours", "4"},
-                              {{"LC_ALL", lc_all}, {"LANG", lc_all}});
+                              60000, {{"LC_ALL", lc_all}, {"LANG", lc_all}});
         QVERIFY2(r.exit_code == 0, qPrintable(r.err));
         QCOMPARE(r.out, line);
         if (QStandardPaths::findExecutable("pdftotext").isEmpty())

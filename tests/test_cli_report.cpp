@@ -10,17 +10,9 @@
 #include <QTemporaryDir>
 #include <QTest>
 
+using veltrako::testing::run_cli;
 using veltrako::testing::Table;
-
-namespace {
-
 using Run = veltrako::testing::ProgramRun;
-
-Run run_cli(const QStringList& arguments) {
-    return veltrako::testing::ProgramCopy(QStringLiteral(VELTRAKO2_CLI_PATH)).run(arguments, 30000);
-}
-
-} // namespace
 
 class TestCliReport : public QObject {
     Q_OBJECT

@@ -95,4 +95,15 @@ inline QString pdf_text(const QString& pdf) {
     return QString::fromUtf8(p.readAllStandardOutput()).simplified();
 }
 
+#ifdef VELTRAKO2_CLI_PATH
+// veltrako2-cli run from a program folder of its own.
+inline ProgramRun run_cli(const QStringList& arguments, int timeout_ms = 60000,
+                          const QList<std::pair<QString, QString>>& environment = {}) {
+    const ProgramCopy cli(QStringLiteral(VELTRAKO2_CLI_PATH));
+    if (!cli.ok())
+        qFatal("cannot copy the program");
+    return cli.run(arguments, timeout_ms, environment);
+}
+#endif
+
 } // namespace veltrako::testing
