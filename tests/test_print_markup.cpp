@@ -14,33 +14,15 @@ using veltrako::testing::Table;
 
 namespace {
 
-// "text|flags|points|name", flags B for bold and U for underline.
-QString describe(const RecordedRun& run) {
-    const QString flags = QString(run.font.bold ? QStringLiteral("B") : QString()) +
-                          (run.font.underline ? QStringLiteral("U") : QString());
-    return QStringLiteral("%1|%2|%3|%4")
-        .arg(run.text, flags)
-        .arg(run.font.points)
-        .arg(run.font.name);
-}
-
+// "text|flags|points|name" per run, flags B for bold and U for underline.
 QStringList describe_all(const RecordingSurface& surface) {
     QStringList all;
     for (const RecordedRun& run : surface.runs)
-        all << describe(run);
-    return all;
-}
-
-FontSpec bold_font() {
-    FontSpec font;
-    font.bold = true;
-    return font;
-}
-
-TabStops stops(int count) {
-    TabStops all;
-    for (int i = 0; i < count; ++i)
-        all.push_back(2000.0 * i);
+        all << QStringLiteral("%1|%2%3|%4|%5")
+                   .arg(run.text, run.font.bold ? QStringLiteral("B") : QString(),
+                        run.font.underline ? QStringLiteral("U") : QString())
+                   .arg(run.font.points)
+                   .arg(run.font.name);
     return all;
 }
 
@@ -106,7 +88,7 @@ private slots:
         row("alignment back to left in the next column", "'right'a\tb", TabStops{2000, 3000}, 0,
             "b", 0, 3000.0);
         row("normal run after a bold run", "'b'Bold'/b'Normal", TabStops{1000}, 0, "Normal", 0,
-            1000 + RecordingSurface::width_in(bold_font(), QStringLiteral("Bold")));
+            1000 + RecordingSurface::width_in(FontSpec{.bold = true}, QStringLiteral("Bold")));
         row("column after an unclosed quote", "abc'b\tnext", TabStops{0, 2000}, 0, "next", 0,
             2000.0);
     }
@@ -157,7 +139,10 @@ private slots:
         RecordingSurface surface;
         surface.move_to(777, 1000);
         const double line_height = surface.text_height(QStringLiteral("X"));
-        QCOMPARE(print_line(surface, line, stops(stop_count), 0), result);
+        TabStops stops;
+        for (int i = 0; i < stop_count; ++i)
+            stops.push_back(2000.0 * i);
+        QCOMPARE(print_line(surface, line, stops, 0), result);
         QCOMPARE(surface.current_y(), 1000 + lines_down * line_height);
         QCOMPARE(surface.run_texts(), printed);
         for (const RecordedRun& run : surface.runs)
