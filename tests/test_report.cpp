@@ -6,6 +6,7 @@
 #include "compliance/compliance_print.h"
 #include "config/text_file.h"
 #include "device/parameter_values.h"
+#include "r2i19_harness.h"
 #include "report/report_file.h"
 #include "report_harness.h"
 #include "status/status_readout.h"
@@ -19,34 +20,11 @@ namespace {
 
 struct Harness : Desk {
     Harness() {
-        for (int n : {3, 7001, 7004, 7005, 7006, 7007})
+        for (int n : {3, 7001, 7004, 7005, 7006, 7007, 8200, 8201})
             ctx.language.language_text[static_cast<std::size_t>(n)] =
                 QStringLiteral("text%1").arg(n);
     }
 };
-
-// A device as a connection leaves it: identity, hours, live values, timings.
-device::DeviceRecord live_device(const QString& family = QStringLiteral("52")) {
-    device::DeviceRecord d;
-    d.live_valid = true;
-    d.SN = QStringLiteral("VO2-7E00042 ");
-    d.LP = QStringLiteral("12344");
-    d.sw_num = d.family_code = family;
-    d.SW = family + QLatin1Char('A');
-    d.BSTD = QStringLiteral("012345:30");
-    d.rest_text = QStringLiteral("731");
-    d.O2 = 94.6;
-    d.VOLUMENSTROM = 2.0125;
-    d.SOLL_VOLUMENSTROM = 2.0;
-    d.GASTEMP = 36.75;
-    d.KOMPRESSORTEMP = 51;
-    d.wert_u = 7;
-    d.wert_o = 42;
-    d.wert_x = 3;
-    for (std::size_t i = 0; i < d.zeiten.size(); ++i)
-        d.zeiten[i] = static_cast<std::uint8_t>(10 + i);
-    return d;
-}
 
 QMap<QString, QString> pairs(const QStringList& lines) {
     QMap<QString, QString> m;
@@ -84,7 +62,7 @@ private slots:
     // a bar stays a slash.
     void file_both_ways() {
         Harness h;
-        take_snapshot(h.ctx.report, live_device(), true);
+        take_snapshot(h.ctx.report, inspected_device(), true);
         const std::pair<const char*, const char*> typed[] = {
             {"t_Krankenkasse", "AOK | Bayern"},
             {"t_Bemerkungen", "Filter gewechselt\r\nSchlauch neu\nende"},
@@ -144,7 +122,7 @@ private slots:
     }
     void setting_keys() {
         const auto [family, key, value] = Keys::fetch();
-        QCOMPARE(device::parameter_value(live_device(family), key, QLocale::c()), value);
+        QCOMPARE(device::parameter_value(inspected_device(family), key, QLocale::c()), value);
     }
 
     void device_values_read_data() {
@@ -196,7 +174,7 @@ private slots:
     void open_cancelled_or_unreadable() {
         const auto [cancel] = Table<bool>::fetch();
         Harness h;
-        take_snapshot(h.ctx.report, live_device(), true);
+        take_snapshot(h.ctx.report, inspected_device(), true);
         h.ctx.report.set_value(QStringLiteral("t_Patient"), QStringLiteral("Otto"));
         h.ctx.report.report_changed = true;
         if (!cancel)
@@ -206,29 +184,27 @@ private slots:
         QCOMPARE(shown, 0);
         QVERIFY(h.ctx.report.device_valid() && h.ctx.report.report_changed);
         QCOMPARE(h.ctx.report.value(QStringLiteral("t_Patient")), QStringLiteral("Otto"));
-        QCOMPARE(h.ctx.report.report_device.SN, live_device().SN);
+        QCOMPARE(h.ctx.report.report_device.SN, inspected_device().SN);
         QCOMPARE(h.ui.messages.size(), cancel ? 0 : 1);
     }
 
     void other_device_note_data() {
         const Note row;
-        row("another device", "VO2-1", "VO2-2 ", true, "t8200 VO2-1 t8201 VO2-2");
+        row("another device", "VO2-1", "VO2-2 ", true, "text8200 VO2-1 text8201 VO2-2");
         row("the same, blanks aside", "VO2-1 ", "VO2-1", true, "");
         row("no device identified", "VO2-1", "VO2-2", false, "");
         row("report without serial number", "", "VO2-2", true, "");
     }
     void other_device_note() {
         const auto [report_sn, connected_sn, connected, note] = Note::fetch();
-        config::LanguageTables language;
-        language.language_text[8200] = QStringLiteral("t8200");
-        language.language_text[8201] = QStringLiteral("t8201");
+        const Harness h;
         ReportRecord r;
         r.report_device.live_valid = true;
         r.report_device.SN = report_sn;
         device::DeviceRecord device;
         device.live_valid = connected;
         device.SN = connected_sn;
-        QCOMPARE(report::other_device_note(r, device, language), note);
+        QCOMPARE(report::other_device_note(r, device, h.ctx.language), note);
     }
 
     void save_conditions_data() {
@@ -239,7 +215,7 @@ private slots:
     void save_conditions() {
         const auto [valid, overwrite, dialogs, written] = Save::fetch();
         Harness h;
-        device::DeviceRecord d = live_device();
+        device::DeviceRecord d = inspected_device();
         d.live_valid = valid;
         take_snapshot(h.ctx.report, d, true);
         const QString file = h.path(QStringLiteral("old.txt"));
