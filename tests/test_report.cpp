@@ -186,6 +186,10 @@ private slots:
         QCOMPARE(h.ctx.report.value(QStringLiteral("t_Patient")), QStringLiteral("Otto"));
         QCOMPARE(h.ctx.report.report_device.SN, inspected_device().SN);
         QCOMPARE(h.ui.messages.size(), cancel ? 0 : 1);
+        // A fresh snapshot, as on the next visit to the page, drops what was typed.
+        take_snapshot(h.ctx.report, inspected_device(), true);
+        QVERIFY(h.ctx.report.value(QStringLiteral("t_Patient")).isEmpty() &&
+                !h.ctx.report.report_changed);
     }
 
     void other_device_note_data() {
