@@ -33,8 +33,7 @@ bool write_bits_ignored() {
     QFile::setPermissions(dir.path(), read_only);
     QFile probe(dir.filePath(QStringLiteral("probe")));
     const bool written = probe.open(QIODevice::WriteOnly);
-    probe.close();
-    probe.remove();
+    probe.remove(); // closes it first
     QFile::setPermissions(dir.path(), writable);
     return written;
 }

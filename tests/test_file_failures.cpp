@@ -110,7 +110,6 @@ private slots:
         const auto [writer, fault] = Table<int, Fault>::fetch();
         const Writer& w = writers[writer];
         Desk f;
-        const QTemporaryDir& dir = f.dir;
         // The settings file of the report's dialog goes to a folder of its
         // own, so that only the file under test is written into the folder.
         QTemporaryDir settings;
@@ -123,7 +122,7 @@ private slots:
             QVERIFY(write_file(target, old_content));
         }
         const QStringList before =
-            QDir(dir.path()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot);
+            QDir(f.dir.path()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot);
 
         std::optional<FileSizeLimit> full;
         if (fault == Fault::disk_full)
@@ -132,7 +131,7 @@ private slots:
         full.reset();
 
         // No temporary file or half file beside the target, whatever happened.
-        QCOMPARE(QDir(dir.path()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot), before);
+        QCOMPARE(QDir(f.dir.path()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot), before);
         if (fault == Fault::none) {
             QVERIFY(written);
             const QByteArray now = read_file(target);
