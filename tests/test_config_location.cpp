@@ -33,8 +33,7 @@ bool write_bits_ignored() {
     QFile::setPermissions(dir.path(), read_only);
     QFile probe(dir.filePath(QStringLiteral("probe")));
     const bool written = probe.open(QIODevice::WriteOnly);
-    probe.close();
-    probe.remove();
+    probe.remove(); // closes it first
     QFile::setPermissions(dir.path(), writable);
     return written;
 }
@@ -115,14 +114,15 @@ private slots:
     }
 
     // Two starts of an installed copy: the shipped settings are read from the
-    // user's copy, a changed folder is saved there and read back on the next
-    // start, and neither the shipped file nor the program folder change.
-    void settings_live_with_the_user() {
+    // user's copy; the communication log goes to the user's documents; a
+    // status save must still write and remember its folder in the user's
+    // settings (it gives up without a word when it cannot), where the next
+    // start finds it. Neither the shipped file nor the program folder change.
+    void settings_and_files_live_with_the_user() {
         ProgramFolder program;
         QTemporaryDir home;
         const UserFolders folders{home.filePath(QStringLiteral(".config/veltrako2")),
                                   home.filePath(QStringLiteral("Documents"))};
-
         ConfigLocation location = locate_config(program.path(), folders);
         if (write_bits_ignored()) {
             // Root may write beside the program, so it stays there; the rest
@@ -135,72 +135,47 @@ private slots:
         QCOMPARE(location.config_path, folders.config_dir + QStringLiteral("/veltrako2.ini"));
         QCOMPARE(read_file(location.config_path), shipped_ini);
 
-        testing::FakeUserInterface ui;
-        Config config;
-        set_config_defaults(config, location.user_dir);
-        QVERIFY(load_config(config, location.config_path, location.user_dir, ui));
-        QCOMPARE(config.TIMERINTERVAL, qint16(20));
-        QCOMPARE(config.INITDIR, folders.documents_dir + QLatin1Char('/'));
-        QVERIFY(QFileInfo(config.INITDIR).isDir());
-
-        config.INITDIR = home.filePath(QStringLiteral("Berichte/"));
-        QVERIFY(save_config(config, location.config_path));
-
-        const ConfigLocation again = locate_config(program.path(), folders);
-        const ConfigLocation& second = again.in_user_folder ? again : location;
-        Config reread;
-        set_config_defaults(reread, second.user_dir);
-        QVERIFY(load_config(reread, second.config_path, second.user_dir, ui));
-        QCOMPARE(reread.INITDIR, config.INITDIR); // not seeded over
-        QCOMPARE(reread.TIMERINTERVAL, qint16(20));
-        QVERIFY(ui.messages.isEmpty());
-
-        QCOMPARE(read_file(program.path() + QLatin1String(config_file_name)), shipped_ini);
-        QCOMPARE(QDir(program.dir.path()).entryList(QDir::Files | QDir::Hidden).size(), 1);
-    }
-
-    // On an installed copy the communication log goes where the user may
-    // write. The status save leaves without a word when the chosen folder
-    // cannot be remembered; on an installed copy it must still write, and
-    // remember the folder in the user's settings.
-    void files_from_an_installed_copy() {
-        QTemporaryDir home;
-        const UserFolders folders{home.filePath(QStringLiteral(".config/veltrako2")),
-                                  home.filePath(QStringLiteral("Documents"))};
-        // A program folder that is not there cannot be written, even by root.
-        const QString program_dir = home.filePath(QStringLiteral("opt/veltrako2/"));
-        const ConfigLocation location = locate_config(program_dir, folders);
-        QVERIFY(location.in_user_folder);
-
         testing::ManualClock clock;
         testing::FakeUserInterface ui;
         AppContext ctx(clock, ui, nullptr);
-        ctx.program_dir = program_dir;
+        ctx.program_dir = program.path();
         ctx.config_path = location.config_path;
         ctx.user_dir = location.user_dir;
         set_config_defaults(ctx.config, location.user_dir);
+        QVERIFY(load_config(ctx.config, location.config_path, location.user_dir, ui));
+        QCOMPARE(ctx.config.TIMERINTERVAL, qint16(20));
+        QCOMPARE(ctx.config.INITDIR, folders.documents_dir + QLatin1Char('/'));
+        QVERIFY(QFileInfo(ctx.config.INITDIR).isDir());
+
         clock.set_now(QDateTime(QDate(2024, 5, 6), QTime(7, 8, 9), Qt::UTC));
         log_comm(ctx, QStringLiteral("OUT"), QStringLiteral("49 "));
         const QString log = protocol::cmd_saveprotokoll(ctx);
         QCOMPARE(log, folders.documents_dir + QStringLiteral("/protokoll20240506070809.txt"));
         QVERIFY(read_file(log).startsWith("OUT "));
-        QVERIFY(ui.messages.isEmpty());
 
         ctx.device.SN = QStringLiteral("VO2-7E00042 ");
         ctx.device.SW = QStringLiteral("52A");
         ctx.link.device_handle = 1; // a device is connected
         for (int n = 1; n <= 2; ++n)
             ctx.status.records.push_back(QByteArray(22, char(n)));
-        const QString chosen = folders.documents_dir + QStringLiteral("/Status.txt");
-        ui.file_answers << chosen;
-
+        const QString reports = home.filePath(QStringLiteral("Berichte/"));
+        QVERIFY(QDir().mkpath(reports));
+        ui.file_answers << reports + QStringLiteral("Status.txt");
         QVERIFY(status::save_status(ctx, status::SaveMode::manual));
-        QVERIFY(QFileInfo(chosen).size() > 0);
+        QVERIFY(QFileInfo(reports + QStringLiteral("Status.txt")).size() > 0);
         QCOMPARE(ui.dialogs.value(0).start_dir, folders.documents_dir + QLatin1Char('/'));
+
+        const ConfigLocation again = locate_config(program.path(), folders);
+        const ConfigLocation& second = again.in_user_folder ? again : location;
         Config reread;
-        set_config_defaults(reread, location.user_dir);
-        QVERIFY(load_config(reread, location.config_path, location.user_dir, ui));
-        QCOMPARE(reread.INITDIR, folders.documents_dir + QLatin1Char('/'));
+        set_config_defaults(reread, second.user_dir);
+        QVERIFY(load_config(reread, second.config_path, second.user_dir, ui));
+        QCOMPARE(reread.INITDIR, reports); // not seeded over
+        QCOMPARE(reread.TIMERINTERVAL, qint16(20));
+        QVERIFY(ui.messages.isEmpty());
+
+        QCOMPARE(read_file(program.path() + QLatin1String(config_file_name)), shipped_ini);
+        QCOMPARE(QDir(program.dir.path()).entryList(QDir::Files | QDir::Hidden).size(), 1);
     }
 };
 

@@ -1,6 +1,7 @@
 // The print markup on the recording surface: runs and fonts, where they sit
 // against tab stops and base line, how far a line moves down, the fixed-width
-// text wrapping, and which printer the print dialog opens on.
+// text wrapping, and which printer the print dialog opens on. Turned text is
+// checked where it lands: test_print_pdf and test_compliance_chart.
 
 #include "print/fixed_text.h"
 #include "print/markup.h"
@@ -13,33 +14,15 @@ using veltrako::testing::Table;
 
 namespace {
 
-// "text|flags|points|name", flags B for bold and U for underline.
-QString describe(const RecordedRun& run) {
-    const QString flags = QString(run.font.bold ? QStringLiteral("B") : QString()) +
-                          (run.font.underline ? QStringLiteral("U") : QString());
-    return QStringLiteral("%1|%2|%3|%4")
-        .arg(run.text, flags)
-        .arg(run.font.points)
-        .arg(run.font.name);
-}
-
+// "text|flags|points|name" per run, flags B for bold and U for underline.
 QStringList describe_all(const RecordingSurface& surface) {
     QStringList all;
     for (const RecordedRun& run : surface.runs)
-        all << describe(run);
-    return all;
-}
-
-FontSpec bold_font() {
-    FontSpec font;
-    font.bold = true;
-    return font;
-}
-
-TabStops stops(int count) {
-    TabStops all;
-    for (int i = 0; i < count; ++i)
-        all.push_back(2000.0 * i);
+        all << QStringLiteral("%1|%2%3|%4|%5")
+                   .arg(run.text, run.font.bold ? QStringLiteral("B") : QString(),
+                        run.font.underline ? QStringLiteral("U") : QString())
+                   .arg(run.font.points)
+                   .arg(run.font.name);
     return all;
 }
 
@@ -105,7 +88,7 @@ private slots:
         row("alignment back to left in the next column", "'right'a\tb", TabStops{2000, 3000}, 0,
             "b", 0, 3000.0);
         row("normal run after a bold run", "'b'Bold'/b'Normal", TabStops{1000}, 0, "Normal", 0,
-            1000 + RecordingSurface::width_in(bold_font(), QStringLiteral("Bold")));
+            1000 + RecordingSurface::width_in(FontSpec{.bold = true}, QStringLiteral("Bold")));
         row("column after an unclosed quote", "abc'b\tnext", TabStops{0, 2000}, 0, "next", 0,
             2000.0);
     }
@@ -156,41 +139,24 @@ private slots:
         RecordingSurface surface;
         surface.move_to(777, 1000);
         const double line_height = surface.text_height(QStringLiteral("X"));
-        QCOMPARE(print_line(surface, line, stops(stop_count), 0), result);
+        TabStops stops;
+        for (int i = 0; i < stop_count; ++i)
+            stops.push_back(2000.0 * i);
+        QCOMPARE(print_line(surface, line, stops, 0), result);
         QCOMPARE(surface.current_y(), 1000 + lines_down * line_height);
         QCOMPARE(surface.run_texts(), printed);
         for (const RecordedRun& run : surface.runs)
             QCOMPARE(run.y, 1000.0);
     }
 
+    // Fonts carry over to the next line (alignment does not: run_positions).
     void settings_outlast_the_line() {
         RecordingSurface surface;
-        MarkupPrinter printer(surface);
-        printer.page_left = 15;
-        QVERIFY(printer.print_line(QStringLiteral("'b''u''font Courier''size 12''right'first"),
-                                   {3000}));
-        QVERIFY(printer.print_line(QStringLiteral("second"), {3000}));
+        QVERIFY(print_line(surface, QStringLiteral("'b''u''font Courier''size 12'first"), {0}, 0));
+        QVERIFY(print_line(surface, QStringLiteral("second"), {0}, 0));
         QCOMPARE(describe_all(surface),
                  (QStringList{"first|BU|12|Courier", "second|BU|12|Courier"}));
-        // The alignment did not outlast its column.
-        QCOMPARE(surface.find_run(QStringLiteral("second"))->x, 3015.0);
         QVERIFY(surface.runs[1].y > surface.runs[0].y);
-    }
-
-    void rotated_text() {
-        RecordingSurface surface;
-        surface.set_font_name(QStringLiteral("Times New Roman"));
-        surface.set_font_size(12);
-        surface.set_bold(true);
-        surface.move_to(100, 5000);
-        print_rotated(surface, 90, QStringLiteral("Stunden"));
-        QCOMPARE(surface.runs.size(), std::size_t(1));
-        const RecordedRun& run = surface.runs[0];
-        QCOMPARE(run.text, QStringLiteral("Stunden"));
-        QCOMPARE(run.font, create_font(12, QStringLiteral("TimesNewRoman"), 90));
-        // Placed where the pen is, and the pen does not move.
-        QVERIFY(run.x == 100.0 && run.y == 5000.0);
-        QVERIFY(surface.current_x() == 100.0 && surface.current_y() == 5000.0);
     }
 
     void wrap_fixed_data() {

@@ -4,6 +4,7 @@
 
 #include "config/language.h"
 #include "print/recording_surface.h"
+#include "r2i19_harness.h"
 #include "report/report_print.h"
 #include "table.h"
 
@@ -30,21 +31,10 @@ config::LanguageTables captions() {
 
 ReportRecord filled(const QString& family = QStringLiteral("52")) {
     ReportRecord r;
-    device::DeviceRecord& d = r.report_device;
-    d.live_valid = true;
-    d.SN = QStringLiteral("VO2-7E00042 ");
-    d.SW = family + QLatin1Char('1');
-    d.sw_num = family;
-    d.family_code = family;
-    d.BSTD = QStringLiteral("004711:20");
-    d.rest_text = QStringLiteral("365");
-    d.O2 = 93.5;
-    d.zeiten[6] = 25;
+    r.report_device = testing::inspected_device(family);
     r.set_value(QStringLiteral("t_Patient"), QStringLiteral("Heinz O'Brien"));
     r.set_value(QStringLiteral("t_Pruefer"), QStringLiteral("M. Huber"));
     r.set_value(QStringLiteral("t_Datum"), QStringLiteral("02.03.2026"));
-    r.set_value(QStringLiteral("ck_Selbsttest"), QStringLiteral("1"));
-    r.set_value(QStringLiteral("ck_stk"), QStringLiteral("1"));
     r.set_value(QStringLiteral("t_Bemerkungen"), QStringLiteral("erste Zeile\r\nzweite Zeile"));
     return r;
 }
@@ -61,9 +51,9 @@ private slots:
         print_report(s, filled(), captions(), QLocale());
         QCOMPARE(s.page, 0);
         // Typed text as it stands: the quote is no tag.
-        // O2 rounded half away from zero; 25 valve steps of 0.04 s.
+        // O2 rounded; 16 valve steps of 0.04 s.
         for (const char* text :
-             {"Heinz O'Brien", "M. Huber", "VO2-7E00042", "004711:20", "94", "1,00",
+             {"Heinz O'Brien", "M. Huber", "VO2-7E00042", "012345:30", "95", "0,64",
               "L7018 02.03.2026  ", "L7010", "L7011", "L7012", "L7013", "L7014", "L11071", "L11072",
               "L11081", "L11088", "L11089", "L11090", "L11070"})
             QVERIFY2(s.find_run(QString::fromUtf8(text)), text);
@@ -81,17 +71,20 @@ private slots:
     // header. The remarks grow line by line, so that the end of the page
     // falls on every part of the report once.
     void everything_inside_the_printable_area_data() {
-        const Table<QString, int, double, double> row; // family, accessory lines, width, height
+        // family, accessory lines, width, height, device rows, timing rows: a
+        // family leaves out the settings it does not have
+        const Table<QString, int, double, double, int, int> row;
         // A4 less the 5 mm the PDF leaves; a printer that cannot reach the
         // last 12 mm on either side.
-        row("14 timings, PDF", "25", 2, 11339.0, 16271.0);
-        row("14 timings, 40 accessory lines, PDF", "25", 40, 11339.0, 16271.0);
-        row("14 timings, wide printer margins", "25", 40, 11226.0, 15478.0);
-        row("7 timings and flow settings, PDF", "52", 40, 11339.0, 16271.0);
+        row("14 timings, PDF", "25", 2, 11339.0, 16271.0, 10, 14);
+        row("14 timings, 40 accessory lines, PDF", "25", 40, 11339.0, 16271.0, 10, 14);
+        row("14 timings, wide printer margins", "25", 40, 11226.0, 15478.0, 10, 14);
+        row("7 timings and alarm signal, PDF", "30", 40, 11339.0, 16271.0, 11, 7);
+        row("7 timings and flow settings, PDF", "52", 40, 11339.0, 16271.0, 13, 7);
     }
     void everything_inside_the_printable_area() {
-        const auto [family, accessory_lines, width, height] =
-            Table<QString, int, double, double>::fetch();
+        const auto [family, accessory_lines, width, height, device_rows, timings] =
+            Table<QString, int, double, double, int, int>::fetch();
         const auto lines = [](const QString& word, int n) {
             QStringList l;
             for (int i = 1; i <= n; ++i)
@@ -100,7 +93,8 @@ private slots:
         };
         ReportRecord r = filled(family);
         r.set_value(QStringLiteral("t_Zubehoer"), lines(QStringLiteral("Teil"), accessory_lines));
-        const int timings = int(timing_rows(r, captions(), QLocale()).size());
+        QCOMPARE(int(device_data_rows(r, captions(), QLocale()).size()), device_rows);
+        QCOMPARE(int(timing_rows(r, captions(), QLocale()).size()), timings);
         const QString continuation = QStringLiteral("L7010 \u2013 VO2-7E00042 \u2013 02.03.2026");
         for (int remarks = 0; remarks <= 60; ++remarks) {
             r.set_value(QStringLiteral("t_Bemerkungen"), lines(QStringLiteral("Zeile"), remarks));
@@ -148,8 +142,6 @@ private slots:
               QStringList{"ck_Selbsttest", "ck_Ansaugtest", "ck_Maxflow", "ck_Minflow",
                           "ck_Visuell", "ck_Leistung", "ck_Typenschild"}}) {
             ReportRecord r = filled();
-            r.set_value(QStringLiteral("ck_Selbsttest"), QStringLiteral("0"));
-            r.set_value(QStringLiteral("ck_stk"), QStringLiteral("0"));
             for (const QString& key : ticked)
                 r.set_value(key, QStringLiteral("1"));
             RecordingSurface s;
@@ -159,20 +151,6 @@ private slots:
                                        [](const auto& l) { return l.colour == print::black; })),
                      8 * 4 + 2 + 4 * int(ticked.size()));
         }
-    }
-
-    // Settings a family does not have are left out of the device data.
-    void device_rows_by_family_data() {
-        const Table<QString, int, int> row; // family, device rows, timing rows
-        row("before 30: all fourteen timings", "25", 10, 14);
-        row("30: alarm signal", "30", 11, 7);
-        row("52: flow settings", "52", 13, 7);
-    }
-    void device_rows_by_family() {
-        const auto [family, rows, timings] = Table<QString, int, int>::fetch();
-        const ReportRecord r = filled(family);
-        QCOMPARE(int(device_data_rows(r, captions(), QLocale()).size()), rows);
-        QCOMPARE(int(timing_rows(r, captions(), QLocale()).size()), timings);
     }
 };
 
