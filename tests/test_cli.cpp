@@ -9,6 +9,7 @@
 
 #include <QElapsedTimer>
 #include <QFile>
+#include <QRegularExpression>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -24,16 +25,6 @@ Run run_cli(const QStringList& arguments, int timeout_ms = 20000,
     if (!cli.ok())
         qFatal("cannot copy the program");
     return cli.run(arguments, timeout_ms, {{QStringLiteral("LC_ALL"), lc_all}});
-}
-
-QMap<QString, QString> key_values(const QString& text) {
-    QMap<QString, QString> values;
-    for (const QString& line : text.split(QLatin1Char('\n'), Qt::SkipEmptyParts)) {
-        const qsizetype bar = line.indexOf(QLatin1Char('|'));
-        if (bar > 0)
-            values.insert(line.left(bar), line.mid(bar + 1));
-    }
-    return values;
 }
 
 // A firmware file whose data lines the simulated loader takes.
@@ -62,14 +53,11 @@ private slots:
                                QStringLiteral("serial:") + QString::fromUtf8(server.path),
                                QStringLiteral("info")});
         QCOMPARE(r.exit_code, 0);
-        const auto v = key_values(r.out);
-        QCOMPARE(v.value("SW"), QString("7E5"));
-        QCOMPARE(v.value("SN").trimmed(), QString("VO2-7E00042"));
-        QCOMPARE(v.value("LP"), QString("LP1550300042"));
-        QCOMPARE(v.value("BSTD"), QString("000412:10"));
-        QCOMPARE(v.value("alarme"), QString("129"));
-        QVERIFY(!v.value("O2").isEmpty());
-        QVERIFY(!v.value("O2").contains(QLatin1Char(',')));
+        for (const char* line : {"SN|VO2-7E00042", "\nLP|LP1550300042\n", "\nSW|7E5\n",
+                                 "\nBSTD|000412:10\n", "\nalarme|129\n"})
+            QVERIFY2(r.out.contains(line), qPrintable(line + (" not in:\n" + r.out)));
+        // A reading with a point, whatever the caller's locale.
+        QVERIFY2(QRegularExpression("\nO2\\|[^,\n]+\n").match(r.out).hasMatch(), qPrintable(r.out));
     }
 
     void send_prints_each_answer() {

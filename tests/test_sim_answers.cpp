@@ -20,13 +20,6 @@ QByteArray e_command(int address, int count) {
 
 const QByteArray quiet = "NOISE=off\nTIMINGS=100 144 144 27 134 27 134 0 10 30 12 40 0 0\n";
 
-// The live status asked for `ms` after power-on.
-QByteArray live_at(const QByteArray& scenario_text, qint64 ms) {
-    DirectDevice d(scenario_text);
-    d.now = ms;
-    return d.answer("I");
-}
-
 // The data of an "e" answer.
 QByteArray read(DirectDevice& d, int address, int count) {
     return d.answer(e_command(address, count)).mid(4);
@@ -141,7 +134,9 @@ private slots:
     }
     void live_status_bytes() {
         const auto [scenario, ms, bytes] = Table<QByteArray, qint64, QList<int>>::fetch();
-        const QByteArray p = live_at(scenario, ms);
+        DirectDevice d(scenario);
+        d.now = ms; // after power-on
+        const QByteArray p = d.answer("I");
         QList<int> got;
         for (qsizetype i = 0; i + 1 < bytes.size(); i += 2)
             got << bytes.at(i) << byte_at(p, bytes.at(i));
