@@ -5,13 +5,11 @@
 #include "payload_text.h"
 #include "protocol_harness.h"
 #include "sim_server_process.h"
-#include "table.h"
 
 #include <QElapsedTimer>
 #include <QFile>
 #include <QRegularExpression>
 #include <QTemporaryDir>
-#include <QTest>
 
 using veltrako::testing::Table;
 
@@ -21,10 +19,7 @@ using Run = veltrako::testing::ProgramRun;
 
 Run run_cli(const QStringList& arguments, int timeout_ms = 20000,
             const QString& lc_all = QStringLiteral("C.UTF-8")) {
-    const veltrako::testing::ProgramCopy cli(QStringLiteral(VELTRAKO2_CLI_PATH));
-    if (!cli.ok())
-        qFatal("cannot copy the program");
-    return cli.run(arguments, timeout_ms, {{QStringLiteral("LC_ALL"), lc_all}});
+    return veltrako::testing::run_cli(arguments, timeout_ms, {{QStringLiteral("LC_ALL"), lc_all}});
 }
 
 // A firmware file whose data lines the simulated loader takes.

@@ -8,7 +8,6 @@
 #include <QFile>
 #include <QStandardPaths>
 #include <QTemporaryDir>
-#include <QTest>
 
 using veltrako::testing::run_cli;
 using veltrako::testing::Table;

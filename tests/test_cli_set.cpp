@@ -10,7 +10,6 @@
 
 #include <QDate>
 #include <QFile>
-#include <QTest>
 
 using veltrako::testing::Table;
 

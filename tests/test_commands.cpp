@@ -4,8 +4,6 @@
 
 #include "protocol_harness.h"
 
-#include <QTest>
-
 using namespace veltrako::protocol;
 using namespace veltrako::testing;
 

@@ -12,7 +12,6 @@
 #include "table.h"
 
 #include <QTemporaryDir>
-#include <QTest>
 
 using namespace veltrako;
 using namespace veltrako::compliance;

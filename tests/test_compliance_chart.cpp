@@ -11,7 +11,6 @@
 #include "table.h"
 
 #include <QGuiApplication>
-#include <QTest>
 
 using namespace veltrako;
 using namespace veltrako::compliance;

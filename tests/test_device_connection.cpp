@@ -1,11 +1,9 @@
 // Opening and closing the one device: order of the steps, the messages the
 // technician sees for each failure, silence during automatic reconnection.
 
+#include "fake_link_context.h"
 #include "link/device_connection.h"
 #include "protocol_harness.h"
-#include "t5_harness.h"
-
-#include <QTest>
 
 using namespace veltrako;
 using namespace veltrako::testing;

@@ -10,8 +10,6 @@
 #include "device/parameter_values.h"
 #include "table.h"
 
-#include <QTest>
-
 using namespace veltrako::device;
 using veltrako::testing::Table;
 

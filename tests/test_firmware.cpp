@@ -14,7 +14,6 @@
 
 #include <QFile>
 #include <QTemporaryDir>
-#include <QTest>
 
 #include <algorithm>
 

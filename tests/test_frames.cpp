@@ -6,10 +6,8 @@
 #include "protocol/frames.h"
 #include "protocol/hex.h"
 
+#include "fake_link_context.h"
 #include "protocol_harness.h"
-#include "t5_harness.h"
-
-#include <QTest>
 
 using namespace veltrako;
 using namespace veltrako::testing;

@@ -10,7 +10,7 @@
 #include "live_chart.h"
 #include "protocol/commands.h"
 #include "protocol/poll_cycle.h"
-#include "t2_harness.h"
+#include "window_harness.h"
 
 #include <QAction>
 #include <QInputDialog>

@@ -6,8 +6,6 @@
 #include "link/ftdi_mapping.h"
 #include "protocol_harness.h"
 
-#include <QTest>
-
 #include <ftdi.h>
 
 using namespace veltrako;

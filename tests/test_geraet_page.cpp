@@ -4,14 +4,14 @@
 // send, and the preset buttons show the files found.
 
 #include "controls.h"
+#include "fake_link_context.h"
 #include "link/sim_link.h"
 #include "protocol/poll_cycle.h"
+#include "protocol_harness.h"
 #include "report_harness.h"
 #include "sim/concentrator.h"
 #include "sim/scenario.h"
-#include "t2_harness.h"
-#include "t5_harness.h"
-#include "test_bytes.h"
+#include "window_harness.h"
 
 #include <QDir>
 #include <QRegularExpression>
@@ -39,13 +39,10 @@ struct PageHarness {
         settle();
     }
     void settle() {
-        for (int i = 0; i < 400; ++i) {
-            clock.advance_ms(50);
-            protocol::timer1_tick(ctx);
-            if (ctx.device.live_valid && ctx.protocol.queue_count == 0 &&
-                !ctx.protocol.waiting_reply)
-                return;
-        }
+        tick_until(clock, ctx, [this] {
+            return ctx.device.live_valid && ctx.protocol.queue_count == 0 &&
+                   !ctx.protocol.waiting_reply;
+        });
     }
     QList<QByteArray> queued() const { return testing::queued(ctx); }
     static void focus(QWidget* w, QEvent::Type type, Qt::FocusReason reason) {

@@ -6,10 +6,8 @@
 #include "protocol/payload_reader.h"
 #include "protocol/response_interpreter.h"
 
+#include "fake_link_context.h"
 #include "protocol_harness.h"
-#include "t5_harness.h"
-
-#include <QTest>
 
 #include <array>
 #include <cstring>

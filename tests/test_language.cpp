@@ -7,10 +7,9 @@
 #include "apply_language.h"
 #include "config/language.h"
 #include "controls.h"
-#include "fake_user_interface.h"
 #include "frm_wait.h"
 #include "report_harness.h"
-#include "t2_harness.h"
+#include "window_harness.h"
 
 #include <QAction>
 #include <QDirIterator>

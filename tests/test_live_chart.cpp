@@ -3,7 +3,7 @@
 // and the widget, which stays empty until live data is valid.
 
 #include "live_chart.h"
-#include "t2_harness.h"
+#include "window_harness.h"
 
 #include <QPainter>
 

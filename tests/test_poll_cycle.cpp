@@ -4,21 +4,18 @@
 // path of compliance record reads, and the communication log.
 
 #include "app_context.h"
-#include "fake_user_interface.h"
+#include "fake_link_context.h"
 #include "link/device_connection.h"
 #include "link/sim_link.h"
-#include "manual_clock.h"
 #include "protocol/commands.h"
 #include "protocol/poll_cycle.h"
 #include "protocol/response_interpreter.h"
 #include "protocol_harness.h"
 #include "sim/concentrator.h"
 #include "sim/scenario.h"
-#include "t5_harness.h"
 
 #include <QMap>
 #include <QTemporaryDir>
-#include <QTest>
 
 using namespace veltrako;
 using namespace veltrako::testing;

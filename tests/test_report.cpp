@@ -6,7 +6,7 @@
 #include "compliance/compliance_print.h"
 #include "config/text_file.h"
 #include "device/parameter_values.h"
-#include "r2i19_harness.h"
+#include "inspected_device.h"
 #include "report/report_file.h"
 #include "report_harness.h"
 #include "status/status_readout.h"

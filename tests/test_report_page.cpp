@@ -5,7 +5,7 @@
 #include "protocol/poll_cycle.h"
 #include "report/report_record.h"
 #include "report_page.h"
-#include "t2_harness.h"
+#include "window_harness.h"
 
 using namespace veltrako;
 using namespace veltrako::ui;

@@ -3,8 +3,8 @@
 // in test_report_page.
 
 #include "config/language.h"
+#include "inspected_device.h"
 #include "print/recording_surface.h"
-#include "r2i19_harness.h"
 #include "report/report_print.h"
 #include "table.h"
 

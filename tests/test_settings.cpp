@@ -13,9 +13,6 @@
 #include "settings_harness.h"
 #include "sim_helpers.h"
 #include "table.h"
-#include "test_bytes.h"
-
-#include <QTest>
 
 #include <functional>
 

@@ -7,8 +7,6 @@
 #include "sim_helpers.h"
 #include "table.h"
 
-#include <QTest>
-
 using namespace veltrako;
 using namespace veltrako::testing;
 

@@ -7,8 +7,6 @@
 #include "protocol_harness.h"
 #include "sim_helpers.h"
 
-#include <QTest>
-
 using namespace veltrako;
 using namespace veltrako::testing;
 

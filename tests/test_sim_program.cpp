@@ -5,8 +5,6 @@
 #include "protocol_harness.h"
 #include "sim_helpers.h"
 
-#include <QTest>
-
 using namespace veltrako;
 using namespace veltrako::testing;
 

@@ -5,7 +5,6 @@
 #include "table.h"
 
 #include <QTemporaryDir>
-#include <QTest>
 
 using namespace veltrako;
 using namespace veltrako::testing;

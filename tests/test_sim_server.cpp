@@ -12,7 +12,6 @@
 #include "sim_server_process.h"
 
 #include <QProcess>
-#include <QTest>
 
 #include <csignal>
 

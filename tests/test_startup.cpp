@@ -7,7 +7,7 @@
 #include "sim/concentrator.h"
 #include "sim/scenario.h"
 #include "startup.h"
-#include "t2_harness.h"
+#include "window_harness.h"
 
 #include <QTemporaryDir>
 

@@ -13,7 +13,6 @@
 
 #include <QDir>
 #include <QTemporaryDir>
-#include <QTest>
 
 using namespace veltrako;
 using namespace veltrako::testing;

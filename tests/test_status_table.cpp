@@ -8,8 +8,6 @@
 #include "protocol_harness.h"
 #include "status/status_table.h"
 
-#include <QTest>
-
 using namespace veltrako;
 using namespace veltrako::testing;
 

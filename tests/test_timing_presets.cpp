@@ -11,7 +11,6 @@
 #include "test_bytes.h"
 
 #include <QTemporaryDir>
-#include <QTest>
 
 using namespace veltrako;
 using namespace veltrako::testing;
