@@ -2,6 +2,7 @@
 
 #include "app_context.h"
 #include "cli_command.h"
+#include "cli_texts.h"
 #include "console_ui.h"
 
 #include <QCommandLineParser>
@@ -10,13 +11,14 @@ namespace veltrako::cli {
 
 namespace {
 const QString option_name = QStringLiteral("prescribed-hours");
+constexpr int text_bad_option =
+    9436; // "--prescribed-hours takes a number from 0 to 24, not \"%1\""
+constexpr int text_bad_setting = 9437; // "VERORDNUNG in %1 is no number from 0 to 24: \"%2\""
 } // namespace
 
-QCommandLineOption prescribed_hours_option() {
-    return {option_name,
-            QStringLiteral("compliance, visit: prescribed hours of use a day, 0 to 24 "
-                           "(default: VERORDNUNG in veltrako2.ini)"),
-            QStringLiteral("H")};
+CliOption prescribed_hours_option() {
+    // H: compliance, visit: prescribed hours of use a day, 0 to 24 (default: VERORDNUNG ...)
+    return {option_name, 9238, 9435};
 }
 
 bool take_prescribed_hours(CommandEnv& env) {
@@ -24,11 +26,8 @@ bool take_prescribed_hours(CommandEnv& env) {
     const QString text = given ? env.parser.value(option_name) : env.ctx.config.VERORDNUNG;
     const std::optional<double> hours = config::prescribed_hours(text);
     if (!hours) {
-        print_error(given ? QStringLiteral("--prescribed-hours takes a number from 0 to 24, not "
-                                           "\"%1\"")
-                                .arg(text)
-                          : QStringLiteral("VERORDNUNG in %1 is no number from 0 to 24: \"%2\"")
-                                .arg(env.ctx.config_path, text));
+        print_error(given ? cli_text(env, text_bad_option, {text})
+                          : cli_text(env, text_bad_setting, {env.ctx.config_path, text}));
         return false;
     }
     env.ctx.compliance.prescribed_hours = *hours;

@@ -2,13 +2,13 @@
 // The prescribed hours of use a day for the commands that measure usage
 // against them: --prescribed-hours H, else VERORDNUNG of veltrako2.ini.
 
-#include <QCommandLineOption>
+#include "cli_command.h"
 
 namespace veltrako::cli {
 
 struct CommandEnv;
 
-QCommandLineOption prescribed_hours_option();
+CliOption prescribed_hours_option();
 
 // Puts the prescription into the compliance memory. False, after saying on
 // stderr which value is wrong, when it is no number from 0 to 24.

@@ -29,6 +29,8 @@ bool remember_dialog_folder(AppContext& ctx, const QString& chosen_file) {
     const QString folder = plain.left(plain.lastIndexOf(QLatin1Char('/')) + 1);
     if (!folder.isEmpty())
         ctx.config.INITDIR = folder;
+    if (!ctx.persist_config)
+        return true;
     return config::save_config(ctx.config, ctx.config_path);
 }
 

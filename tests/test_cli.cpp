@@ -2,6 +2,9 @@
 // simulator over a pseudo-terminal, and against the in-process simulator.
 
 #include "cli_program.h"
+#include "command_line.h"
+#include "config/language.h"
+#include "fake_user_interface.h"
 #include "payload_text.h"
 #include "protocol_harness.h"
 #include "sim_server_process.h"
@@ -183,6 +186,56 @@ private slots:
         // Help and version on stdout; the failure on stderr.
         const QString& text = exit_code == 0 ? r.out : r.err;
         QVERIFY2(text.contains(said), qPrintable(text));
+    }
+
+    // Every word in the language of --lang: the refusals, the question the
+    // command line leaves open, --help. German words never come out in
+    // English, nor the other way round.
+    void speaks_the_language_of_lang_data() {
+        Table<QStringList, int, QString, QString> row; // arguments, exit code, English, German
+        row("unknown option", {"--bogus", "info"}, 2, "unknown option --bogus",
+            "unbekannte Option --bogus");
+        row("option without its value", {"info", "--log"}, 2, "--log needs a value",
+            "--log braucht einen Wert");
+        row("unknown link", {"--link", "usb", "info"}, 2, "unknown link \"usb\"",
+            "unbekannte Verbindung „usb“");
+        row("arguments refused", {"--link", "sim", "status", "x"}, 2, "status takes no arguments",
+            "status nimmt keine Argumente");
+        row("value refused", {"--link", "sim", "set", "rest", "x"}, 2, "usage: set rest N",
+            "Aufruf: set rest N");
+        row("question left open", {"--link", "sim", "reset", "hours"}, 2,
+            "(no answer given: use --yes or --no)",
+            "(keine Antwort angegeben: --yes oder --no verwenden)");
+        row("help", {"--help"}, 0, "\nCommands:\n  info  ", "\nBefehle:\n  info  ");
+    }
+    void speaks_the_language_of_lang() {
+        const auto [arguments, exit_code, english, german] =
+            Table<QStringList, int, QString, QString>::fetch();
+        for (const auto& [lang, said, unsaid] :
+             {std::tuple{"en", english, german}, std::tuple{"de", german, english}}) {
+            const Run r = run_cli(QStringList{"--lang", lang} + arguments);
+            QCOMPARE(r.exit_code, exit_code);
+            const QString& text = exit_code == 0 ? r.out : r.err;
+            QVERIFY2(text.contains(said) && !text.contains(unsaid),
+                     qPrintable(lang + (":\n" + text)));
+        }
+    }
+
+    // --help shows a text for every number it names, in both languages.
+    void help_has_every_text_in_both_files_data() {
+        Table<QString>()("English", "langen.txt")("German", "langde.txt");
+    }
+    void help_has_every_text_in_both_files() {
+        veltrako::config::LanguageTables tables;
+        veltrako::testing::FakeUserInterface ui;
+        QVERIFY(veltrako::config::load_language(tables,
+                                                QCoreApplication::applicationDirPath() + '/' +
+                                                    std::get<0>(Table<QString>::fetch()),
+                                                ui));
+        const QList<int> numbers = veltrako::cli::help_text_numbers();
+        QVERIFY(numbers.size() > 50);
+        for (const int n : numbers)
+            QVERIFY2(!tables.text(n).isEmpty(), qPrintable(QString::number(n)));
     }
 
     void payload_arguments_data() {
