@@ -294,6 +294,11 @@ private slots:
         QCOMPARE(b.linked.ui.questions.size(), asked ? 1 : 0);
         QVERIFY(b.heard.isEmpty() && b.progress.log.isEmpty());
         QVERIFY(!b.linked.device->in_boot_loader());
+        // The device heard nothing: it is polled again, and the status bar
+        // says "Connected", not that polling stopped.
+        QVERIFY(b.linked.ctx.timer1.enabled());
+        QVERIFY2(b.linked.ui.connection_text.startsWith(b.text(8002)),
+                 qPrintable(b.linked.ui.connection_text));
     }
 
     void nothing_without_a_device_or_a_file() {
@@ -301,7 +306,8 @@ private slots:
         b.linked.ui.file_answers << QString(); // the dialog cancelled
         QCOMPARE(firmware::firmware_update(b.linked.ctx, b.progress), UpdateResult::left);
         QCOMPARE(b.linked.ui.dialogs.size(), 1);
-        QVERIFY(!b.linked.ctx.timer1.enabled());
+        QVERIFY(b.linked.ctx.timer1.enabled()); // polled again after the cancelled dialog
+        QVERIFY(b.linked.ui.connection_text.startsWith(b.text(8002)));
         link::close_device(b.linked.ctx);
         QCOMPARE(b.update(b.file(header + data_lines(1))), UpdateResult::left);
         QCOMPARE(b.linked.ui.dialogs.size(), 1);

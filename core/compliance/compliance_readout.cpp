@@ -134,6 +134,7 @@ void compliance_show(AppContext& ctx) {
 void cmd_complianceread_Click(AppContext& ctx) {
     if (ctx.link.device_handle == 0)
         return;
+    protocol::resume_polling(ctx);
     ComplianceMemory& m = ctx.compliance;
     if (m.readout.running())
         return;
@@ -222,6 +223,7 @@ void compliance_answer(AppContext& ctx, const QByteArray& payload) {
 void cmd_compliancedelete_Click(AppContext& ctx) {
     if (!ctx.ui.ask_ok_cancel(ctx.language.text(6011), QString()))
         return;
+    protocol::resume_polling(ctx);
     protocol::queue_command(ctx, protocol::cmd::compliance_erase());
     compliance_clear(ctx.compliance);
     compliance_buttons(ctx, link_enabled(ctx));

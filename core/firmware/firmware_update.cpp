@@ -38,6 +38,30 @@ private:
     bool on_ = false;
 };
 
+// Stops the poll cycle for the questions before an update and, unless the
+// update went as far as the device's loader, starts it again on the way out.
+// Deliberately unlike the routine this follows, which left Timer1 off after a
+// cancelled dialog, a refused file or a "No": the device heard nothing, so
+// its live values go on instead of freezing under "Verbunden" until someone
+// thinks of "Verbindung initialisieren" (and a service visit started meanwhile
+// no longer waits for ever at its first step).
+class PollingPaused {
+public:
+    explicit PollingPaused(AppContext& ctx) : ctx_(ctx) { ctx_.timer1.set_enabled(false); }
+    ~PollingPaused() {
+        if (resume_)
+            protocol::resume_polling(ctx_);
+    }
+    PollingPaused(const PollingPaused&) = delete;
+    PollingPaused& operator=(const PollingPaused&) = delete;
+    // From the loader dialogue on, the connect routine brings it back.
+    void keep_stopped() { resume_ = false; }
+
+private:
+    AppContext& ctx_;
+    bool resume_ = true;
+};
+
 // After a failure the device cannot run until it is programmed: say so with
 // the failure.
 QString failure_message(const AppContext& ctx, const QString& what) {
@@ -97,9 +121,9 @@ bool hardware_fits(const FirmwareImage& image, const QString& device_hardware) {
 UpdateResult firmware_update(AppContext& ctx, UpdateProgress& progress) {
     if (ctx.link.device_handle == 0)
         return UpdateResult::left;
-    // Nothing of the poll cycle may mix into the loader dialogue; the connect
-    // routine switches it on again.
-    ctx.timer1.set_enabled(false);
+    // Nothing of the poll cycle may mix into the loader dialogue, nor change
+    // the device record while the file is checked against it.
+    PollingPaused polling(ctx);
 
     FileDialogRequest request;
     request.title = ctx.language.text(11002);
@@ -126,6 +150,7 @@ UpdateResult firmware_update(AppContext& ctx, UpdateProgress& progress) {
     }
     if (!device::confirm_change(ctx, ctx.language.text(8037), ctx.device.SW, image.version))
         return UpdateResult::left;
+    polling.keep_stopped();
     const UpdateResult result = program_firmware(ctx, image, progress);
     if (result != UpdateResult::done)
         return result;

@@ -2,8 +2,8 @@
 // Programming new firmware through the device's boot loader: the file is
 // checked against the connected board, the device is switched into its
 // loader with the framed "b", and the data lines go out raw, one at a time,
-// each acknowledged by ">". Normal traffic stays off from the start; the
-// connect routine brings it back.
+// each acknowledged by ">". Normal traffic stays off from the start; it
+// resumes when nothing was sent, else the connect routine brings it back.
 
 #include "firmware/firmware_file.h"
 #include "firmware/update_progress.h"

@@ -16,6 +16,8 @@ namespace veltrako::link {
 
 ConnectionState connection_state(const AppContext& ctx);
 // The status bar's wording of `state`, e.g. "Verbunden: VO2-0012345 (sim)".
+// While a device is open and Timer1 is off, whatever the state, it says
+// that polling has stopped and what starts it again.
 QString connection_text(const AppContext& ctx, ConnectionState state);
 // A control that sends to the device is usable only while a device is open,
 // its identity has been read, and it is not waiting in its boot loader.

@@ -291,6 +291,11 @@ void connect_routine(AppContext& ctx) {
     ctx.timer1.set_enabled(true);
 }
 
+void resume_polling(AppContext& ctx) {
+    if (ctx.link.device_handle != 0 && !ctx.link.boot_loader && !ctx.timer1.enabled())
+        ctx.timer1.set_enabled(true);
+}
+
 void cmd_clear(AppContext& ctx) {
     ctx.ui.clear_out();
 }
