@@ -54,6 +54,8 @@ int CliSession::run_until(const std::function<bool()>& done) {
             loop.exit(exit_device);
         else if (interrupt_seen || done())
             loop.exit(exit_ok);
+        else if (!ctx_.timer1.enabled()) // a device in its boot loader, an overflow
+            loop.exit(exit_device);
     };
     const int code = loop.exec();
     // Timer1 stays as the ticks left it: on between the command's steps, as

@@ -138,21 +138,42 @@ private slots:
         QVERIFY2(r.err.contains(message), qPrintable(r.err));
     }
 
+    // A device found waiting in its boot loader is programmed without an
+    // identity; a loader that does not name its hardware only with
+    // --force-hardware, and a warning.
     void firmware_data() {
-        Table<QString, QStringList, int, QStringList> row; // hardware, options, exit, said in order
-        row("programmed", "AE60|AE61", {"--yes"}, 0,
+        // device (scenario lines; none: the default device), hardware,
+        // options, exit, said in order
+        Table<QByteArray, QString, QStringList, int, QStringList> row;
+        row("programmed", "", "AE60|AE61", {"--yes"}, 0,
             {"block 1/3, eta 0:01", "block 3/3, eta 0:01", "The software update is complete."});
-        row("another board", "AE60", {"--yes"}, 1, {"does not fit", "device: AE61", "file: 5122"});
+        row("another board", "", "AE60", {"--yes"}, 1,
+            {"does not fit", "device: AE61", "file: 5122"});
         // Nothing is sent before the question is answered.
-        row("no answer", "AE61", {}, 2, {"Now: 5121", "New: 5122", "--yes or --no"});
+        row("no answer", "", "AE61", {}, 2, {"Now: 5121", "New: 5122", "--yes or --no"});
+        const QByteArray loader = "BOOT_LOADER=on\nSW_AFTER_UPDATE=5122\n";
+        row("in its boot loader", loader + "BOOT_LOADER_GREETING=\"ae60000 BL1.3 AE61\\r\\n\"\n",
+            "AE61", {"--yes", "--verbose"}, 0,
+            {"Device waiting in its boot loader", "block 3/3", "The software update is complete.",
+             "software version 5122"});
+        row("in a loader that names no hardware", loader, "AE61", {"--yes"}, 2,
+            {"Device waiting in its boot loader", "does not say which hardware", "file: AE61",
+             "--force-hardware programs the file"});
+        row("forced", loader, "AE61", {"--yes", "--force-hardware"}, 0,
+            {"does not say which hardware", "block 3/3", "The software update is complete."});
     }
     void firmware() {
-        const auto [hardware, options, exit_code, said] =
-            Table<QString, QStringList, int, QStringList>::fetch();
+        const auto [device, hardware, options, exit_code, said] =
+            Table<QByteArray, QString, QStringList, int, QStringList>::fetch();
         QTemporaryDir dir;
-        const Run r =
-            run_cli(QStringList{"--link", "sim", "firmware", firmware_file(dir.path(), hardware)} +
-                    options);
+        QString link = "sim";
+        if (!device.isEmpty()) {
+            QFile scenario(dir.filePath("device.scn"));
+            QVERIFY(scenario.open(QIODevice::WriteOnly) && scenario.write(device) > 0);
+            link += ':' + scenario.fileName();
+        }
+        const Run r = run_cli(
+            QStringList{"--link", link, "firmware", firmware_file(dir.path(), hardware)} + options);
         QCOMPARE(r.exit_code, exit_code);
         qsizetype at = 0;
         for (const QString& s : said) {

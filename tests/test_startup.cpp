@@ -2,9 +2,12 @@
 // in-process simulator on the program's own timer and event loop: settings
 // and language texts read, live values on "Gerät", the device closed on
 // quitting; a cancelled firmware update that leaves the poll cycle running,
-// so that a service visit after it runs to its end.
+// so that a service visit after it runs to its end; a device that waits in
+// its boot loader, found at start-up and again after "Verbindung
+// initialisieren", and brought back by the firmware update.
 
 #include "link/sim_link.h"
+#include "protocol_harness.h"
 #include "report_harness.h"
 #include "sim/concentrator.h"
 #include "sim/scenario.h"
@@ -13,6 +16,7 @@
 #include "window_harness.h"
 
 #include <QAction>
+#include <QFileDialog>
 #include <QTemporaryDir>
 
 using namespace veltrako;
@@ -93,6 +97,42 @@ private slots:
         s.form.menu_action("men_Servicebesuch")->trigger();
         QCOMPARE(boxes.texts.size(), 1);
         QVERIFY2(boxes.texts[0].startsWith(s.ctx.language.text(8422)), qPrintable(boxes.texts[0]));
+    }
+
+    void device_in_its_boot_loader_is_brought_back() {
+        const QString waiting = QStringLiteral("Gerät wartet im Bootloader");
+        // "Gerät wartet im Bootloader" and what to do, at every finding.
+        auto found = std::make_unique<BoxAnswers>();
+        Started s("SW=5121\nSW_AFTER_UPDATE=5122\nHARDWARE_ID=AE61\nNOISE=off\nBOOT_LOADER=on\n"
+                  "BOOT_LOADER_GREETING=\"ae60000 BL1.3 AE61\\r\\n\"\n");
+        QTRY_COMPARE_WITH_TIMEOUT(s.status(), waiting, 10000);
+        QVERIFY(s.form.menu_action("men_Softwareupdate")->isEnabled());
+        QVERIFY(!s.form.menu_action("men_Servicebesuch")->isEnabled());
+        QVERIFY(!s.form.control("cmd_setsn")->isEnabled());
+        s.form.menu_action("men_verbindung")->trigger();
+        QVERIFY(s.status() != waiting);                        // looked for afresh ...
+        QTRY_COMPARE_WITH_TIMEOUT(s.status(), waiting, 10000); // ... and found there again
+        QTRY_COMPARE(found->texts.size(), 2);
+        QVERIFY(found->texts[0].startsWith(waiting));
+        found.reset();
+
+        QByteArray file = "VERSION=5122\r\nHARDWARE=AE61\r\n";
+        for (int i = 0; i < 3; ++i)
+            file += loader_line(16 * i, QByteArray(16, 'x')).toHex() + "\r\n";
+        QVERIFY(write_file(s.dir.filePath("new.ae6"), file));
+        when_modal([&s](QWidget* dialog) {
+            auto* files = qobject_cast<QFileDialog*>(dialog);
+            QVERIFY(files);
+            files->selectFile(s.dir.filePath("new.ae6"));
+            QMetaObject::invokeMethod(files, "accept");
+        });
+        BoxAnswers update({QMessageBox::Yes, QMessageBox::Ok}); // the question, "abgeschlossen"
+        s.form.menu_action("men_Softwareupdate")->trigger();
+        QCOMPARE(update.texts.size(), 2);
+        QCOMPARE(update.texts[1], s.ctx.language.text(104));
+        QTRY_COMPARE_WITH_TIMEOUT(s.text("t_sw"), QString("5122"), 10000);
+        QVERIFY2(s.status().startsWith("Verbunden"), qPrintable(s.status()));
+        QVERIFY(!s.device->in_boot_loader());
     }
 };
 

@@ -60,6 +60,8 @@ bool device_controls_enabled(const AppContext& ctx) {
 }
 
 void follow_connection(AppContext& ctx) {
+    if (ctx.link.quiet)
+        return;
     const ConnectionState state = connection_state(ctx);
     if (state == ConnectionState::connected)
         ctx.link.lost = false;
@@ -69,6 +71,14 @@ void follow_connection(AppContext& ctx) {
     ctx.link.connection = state;
     ctx.link.connection_text = text;
     ctx.ui.connection_changed(state, text);
+}
+
+QuietConnection::QuietConnection(AppContext& ctx) : ctx_(ctx), was_quiet_(ctx.link.quiet) {
+    ctx_.link.quiet = true;
+}
+
+QuietConnection::~QuietConnection() {
+    ctx_.link.quiet = was_quiet_;
 }
 
 } // namespace veltrako::link

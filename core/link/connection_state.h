@@ -26,4 +26,19 @@ bool device_controls_enabled(const AppContext& ctx);
 // wording changed. An identity read ends a lost connection.
 void follow_connection(AppContext& ctx);
 
+// While one lives, follow_connection tells nothing: for a routine whose steps
+// pass through states that are none (the connect routine, between opening
+// the device and switching Timer1 on); it follows the state once at its end.
+class QuietConnection {
+public:
+    explicit QuietConnection(AppContext& ctx);
+    ~QuietConnection();
+    QuietConnection(const QuietConnection&) = delete;
+    QuietConnection& operator=(const QuietConnection&) = delete;
+
+private:
+    AppContext& ctx_;
+    bool was_quiet_;
+};
+
 } // namespace veltrako::link
