@@ -16,6 +16,7 @@
 #include "sim/concentrator.h"
 #include "sim/scenario.h"
 #include "status/status_readout.h"
+#include "visit/visit.h"
 
 #include <QMap>
 #include <QTemporaryDir>
@@ -288,6 +289,8 @@ private slots:
         row("status readout", Job(status::cmd_sysstatread_Click), cmd::read_status_record(1));
         row("usage readout", Job(compliance::cmd_complianceread_Click), cmd::compliance_count());
         row("usage erased", Job(compliance::cmd_compliancedelete_Click), cmd::compliance_erase());
+        row("service visit", Job([](AppContext& ctx) { visit::Visit(ctx, {}).start(); }),
+            cmd::read_status_record(1));
         row("setting written", Job([](AppContext& ctx) {
                 QCOMPARE(device::cmd_Restzeit_Click(ctx), device::WriteOutcome::confirmed);
             }),
