@@ -124,8 +124,11 @@ void cmd_print_click(FrmMain& form, AppContext& ctx) {
             [&ctx](print::DrawingSurface& surface) {
                 report::print_report(surface, ctx.report, ctx.language, QLocale());
             },
-            ctx.language, &error))
+            ctx.language, &error)) {
         ctx.ui.show_msg(error, MsgIcon::critical);
+        return;
+    }
+    report::hand_on_report(ctx, ctx.report, printer.outputFileName(), true);
 }
 
 void bind_protokoll_page(FrmMain& form, AppContext& ctx) {
