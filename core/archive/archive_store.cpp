@@ -31,7 +31,7 @@ const QString usage_upsert = QStringLiteral(
     " WHERE excluded.end_seen > usage_periods.end_seen");
 
 QVariant text_or_null(const QString& s) {
-    return s.isEmpty() ? QVariant(QMetaType::fromType<QString>()) : QVariant(s);
+    return s.isEmpty() ? QVariant() : QVariant(s);
 }
 
 bool fail(const QSqlQuery& q, QString* error) {
@@ -41,8 +41,14 @@ bool fail(const QSqlQuery& q, QString* error) {
 }
 
 bool run(QSqlQuery& q, const QVariantList& values, QString* error) {
-    for (int i = 0; i < values.size(); ++i)
-        q.bindValue(i, values[i]);
+    for (int i = 0; i < values.size(); ++i) {
+        const QVariant& v = values[i];
+        // A text column holds an empty text, never NULL, for a value not given.
+        if (v.typeId() == QMetaType::QString && v.toString().isNull())
+            q.bindValue(i, QStringLiteral(""));
+        else
+            q.bindValue(i, v);
+    }
     return q.exec() || fail(q, error);
 }
 
@@ -199,6 +205,13 @@ bool ArchiveStore::write_event(const ArchiveEvent& e, EventAdded& added, QString
                              " VALUES (?, ?, ?, ?, ?, ?) ON CONFLICT (id) DO NOTHING"));
     if (!run(q, {e.id, e.sn, e.kind, e.at, text_or_null(e.visit_id), e.written_by}, error))
         return false;
+    // The periods handed in, once each: what the readout says it holds.
+    std::vector<compliance::ComplianceRecord> periods;
+    std::set<compliance::Stamp> starts;
+    for (const compliance::ComplianceRecord& p : e.periods)
+        if (p.start != 0 && p.end != 0 && p.end >= p.start && starts.insert(p.start).second)
+            periods.push_back(p);
+    added.periods = static_cast<int>(periods.size());
     if (q.numRowsAffected() == 0)
         return true; // known already: everything of it is in
     added.added = true;
@@ -210,10 +223,7 @@ bool ArchiveStore::write_event(const ArchiveEvent& e, EventAdded& added, QString
         if (!before)
             return false;
         q.prepare(usage_upsert);
-        std::set<compliance::Stamp> starts;
-        for (const compliance::ComplianceRecord& p : e.periods) {
-            if (p.start == 0 || p.end == 0 || p.end < p.start || !starts.insert(p.start).second)
-                continue;
+        for (const compliance::ComplianceRecord& p : periods) {
             if (!run(q,
                      {e.sn, archive_seconds(p.start), archive_seconds(p.end),
                       p.start == e.running_start ? 1 : 0, e.at, e.id, e.written_by},
@@ -223,7 +233,6 @@ bool ArchiveStore::write_event(const ArchiveEvent& e, EventAdded& added, QString
         const std::optional<int> after = count_of(db, count_sql, {e.sn}, error);
         if (!after)
             return false;
-        added.periods = static_cast<int>(starts.size());
         added.new_periods = *after - *before;
         q.prepare(QStringLiteral("INSERT INTO usage_readouts (event_id, periods, new_periods,"
                                  " source) VALUES (?, ?, ?, ?)"));
