@@ -104,6 +104,10 @@ bool exec(QSqlDatabase& db, const QString& sql, QString* error) {
 
 } // namespace
 
+bool begin_write_transaction(QSqlDatabase& db, QString* error) {
+    return exec(db, QStringLiteral("BEGIN IMMEDIATE"), error);
+}
+
 const std::vector<Migration>& migrations() {
     static const std::vector<Migration> all{version_1};
     return all;
@@ -147,10 +151,18 @@ bool migrate(QSqlDatabase& db, int target, QString* error) {
     for (const Migration& m : migrations()) {
         if (m.version <= *found || m.version > target)
             continue;
-        if (!db.transaction()) {
-            if (error)
-                *error = db.lastError().text();
+        // Another program may be migrating the same file: the write lock
+        // first, then the version it has reached.
+        if (!begin_write_transaction(db, error))
             return false;
+        const std::optional<int> now = schema_version(db, error);
+        if (!now) {
+            exec(db, QStringLiteral("ROLLBACK"), nullptr);
+            return false;
+        }
+        if (*now >= m.version) {
+            exec(db, QStringLiteral("COMMIT"), nullptr);
+            continue;
         }
         bool ok = true;
         for (const QString& sql : m.statements)
@@ -159,10 +171,8 @@ bool migrate(QSqlDatabase& db, int target, QString* error) {
         ok = ok && exec(db,
                         QStringLiteral("UPDATE schema_version SET version = %1").arg(m.version),
                         error);
-        if (!ok || !db.commit()) {
-            if (ok && error)
-                *error = db.lastError().text();
-            db.rollback();
+        if (!ok || !exec(db, QStringLiteral("COMMIT"), error)) {
+            exec(db, QStringLiteral("ROLLBACK"), nullptr);
             return false;
         }
     }

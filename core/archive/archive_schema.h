@@ -33,6 +33,11 @@ int latest_version();
 // it cannot be read.
 std::optional<int> schema_version(QSqlDatabase& db, QString* error);
 
+// A write transaction that holds the write lock from its start (SQLite's
+// BEGIN IMMEDIATE), so that two programs writing at once wait for each other
+// instead of failing when a read turns into a write.
+bool begin_write_transaction(QSqlDatabase& db, QString* error);
+
 // Runs every migration after the file's version up to `target`, each in one
 // transaction. A file from a newer program (a version above every known
 // one) is left alone and refused. False with the reason in `error`.

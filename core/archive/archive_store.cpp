@@ -57,12 +57,6 @@ bool exec(QSqlDatabase& db, const QString& sql, QString* error) {
     return q.exec(sql) || fail(q, error);
 }
 
-// SQLite takes the write lock at the start, so that two programs writing at
-// once wait for each other instead of failing when a read turns into a write.
-bool begin_write_transaction(QSqlDatabase& db, QString* error) {
-    return exec(db, QStringLiteral("BEGIN IMMEDIATE"), error);
-}
-
 // SQLite's own settings of a connection: the write-ahead journal (readers and
 // one writer at once, and a killed writer leaves the file as it was) and
 // foreign keys, which SQLite checks only when asked.
