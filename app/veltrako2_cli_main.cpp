@@ -181,8 +181,7 @@ int main(int argc, char** argv) {
     // A script runs fine on the defaults; only a file that is there is read.
     if (QFileInfo::exists(ctx.config_path))
         config::load_config(ctx.config, ctx.config_path, ctx.user_dir, ui);
-    ctx.archive_path =
-        config::archive_path(location, ctx.config.ARCHIV, parser.value(archive_opt));
+    ctx.archive_path = config::archive_path(location, ctx.config.ARCHIV, parser.value(archive_opt));
     ctx.timer1.set_interval(ctx.config.TIMERINTERVAL);
     ctx.language.words = config::language_locale(parser.value(lang_opt));
     const QString lang = ctx.program_dir + QStringLiteral("lang%1.txt").arg(parser.value(lang_opt));

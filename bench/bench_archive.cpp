@@ -28,9 +28,12 @@ namespace {
 // one still running and seen at `readout` (hours after the first).
 jobs::UsageReadout full_readout(const QString& sn, int shift, int readout) {
     const compliance::Stamp from = compliance::make_stamp(2015, 1, 1, 22, 0, 0);
-    jobs::UsageReadout r{sn, QStringLiteral("LP1240010077"),
-                         QDateTime(QDate(2026, 1, 1), QTime(0, 0), Qt::UTC).addSecs(readout * 3600LL),
-                         {}, 0};
+    jobs::UsageReadout r{
+        sn,
+        QStringLiteral("LP1240010077"),
+        QDateTime(QDate(2026, 1, 1), QTime(0, 0), Qt::UTC).addSecs(readout * 3600LL),
+        {},
+        0};
     for (int i = 0; i < 4097; ++i) {
         const compliance::Stamp start = from + (shift + i) * 86400LL;
         r.periods.push_back({start, start + 8 * 3600 + (i == 4096 ? readout : 0)});
@@ -58,9 +61,8 @@ int main(int argc, char** argv) {
     total.start();
     qint64 slowest = 0;
     for (int n = 0; n < 100; ++n) {
-        const auto event = archive::usage_event(full_readout(QStringLiteral("VO2-BENCH"),
-                                                             (n / 10) * 7, n + 1),
-                                                archive::this_writer());
+        const auto event = archive::usage_event(
+            full_readout(QStringLiteral("VO2-BENCH"), (n / 10) * 7, n + 1), archive::this_writer());
         QElapsedTimer one;
         one.start();
         if (!store.write({event}, nullptr, &error)) {

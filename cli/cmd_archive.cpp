@@ -129,8 +129,9 @@ CliCommand archive_command() {
         "archive check        the archive's integrity and its own rules");
     c.options = [] {
         return QList<QCommandLineOption>{
-            {sn_opt, QStringLiteral("archive import: the serial number of compliance files that"
-                                    " name no device"),
+            {sn_opt,
+             QStringLiteral("archive import: the serial number of compliance files that"
+                            " name no device"),
              QStringLiteral("SN")}};
     };
     c.run = run_archive;

@@ -35,8 +35,8 @@ int usage_error(CommandEnv& env, int text) {
 }
 
 int unreadable(CommandEnv& env, const QString& error) {
-    print_error(env.ctx.language.text(text_unreadable) + QLatin1Char(' ') +
-                env.archive.path() + QStringLiteral(": ") + error);
+    print_error(env.ctx.language.text(text_unreadable) + QLatin1Char(' ') + env.archive.path() +
+                QStringLiteral(": ") + error);
     return exit_device;
 }
 
@@ -88,7 +88,8 @@ int run_history(CommandEnv& env) {
             }
             const QStringList lines =
                 csv ? archive::csv_lines(*periods)
-                    : archive::usage_lines(*periods, env.ctx.compliance.prescribed_hours, QLocale());
+                    : archive::usage_lines(*periods, env.ctx.compliance.prescribed_hours,
+                                           QLocale());
             for (const QString& line : lines)
                 print_line(line);
             return;

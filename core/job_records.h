@@ -33,7 +33,7 @@ struct StatusReadout {
     QString lp;
     QString sw;
     QDateTime at;
-    bool extended = false;          // the second record layout
+    bool extended = false;           // the second record layout
     std::vector<QByteArray> records; // 22 bytes each, in the order read
 };
 
@@ -54,8 +54,8 @@ struct VisitDone {
     QDateTime at; // when the visit began
     QString folder;
     VisitResult result = VisitResult::written;
-    QString reason;         // why it failed or stopped
-    QStringList snapshot;   // the device's KEY|VALUE lines at the visit
+    QString reason;       // why it failed or stopped
+    QStringList snapshot; // the device's KEY|VALUE lines at the visit
 };
 
 // A firmware update at its end.

@@ -18,11 +18,11 @@ using namespace veltrako;
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     const QStringList lines = config::decode_text_lines(fuzz::input_bytes(data, size));
     // The first byte picks the file's name: the visit's own file or any other.
-    const QString path = size > 0 && data[0] % 2 == 0 ? QStringLiteral("/v/VO2-1_2026-03-02/Besuch.txt")
-                                                      : QStringLiteral("/v/VO2-1_2026-03-02/x.txt");
-    const archive::ImportedFile f =
-        archive::read_import_lines(path, lines, QString(), QString(), QStringLiteral("SN"),
-                                   QStringLiteral("fuzz@host"), true);
+    const QString path = size > 0 && data[0] % 2 == 0
+                             ? QStringLiteral("/v/VO2-1_2026-03-02/Besuch.txt")
+                             : QStringLiteral("/v/VO2-1_2026-03-02/x.txt");
+    const archive::ImportedFile f = archive::read_import_lines(
+        path, lines, QString(), QString(), QStringLiteral("SN"), QStringLiteral("fuzz@host"), true);
     if (f.events.empty() == f.error.isEmpty())
         __builtin_trap(); // either events or a reason
     for (const archive::ArchiveEvent& e : f.events) {

@@ -58,8 +58,8 @@ jobs::UsageReadout readout(const QString& periods, int at_hours, const QString& 
 QString kept(archive::ArchiveStore& store, const QString& sn = "VO2-1") {
     QStringList out;
     QString error;
-    const std::vector<ComplianceRecord> periods = store.periods(sn, &error).value_or(
-        std::vector<ComplianceRecord>{});
+    const std::vector<ComplianceRecord> periods =
+        store.periods(sn, &error).value_or(std::vector<ComplianceRecord>{});
     for (const ComplianceRecord& p : periods)
         out << QStringLiteral("%1-%2").arg((p.start - base()) / 3600).arg((p.end - base()) / 3600);
     return out.join(',');
@@ -134,8 +134,8 @@ private slots:
         row("the running period closed later", {"1|0-2,3-4*", "9|0-2,3-6,7-9*"}, "0-2,3-6,7-9",
             "2,1", 1);
         row("an older readout afterwards", {"9|0-2,3-6", "1|0-2,3-4*"}, "0-2,3-6", "2,0", 0);
-        row("the ring moved on", {"1|0-1,2-3,4-5", "9|4-5,6-7,8-9"}, "0-1,2-3,4-5,6-7,8-9",
-            "3,2", 0);
+        row("the ring moved on", {"1|0-1,2-3,4-5", "9|4-5,6-7,8-9"}, "0-1,2-3,4-5,6-7,8-9", "3,2",
+            0);
         row("erased and reversed records", {"1|0-0,5-3,6-8"}, "6-8", "1", 0);
     }
     void merge_rules() {
@@ -184,7 +184,8 @@ private slots:
                 // Rows as version 1 wrote them; no later migration may lose them.
                 QSqlQuery q(old.database());
                 QVERIFY(q.exec("INSERT INTO devices (sn, lp, lp_at) VALUES ('VO2-1', 'LP1', 1)"));
-                QVERIFY(q.exec("INSERT INTO events VALUES ('e1', 'VO2-1', 'usage', 5, NULL, 'a@b')"));
+                QVERIFY(
+                    q.exec("INSERT INTO events VALUES ('e1', 'VO2-1', 'usage', 5, NULL, 'a@b')"));
                 QVERIFY(q.exec("INSERT INTO usage_periods VALUES ('VO2-1', 100, 200, 0, 5, 'e1', "
                                "'a@b')"));
             }
@@ -236,10 +237,14 @@ private slots:
     void a_failing_archive_costs_one_message_data() {
         QTest::addColumn<QString>("fault");
         QTest::addColumn<QString>("why");
-        QTest::newRow("locked by another program") << "locked" << "locked";
-        QTest::newRow("corrupt file") << "corrupt" << "not a database";
-        QTest::newRow("full disk") << "full" << "";
-        QTest::newRow("folder cannot be made") << "no folder" << "folder";
+        QTest::newRow("locked by another program") << "locked"
+                                                   << "locked";
+        QTest::newRow("corrupt file") << "corrupt"
+                                      << "not a database";
+        QTest::newRow("full disk") << "full"
+                                   << "";
+        QTest::newRow("folder cannot be made") << "no folder"
+                                               << "folder";
     }
     void a_failing_archive_costs_one_message() {
         QFETCH(QString, fault);
@@ -304,12 +309,18 @@ private slots:
             if (locked)
                 lock = std::make_unique<ForeignWriter>(f.service.path());
             f.ctx.hooks.visit_begun();
-            f.ctx.hooks.status_read({"VO2-1", "LP1", "5122", pc_time, false, {status_record(7, 1)}});
+            f.ctx.hooks.status_read(
+                {"VO2-1", "LP1", "5122", pc_time, false, {status_record(7, 1)}});
             f.ctx.hooks.usage_read(readout("0-2,3-5", 1));
-            f.ctx.hooks.report_filed({"VO2-1", pc_time, "/r.txt", false, {"SN|VO2-1", "BSTD|1:00"}});
+            f.ctx.hooks.report_filed(
+                {"VO2-1", pc_time, "/r.txt", false, {"SN|VO2-1", "BSTD|1:00"}});
             QCOMPARE(f.ui.messages.size(), 0); // nothing written before the visit ends
-            f.ctx.hooks.visit_done({"VO2-1", pc_time, "/v/VO2-1_2026-03-02",
-                                    jobs::VisitResult::written, {}, {"SN|VO2-1", "BSTD|1:00"}});
+            f.ctx.hooks.visit_done({"VO2-1",
+                                    pc_time,
+                                    "/v/VO2-1_2026-03-02",
+                                    jobs::VisitResult::written,
+                                    {},
+                                    {"SN|VO2-1", "BSTD|1:00"}});
             lock.reset();
             QCOMPARE(f.ui.messages.size(), locked ? 1 : 0);
             f.service.run_now([&](archive::ArchiveStore& s) {
@@ -320,8 +331,7 @@ private slots:
                          locked ? 0 : 3);
             });
             if (locked)
-                QVERIFY2(f.ui.messages[0].contains("VO2-1") &&
-                             f.ui.messages[0].contains("locked"),
+                QVERIFY2(f.ui.messages[0].contains("VO2-1") && f.ui.messages[0].contains("locked"),
                          qPrintable(f.ui.messages[0]));
         }
     }
@@ -358,13 +368,18 @@ private slots:
     }
     void no_status_table_data() {
         QTest::addColumn<QStringList>("lines");
-        const QStringList head{"SN          VO2-1", "SN LP       LP1", "SWVersion   5122",
-                               "Datum       02.03.2026 10:00:00", "h1", "h2", "h3", "----"};
+        const QStringList head{"SN          VO2-1",
+                               "SN LP       LP1",
+                               "SWVersion   5122",
+                               "Datum       02.03.2026 10:00:00",
+                               "h1",
+                               "h2",
+                               "h3",
+                               "----"};
         QTest::newRow("too short") << head.mid(0, 6);
         QTest::newRow("no date") << QStringList(head).replaceInStrings("02.03.2026", "xx");
         QTest::newRow("a line of 3 columns") << head + QStringList{"  1  2  3"};
-        QTest::newRow("no block number")
-            << head + QStringList{QStringList(20, " x").join("")};
+        QTest::newRow("no block number") << head + QStringList{QStringList(20, " x").join("")};
     }
     void no_status_table() {
         QFETCH(QStringList, lines);
@@ -377,7 +392,9 @@ private slots:
         const qint64 day = 86400;
         std::vector<archive::VisitRow> visits{
             {"a", "visit", 1000, {{"BSTD", "001000:00"}, {"SW", "5121"}, {"ZEITEN3", "5,40"}}},
-            {"b", "report", 1000 + 10 * day,
+            {"b",
+             "report",
+             1000 + 10 * day,
              {{"BSTD", "001120:30"}, {"SW", "5122"}, {"ZEITEN3", "5,60"}}},
         };
         const auto changes = archive::compare_visits(visits, {900, 1000, 5000, 1000 + 10 * day});
@@ -403,7 +420,8 @@ private slots:
         QCOMPARE(lines.first(), QString("2024-01|272.0|31|8.8|30"));
         QCOMPARE(lines[1], QString("2024-02|261.0|29|9.0|29"));
         QCOMPARE(archive::csv_lines(periods).size(), 5001);
-        QCOMPARE(archive::csv_lines(periods)[1], QString("2024-01-01T22:00:00,2024-01-02T07:00:00,9.00"));
+        QCOMPARE(archive::csv_lines(periods)[1],
+                 QString("2024-01-01T22:00:00,2024-01-02T07:00:00,9.00"));
     }
 
     // In the window the archive works on its own thread, and the Verlauf
@@ -415,7 +433,10 @@ private slots:
         archive::ArchiveService service(file, archive::ArchiveService::Mode::own_thread);
         archive::install_archive(w.ctx, service);
         ui::bind_page_verlauf(w.form, w.ctx, service);
-        w.ctx.hooks.report_filed({"VO2-1", pc_time.addDays(-30), "/r1.txt", false,
+        w.ctx.hooks.report_filed({"VO2-1",
+                                  pc_time.addDays(-30),
+                                  "/r1.txt",
+                                  false,
                                   {"SN|VO2-1", "BSTD|000100:00", "SW|5121"}});
         w.ctx.hooks.report_filed(
             {"VO2-1", pc_time, "/r2.txt", true, {"SN|VO2-1", "BSTD|000400:00", "SW|5122"}});

@@ -92,8 +92,8 @@ private slots:
     void jobs_land_and_history_reads_them() {
         QTemporaryDir dir;
         const QString archive = dir.filePath("a.sqlite");
-        const Run usage = run_cli({"--archive", archive, "--link", "sim", "compliance",
-                                   "--prescribed-hours", "6"});
+        const Run usage = run_cli(
+            {"--archive", archive, "--link", "sim", "compliance", "--prescribed-hours", "6"});
         QCOMPARE(usage.exit_code, 0);
         const Run report = run_cli({"--archive", archive, "--link", "sim", "report", "--out",
                                     dir.filePath("r.txt"), "t_Pruefer=Max Muster"});
@@ -114,10 +114,9 @@ private slots:
         QCOMPARE(events.size(), 2);
         const QStringList read = events.filter("|usage|");
         const QStringList filed = events.filter("|report|");
-        QVERIFY2(read.size() == 1 &&
-                     read[0].contains(QRegularExpression(
-                         R"(^\d{4}-\d\d-\d\d \d\d:\d\d:\d\d\|usage\|)" + m.captured(2) +
-                         " periods, " + m.captured(2) + " new$")),
+        QVERIFY2(read.size() == 1 && read[0].contains(QRegularExpression(
+                                         R"(^\d{4}-\d\d-\d\d \d\d:\d\d:\d\d\|usage\|)" +
+                                         m.captured(2) + " periods, " + m.captured(2) + " new$")),
                  qPrintable(events.join('\n')));
         QVERIFY2(filed.size() == 1 && filed[0].contains("|report|saved ") &&
                      filed[0].endsWith("inspector Max Muster"),
@@ -127,12 +126,14 @@ private slots:
             run_cli({"--archive", archive, "history", sn, "--usage", "--prescribed-hours", "6"});
         QCOMPARE(months.exit_code, 0);
         QCOMPARE(months.out, usage.out);
-        const QStringList csv = lines_of(run_cli({"--archive", archive, "history", sn, "--csv"}).out);
+        const QStringList csv =
+            lines_of(run_cli({"--archive", archive, "history", sn, "--csv"}).out);
         QCOMPARE(csv.size(), m.captured(2).toInt() + 1);
         QCOMPARE(csv[0], QString("start,end,hours"));
-        QVERIFY2(csv[1].contains(QRegularExpression(
-                     R"(^\d{4}-\d\d-\d\dT\d\d:\d\d:\d\d,\d{4}-\d\d-\d\dT\d\d:\d\d:\d\d,\d+\.\d\d$)")),
-                 qPrintable(csv[1]));
+        QVERIFY2(
+            csv[1].contains(QRegularExpression(
+                R"(^\d{4}-\d\d-\d\dT\d\d:\d\d:\d\d,\d{4}-\d\d-\d\dT\d\d:\d\d:\d\d,\d+\.\d\d$)")),
+            qPrintable(csv[1]));
 
         const Run unknown = run_cli({"--archive", archive, "history", "NOSUCH"});
         QCOMPARE(unknown.exit_code, 1);
@@ -161,8 +162,7 @@ private slots:
         QCOMPARE(lines_of(again.out),
                  QStringList{"imported: 50 periods (0 new), 0 status entries, 0 reports"});
 
-        const Run refused =
-            run_cli({"--archive", archive, "archive", "import", nameless, broken});
+        const Run refused = run_cli({"--archive", archive, "archive", "import", nameless, broken});
         QCOMPARE(refused.exit_code, 1);
         const QStringList err = lines_of(refused.err);
         QCOMPARE(err.size(), 2);
@@ -170,8 +170,8 @@ private slots:
         QVERIFY2(err[1].contains("broken.txt"), qPrintable(err[1]));
         QCOMPARE(lines_of(refused.out),
                  QStringList{"imported: 0 periods (0 new), 0 status entries, 0 reports"});
-        const Run named = run_cli({"--archive", archive, "archive", "import", "--sn", "VO2-9",
-                                   nameless});
+        const Run named =
+            run_cli({"--archive", archive, "archive", "import", "--sn", "VO2-9", nameless});
         QCOMPARE(lines_of(named.out),
                  QStringList{"imported: 5 periods (5 new), 0 status entries, 0 reports"});
         QCOMPARE(lines_of(run_cli({"--archive", archive, "history"}).out).size(), 3);
@@ -225,7 +225,8 @@ private slots:
             }
         }
         const QString out = dir.filePath("c.txt");
-        const QStringList arguments{"--link", "sim", "--archive", archive, "compliance", "--out", out};
+        const QStringList arguments{"--link",     "sim",   "--archive", archive,
+                                    "compliance", "--out", out};
         Run run;
         if (fault == "full") {
             // The compliance file fits; the archive's journal does not.
@@ -259,8 +260,8 @@ private slots:
     void two_writers_lose_nothing() {
         QTemporaryDir dir;
         const QString archive = dir.filePath("a.sqlite");
-        const QString a = write_file(dir.filePath("Compliance_VO2-A_20240101_000000.txt"),
-                                     compliance_file(4097));
+        const QString a =
+            write_file(dir.filePath("Compliance_VO2-A_20240101_000000.txt"), compliance_file(4097));
         const QString b = write_file(dir.filePath("Compliance_VO2-B_20240101_000000.txt"),
                                      compliance_file(4097, QDate(2009, 1, 1)));
         const ProgramCopy cli(QStringLiteral(VELTRAKO2_CLI_PATH));
@@ -284,8 +285,9 @@ private slots:
         QTemporaryDir dir;
         const QString archive = dir.filePath("a.sqlite");
         for (int i = 0; i < 12; ++i)
-            write_file(dir.filePath(QStringLiteral("in/Compliance_VO2-%1_20240101_000000.txt").arg(i)),
-                       compliance_file(4097, QDate(2000 + i, 1, 1)));
+            write_file(
+                dir.filePath(QStringLiteral("in/Compliance_VO2-%1_20240101_000000.txt").arg(i)),
+                compliance_file(4097, QDate(2000 + i, 1, 1)));
         const ProgramCopy cli(QStringLiteral(VELTRAKO2_CLI_PATH));
         const QStringList import{"--archive", archive, "archive", "import", dir.filePath("in")};
         int killed = 0;

@@ -95,14 +95,27 @@ private slots:
         QTest::addColumn<QString>("setting");
         QTest::addColumn<QString>("option");
         QTest::addColumn<QString>("expected");
-        QTest::newRow("default") << "" << "" << "/opt/x/archive.sqlite";
-        QTest::newRow("setting") << "/srv/a.sqlite" << "" << "/srv/a.sqlite";
-        QTest::newRow("relative setting") << "hist/a.sqlite" << "" << "/cfg/hist/a.sqlite";
-        QTest::newRow("option over setting") << "/srv/a.sqlite" << "/tmp/b.sqlite"
+        QTest::newRow("default") << ""
+                                 << ""
+                                 << "/opt/x/archive.sqlite";
+        QTest::newRow("setting") << "/srv/a.sqlite"
+                                 << ""
+                                 << "/srv/a.sqlite";
+        QTest::newRow("relative setting") << "hist/a.sqlite"
+                                          << ""
+                                          << "/cfg/hist/a.sqlite";
+        QTest::newRow("option over setting") << "/srv/a.sqlite"
+                                             << "/tmp/b.sqlite"
                                              << "/tmp/b.sqlite";
-        QTest::newRow("setting none") << "none" << "" << "";
-        QTest::newRow("option none") << "/srv/a.sqlite" << "none" << "";
-        QTest::newRow("option over none") << "none" << "/tmp/b.sqlite" << "/tmp/b.sqlite";
+        QTest::newRow("setting none") << "none"
+                                      << ""
+                                      << "";
+        QTest::newRow("option none") << "/srv/a.sqlite"
+                                     << "none"
+                                     << "";
+        QTest::newRow("option over none") << "none"
+                                          << "/tmp/b.sqlite"
+                                          << "/tmp/b.sqlite";
     }
     void archive_file() {
         QFETCH(QString, setting);

@@ -8,8 +8,8 @@
 #include "controls.h"
 #include "device/device_view.h"
 #include "frm_main.h"
-#include "painter_surface.h"
 #include "pages.h"
+#include "painter_surface.h"
 
 #include <QDateTime>
 #include <QDir>
@@ -49,8 +49,12 @@ QTableWidget* make_table(const QString& name, int columns) {
 }
 
 void set_row(QTableWidget* table, int row, const QStringList& cells) {
-    for (int c = 0; c < cells.size() && c < table->columnCount(); ++c)
-        table->setItem(row, c, new QTableWidgetItem(cells[c]));
+    for (int c = 0; c < cells.size() && c < table->columnCount(); ++c) {
+        auto* item = new QTableWidgetItem(cells[c]);
+        // A long list of changes is read whole under the pointer.
+        item->setToolTip(cells[c]);
+        table->setItem(row, c, item);
+    }
 }
 
 // What the page holds between the archive's answers.
@@ -110,7 +114,7 @@ QWidget* build_page_verlauf() {
     QGroupBox* devices = make_frame(QStringLiteral("frm_geraete"), 11202, QStringLiteral("Geräte"));
     auto* devices_layout = new QVBoxLayout(devices);
     devices_layout->addWidget(make_table(QStringLiteral("tbl_geraete"), 5));
-    tables->addWidget(devices, 2);
+    tables->addWidget(devices, 1);
     QGroupBox* visits =
         make_frame(QStringLiteral("frm_besuche"), 11203, QStringLiteral("Besuche und Änderungen"));
     auto* visits_layout = new QVBoxLayout(visits);
@@ -145,8 +149,7 @@ QString visit_changes(const archive::VisitChange& c, const config::LanguageTable
 void show_visits(FrmMain& form, const AppContext& ctx,
                  const std::vector<archive::VisitChange>& changes) {
     auto* table = form.control_as<QTableWidget>(QStringLiteral("tbl_besuche"));
-    table->setHorizontalHeaderLabels(
-        ctx.language.text(text_visit_columns).split(QLatin1Char('/')));
+    table->setHorizontalHeaderLabels(ctx.language.text(text_visit_columns).split(QLatin1Char('/')));
     table->setRowCount(static_cast<int>(changes.size()));
     const QLocale locale;
     int row = 0;
@@ -156,17 +159,16 @@ void show_visits(FrmMain& form, const AppContext& ctx,
         const auto number = [&](const std::optional<double>& v, int decimals) {
             return v ? device::format_value(*v, decimals, locale) : QString();
         };
-        set_row(table, row,
-                {QDateTime::fromSecsSinceEpoch(c.visit.at)
-                     .toString(QStringLiteral("yyyy-MM-dd HH:mm")),
-                 ctx.language.text(c.visit.kind == QLatin1String("visit") ? text_visit
-                                                                           : text_report),
-                 c.visit.values.value(QStringLiteral("BSTD")), number(c.hours_run, 1),
-                 number(c.hours_per_day, 1),
-                 c.has_previous || c.new_status_entries > 0
-                     ? device::format_value(c.new_status_entries, 0, locale)
-                     : QString(),
-                 visit_changes(c, ctx.language)});
+        set_row(
+            table, row,
+            {QDateTime::fromSecsSinceEpoch(c.visit.at).toString(QStringLiteral("yyyy-MM-dd HH:mm")),
+             ctx.language.text(c.visit.kind == QLatin1String("visit") ? text_visit : text_report),
+             c.visit.values.value(QStringLiteral("BSTD")), number(c.hours_run, 1),
+             number(c.hours_per_day, 1),
+             c.has_previous || c.new_status_entries > 0
+                 ? device::format_value(c.new_status_entries, 0, locale)
+                 : QString(),
+             visit_changes(c, ctx.language)});
     }
     table->resizeColumnsToContents();
 }
@@ -234,55 +236,54 @@ void refresh_devices(FrmMain& form, AppContext& ctx, archive::ArchiveService& se
     };
     auto answer = std::make_shared<Answer>();
     const int request = ++state->request;
-    service.post([answer](archive::ArchiveStore& store) {
-        answer->devices = store.devices(&answer->error);
-    },
-                 [&form, &ctx, &service, state, answer, request] {
-                     if (request != state->request)
-                         return;
-                     auto* where = form.control_as<QLabel>(QStringLiteral("l_verlaufarchiv"));
-                     where->setText(ctx.language.text(8808) + QLatin1Char(' ') +
-                                    QDir::toNativeSeparators(service.path()));
-                     if (!answer->devices) {
-                         where->setText(ctx.language.text(text_unreadable) + QLatin1Char(' ') +
-                                        answer->error);
-                         return;
-                     }
-                     state->devices = std::move(*answer->devices);
-                     auto* table = form.control_as<QTableWidget>(QStringLiteral("tbl_geraete"));
-                     table->setHorizontalHeaderLabels(
-                         ctx.language.text(text_device_columns).split(QLatin1Char('/')));
-                     table->setRowCount(static_cast<int>(state->devices.size()));
-                     int row = 0, selected = 0;
-                     for (const archive::DeviceRow& d : state->devices) {
-                         if (d.sn == state->sn)
-                             selected = row;
-                         set_row(table, row++,
-                                 {d.sn, d.lp,
-                                  d.last_visit_at == 0
-                                      ? QString()
-                                      : QDateTime::fromSecsSinceEpoch(d.last_visit_at)
-                                            .toString(QStringLiteral("yyyy-MM-dd")),
-                                  d.last_visit_bstd, QString::number(d.periods)});
-                     }
-                     table->resizeColumnsToContents();
-                     if (state->devices.empty()) {
-                         where->setText(ctx.language.text(text_empty) + QStringLiteral("  ") +
-                                        where->text());
-                         return;
-                     }
-                     // The device shown before stays shown, else the first.
-                     table->selectRow(selected);
-                     show_device(form, ctx, service, state,
-                                 state->devices[static_cast<std::size_t>(selected)].sn);
-                 });
+    service.post(
+        [answer](archive::ArchiveStore& store) { answer->devices = store.devices(&answer->error); },
+        [&form, &ctx, &service, state, answer, request] {
+            if (request != state->request)
+                return;
+            auto* where = form.control_as<QLabel>(QStringLiteral("l_verlaufarchiv"));
+            where->setText(ctx.language.text(8808) + QLatin1Char(' ') +
+                           QDir::toNativeSeparators(service.path()));
+            if (!answer->devices) {
+                where->setText(ctx.language.text(text_unreadable) + QLatin1Char(' ') +
+                               answer->error);
+                return;
+            }
+            state->devices = std::move(*answer->devices);
+            auto* table = form.control_as<QTableWidget>(QStringLiteral("tbl_geraete"));
+            table->setHorizontalHeaderLabels(
+                ctx.language.text(text_device_columns).split(QLatin1Char('/')));
+            table->setRowCount(static_cast<int>(state->devices.size()));
+            int row = 0, selected = 0;
+            for (const archive::DeviceRow& d : state->devices) {
+                if (d.sn == state->sn)
+                    selected = row;
+                set_row(table, row++,
+                        {d.sn, d.lp,
+                         d.last_visit_at == 0 ? QString()
+                                              : QDateTime::fromSecsSinceEpoch(d.last_visit_at)
+                                                    .toString(QStringLiteral("yyyy-MM-dd")),
+                         d.last_visit_bstd, QString::number(d.periods)});
+            }
+            table->resizeColumnsToContents();
+            if (state->devices.empty()) {
+                where->setText(ctx.language.text(text_empty) + QStringLiteral("  ") +
+                               where->text());
+                return;
+            }
+            // The device shown before stays shown, else the first.
+            table->selectRow(selected);
+            show_device(form, ctx, service, state,
+                        state->devices[static_cast<std::size_t>(selected)].sn);
+        });
 }
 
 } // namespace
 
 void bind_page_verlauf(FrmMain& form, AppContext& ctx, archive::ArchiveService& service) {
     auto state = std::make_shared<PageState>();
-    form.control_as<QLabel>(QStringLiteral("l_verlaufnutzung"))->setText(ctx.language.text(text_usage));
+    form.control_as<QLabel>(QStringLiteral("l_verlaufnutzung"))
+        ->setText(ctx.language.text(text_usage));
     form.control(QStringLiteral("cmd_verlaufprev"))->setEnabled(false);
     form.control(QStringLiteral("cmd_verlaufnext"))->setEnabled(false);
     if (!service.enabled()) {

@@ -146,7 +146,8 @@ void bind_protokoll_page(FrmMain& form, AppContext& ctx) {
     }
     // The inspector typed on the page is named with every confirmed write to
     // the device, before the report is saved.
-    if (auto* inspector = qobject_cast<QLineEdit*>(report_control(form, QStringLiteral("t_Pruefer"))))
+    if (auto* inspector =
+            qobject_cast<QLineEdit*>(report_control(form, QStringLiteral("t_Pruefer"))))
         QObject::connect(inspector, &QLineEdit::textChanged, &form, [&ctx](const QString& text) {
             ctx.report.set_value(QStringLiteral("t_Pruefer"), text);
         });

@@ -17,7 +17,8 @@ namespace {
 const QUuid id_space = QUuid::fromString(QStringLiteral("{5d0f7c8e-3b7a-4c1e-9a52-7e2f1f0b6a31}"));
 
 QString content_id(const QString& kind, const QString& sn, const QString& content) {
-    const QByteArray digest = QCryptographicHash::hash(content.toUtf8(), QCryptographicHash::Sha256);
+    const QByteArray digest =
+        QCryptographicHash::hash(content.toUtf8(), QCryptographicHash::Sha256);
     return QUuid::createUuidV5(id_space, kind + QLatin1Char('|') + sn + QLatin1Char('|') +
                                              QString::fromLatin1(digest.toHex()))
         .toString(QUuid::WithoutBraces);

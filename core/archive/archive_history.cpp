@@ -23,9 +23,12 @@ constexpr int text_ok = 8818; // an update: "successful"
 
 // The settings and timings a visit compares with the one before.
 const QStringList setting_keys = [] {
-    QStringList keys{QStringLiteral("LP"), QStringLiteral("SOLL_VOLUMENSTROM"),
-                     QStringLiteral("MIN_VOLUMENSTROM"), QStringLiteral("MAX_VOLUMENSTROM"),
-                     QStringLiteral("ALARMSIGNAL"), QStringLiteral("REST")};
+    QStringList keys{QStringLiteral("LP"),
+                     QStringLiteral("SOLL_VOLUMENSTROM"),
+                     QStringLiteral("MIN_VOLUMENSTROM"),
+                     QStringLiteral("MAX_VOLUMENSTROM"),
+                     QStringLiteral("ALARMSIGNAL"),
+                     QStringLiteral("REST")};
     for (int i = 0; i <= 13; ++i)
         keys << QStringLiteral("ZEITEN%1").arg(i);
     return keys;
@@ -65,9 +68,9 @@ QString device_line(const DeviceRow& d) {
 
 QString event_summary(const EventRow& e, const config::LanguageTables& language) {
     const auto inspector = [&](const QString& name) {
-        return name.isEmpty() ? QString()
-                              : QStringLiteral(", ") + language.text(text_inspector) +
-                                    QLatin1Char(' ') + name;
+        return name.isEmpty()
+                   ? QString()
+                   : QStringLiteral(", ") + language.text(text_inspector) + QLatin1Char(' ') + name;
     };
     const auto with_reason = [&](QString text) {
         return e.reason.isEmpty() ? text : text + QStringLiteral(": ") + e.reason;
@@ -81,7 +84,7 @@ QString event_summary(const EventRow& e, const config::LanguageTables& language)
         s = language.text(e.printed ? text_printed : text_saved) +
             (e.path.isEmpty() ? QString() : QLatin1Char(' ') + e.path) + inspector(e.inspector);
     else if (e.kind == QLatin1String(kind_visit))
-        s = with_reason(language.text(e.result == QLatin1String("written") ? text_written
+        s = with_reason(language.text(e.result == QLatin1String("written")  ? text_written
                                       : e.result == QLatin1String("failed") ? text_failed
                                                                             : text_cancelled) +
                         (e.path.isEmpty() ? QString() : QLatin1Char(' ') + e.path));
@@ -94,8 +97,7 @@ QString event_summary(const EventRow& e, const config::LanguageTables& language)
     return one_field(s);
 }
 
-QString event_line(const EventRow& e, const config::LanguageTables& language,
-                   const QLocale&) {
+QString event_line(const EventRow& e, const config::LanguageTables& language, const QLocale&) {
     return QDateTime::fromSecsSinceEpoch(e.at).toString(QStringLiteral("yyyy-MM-dd HH:mm:ss")) +
            QLatin1Char('|') + e.kind + QLatin1Char('|') + event_summary(e, language);
 }
@@ -123,9 +125,8 @@ MonthTable month_table(const Periods& periods, compliance::Stamp month) {
     // The period with the latest end, wherever it lies: the days counted
     // against a prescription end with it. Outside the month it adds nothing
     // to the month's figures.
-    const auto latest =
-        std::max_element(periods.begin(), periods.end(),
-                         [](const auto& a, const auto& b) { return a.end < b.end; });
+    const auto latest = std::max_element(
+        periods.begin(), periods.end(), [](const auto& a, const auto& b) { return a.end < b.end; });
     if (latest != periods.end())
         r[static_cast<std::size_t>(++t.last_index)] = *latest;
     return t;
@@ -138,7 +139,8 @@ std::vector<compliance::Stamp> archive_months(const Periods& periods) {
         compliance::ComplianceRecords chunk{};
         const std::size_t n = std::min<std::size_t>(compliance::table_upper, periods.size() - from);
         std::copy_n(periods.begin() + static_cast<long>(from), n, chunk.begin());
-        for (const compliance::Stamp m : compliance::months_with_use(chunk, static_cast<int>(n) - 1))
+        for (const compliance::Stamp m :
+             compliance::months_with_use(chunk, static_cast<int>(n) - 1))
             months.insert(m);
     }
     return {months.begin(), months.end()};
@@ -174,8 +176,8 @@ ChartMonth chart_month(const Periods& periods, compliance::Stamp shown_month,
     // Whether the buttons lead anywhere is judged on every period, not on
     // the month's share of them.
     const compliance::Stamp month_end = compliance::add_months(month, 1);
-    s.has_prev_month = std::any_of(periods.begin(), periods.end(),
-                                   [&](const auto& p) { return p.start < month; });
+    s.has_prev_month =
+        std::any_of(periods.begin(), periods.end(), [&](const auto& p) { return p.start < month; });
     s.has_next_month = std::any_of(periods.begin(), periods.end(),
                                    [&](const auto& p) { return p.end >= month_end; });
     return c;
@@ -219,7 +221,8 @@ std::vector<VisitChange> compare_visits(const std::vector<VisitRow>& visits,
                 const QString a = before.values.value(key);
                 const QString b = c.visit.values.value(key);
                 if (a != b && before.values.contains(key) && c.visit.values.contains(key))
-                    c.settings_changed << key + QStringLiteral(": ") + a + QStringLiteral(" → ") + b;
+                    c.settings_changed
+                        << key + QStringLiteral(": ") + a + QStringLiteral(" → ") + b;
             }
             const QString sw_a = before.values.value(QStringLiteral("SW"));
             const QString sw_b = c.visit.values.value(QStringLiteral("SW"));

@@ -19,7 +19,7 @@ constexpr int text_kind_first = 8801; // usage, status, report, visit, firmware,
 constexpr int text_why = 8807;
 constexpr int text_archive = 8808;
 
-const char* const kinds[] = {kind_usage, kind_status, kind_report,
+const char* const kinds[] = {kind_usage, kind_status,   kind_report,
                              kind_visit, kind_firmware, kind_write};
 
 QString what_of(const AppContext& ctx, const ArchiveEvent& e) {

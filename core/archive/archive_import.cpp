@@ -68,10 +68,10 @@ ArchiveEvent event_of(const char* kind, const QString& sn, const QDateTime& at,
 std::optional<ArchiveEvent> visit_of(const QString& path, const QStringList& lines,
                                      const QString& writer) {
     const QString sn = value_of(lines, QStringLiteral("SN")).trimmed();
-    const QDateTime began = QDateTime::fromString(value_of(lines, QStringLiteral("DATUM")) +
-                                                      QLatin1Char(' ') +
-                                                      value_of(lines, QStringLiteral("UHRZEIT")),
-                                                  QStringLiteral("dd.MM.yyyy HH:mm:ss"));
+    const QDateTime began =
+        QDateTime::fromString(value_of(lines, QStringLiteral("DATUM")) + QLatin1Char(' ') +
+                                  value_of(lines, QStringLiteral("UHRZEIT")),
+                              QStringLiteral("dd.MM.yyyy HH:mm:ss"));
     if (sn.isEmpty() || !began.isValid())
         return std::nullopt;
     const QFileInfo info(path);
@@ -115,8 +115,8 @@ ImportedFile read_import_lines(const QString& path, const QStringList& lines,
         e.extended = table->extended;
         for (const QString& line : table->record_lines) {
             const QStringList fields = line.simplified().split(QLatin1Char(' '));
-            e.entries.push_back({entry_from_table_line(line), fields[0].toInt(),
-                                 fields[1].toInt(), QString()});
+            e.entries.push_back(
+                {entry_from_table_line(line), fields[0].toInt(), fields[1].toInt(), QString()});
         }
         e.id = status_event_id(e.sn, e.entries);
         f.events.push_back(std::move(e));
@@ -128,10 +128,10 @@ ImportedFile read_import_lines(const QString& path, const QStringList& lines,
             f.error = QStringLiteral("the report names no serial number");
             return f;
         }
-        QDateTime at = QDateTime::fromString(value_of(lines, QStringLiteral("t_Datum")) +
-                                                 QLatin1Char(' ') +
-                                                 value_of(lines, QStringLiteral("t_Uhrzeit")),
-                                             QStringLiteral("dd.MM.yyyy HH:mm:ss"));
+        QDateTime at =
+            QDateTime::fromString(value_of(lines, QStringLiteral("t_Datum")) + QLatin1Char(' ') +
+                                      value_of(lines, QStringLiteral("t_Uhrzeit")),
+                                  QStringLiteral("dd.MM.yyyy HH:mm:ss"));
         if (!at.isValid())
             at = file_time(path);
         ArchiveEvent e = event_of(kind_report, sn, at, writer, visit_id, path);
@@ -185,8 +185,8 @@ std::vector<ImportedFile> read_import(const ImportRequest& request) {
             files.push_back({path, {}, QStringLiteral("cannot be read")});
             return;
         }
-        ImportedFile f = read_import_lines(path, *lines, folder_sn, visit_id, request.sn,
-                                           request.writer, named);
+        ImportedFile f =
+            read_import_lines(path, *lines, folder_sn, visit_id, request.sn, request.writer, named);
         if (!f.events.empty() || !f.error.isEmpty())
             files.push_back(std::move(f));
     };

@@ -24,9 +24,9 @@ struct ImportedFile {
 };
 
 struct ImportRequest {
-    QStringList paths;  // files and folders (searched to the bottom)
-    QString sn;         // --sn: for compliance files that name no device
-    QString writer;     // user@host
+    QStringList paths; // files and folders (searched to the bottom)
+    QString sn;        // --sn: for compliance files that name no device
+    QString writer;    // user@host
 };
 
 // Every file found, in a stable order (folders sorted by name). Files inside

@@ -168,8 +168,7 @@ bool migrate(QSqlDatabase& db, int target, QString* error) {
         for (const QString& sql : m.statements)
             if (!(ok = exec(db, sql, error)))
                 break;
-        ok = ok && exec(db,
-                        QStringLiteral("UPDATE schema_version SET version = %1").arg(m.version),
+        ok = ok && exec(db, QStringLiteral("UPDATE schema_version SET version = %1").arg(m.version),
                         error);
         if (!ok || !exec(db, QStringLiteral("COMMIT"), error)) {
             exec(db, QStringLiteral("ROLLBACK"), nullptr);

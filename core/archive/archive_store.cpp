@@ -109,9 +109,8 @@ compliance::Stamp stamp_from_archive(qint64 seconds) {
 }
 
 ArchiveStore::ArchiveStore(QString path)
-    : path_(std::move(path)),
-      connection_(QStringLiteral("veltrako2-archive-") +
-                  QUuid::createUuid().toString(QUuid::WithoutBraces)) {}
+    : path_(std::move(path)), connection_(QStringLiteral("veltrako2-archive-") +
+                                          QUuid::createUuid().toString(QUuid::WithoutBraces)) {}
 
 ArchiveStore::~ArchiveStore() {
     close();
@@ -189,10 +188,10 @@ bool ArchiveStore::write(const std::vector<ArchiveEvent>& batch, std::vector<Eve
 bool ArchiveStore::write_event(const ArchiveEvent& e, EventAdded& added, QString* error) {
     QSqlDatabase db = database();
     QSqlQuery q(db);
-    q.prepare(QStringLiteral(
-        "INSERT INTO devices (sn, lp, lp_at) VALUES (?, ?, ?)"
-        " ON CONFLICT (sn) DO UPDATE SET lp = excluded.lp, lp_at = excluded.lp_at"
-        " WHERE excluded.lp <> '' AND excluded.lp_at >= devices.lp_at"));
+    q.prepare(
+        QStringLiteral("INSERT INTO devices (sn, lp, lp_at) VALUES (?, ?, ?)"
+                       " ON CONFLICT (sn) DO UPDATE SET lp = excluded.lp, lp_at = excluded.lp_at"
+                       " WHERE excluded.lp <> '' AND excluded.lp_at >= devices.lp_at"));
     if (!run(q, {e.sn, e.lp.trimmed(), e.lp.trimmed().isEmpty() ? 0 : e.at}, error))
         return false;
     q.prepare(QStringLiteral("INSERT INTO events (id, sn, kind, at, visit_id, written_by)"
@@ -211,8 +210,7 @@ bool ArchiveStore::write_event(const ArchiveEvent& e, EventAdded& added, QString
     added.added = true;
 
     if (e.kind == QLatin1String(kind_usage)) {
-        const QString count_sql =
-            QStringLiteral("SELECT count(*) FROM usage_periods WHERE sn = ?");
+        const QString count_sql = QStringLiteral("SELECT count(*) FROM usage_periods WHERE sn = ?");
         const std::optional<int> before = count_of(db, count_sql, {e.sn}, error);
         if (!before)
             return false;
@@ -284,8 +282,7 @@ bool ArchiveStore::write_event(const ArchiveEvent& e, EventAdded& added, QString
     if (e.kind == QLatin1String(kind_write)) {
         q.prepare(QStringLiteral("INSERT INTO device_writes (event_id, setting, old_value,"
                                  " new_value, pc_user, inspector) VALUES (?, ?, ?, ?, ?, ?)"));
-        return run(q, {e.id, e.setting, e.old_value, e.new_value, e.pc_user, e.inspector},
-                   error);
+        return run(q, {e.id, e.setting, e.old_value, e.new_value, e.pc_user, e.inspector}, error);
     }
     if (error)
         *error = QStringLiteral("unknown kind of event: %1").arg(e.kind);
@@ -396,8 +393,8 @@ std::optional<std::vector<EventRow>> ArchiveStore::events(const QString& sn, QSt
     return rows;
 }
 
-std::optional<std::vector<compliance::ComplianceRecord>>
-ArchiveStore::periods(const QString& sn, QString* error) {
+std::optional<std::vector<compliance::ComplianceRecord>> ArchiveStore::periods(const QString& sn,
+                                                                               QString* error) {
     if (!open(error))
         return std::nullopt;
     QSqlQuery q(database());
@@ -467,9 +464,9 @@ std::optional<QStringList> ArchiveStore::check(QString* error) {
         return std::nullopt;
     }
     while (q.next())
-        problems->append(QStringLiteral("%1: row %2 refers to a missing %3")
-                             .arg(q.value(0).toString(), q.value(1).toString(),
-                                  q.value(2).toString()));
+        problems->append(
+            QStringLiteral("%1: row %2 refers to a missing %3")
+                .arg(q.value(0).toString(), q.value(1).toString(), q.value(2).toString()));
     if (!q.exec(QStringLiteral("SELECT sn, start_time, end_time FROM usage_periods"
                                " WHERE end_time < start_time ORDER BY sn, start_time"))) {
         fail(q, error);

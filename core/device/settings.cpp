@@ -150,10 +150,9 @@ WriteOutcome cmd_resetbstd_Click(AppContext& ctx) {
     wait_ms(ctx, hours_reset_wait_ms);
     queue(ctx, cmd::read_hours());
     const bool answered = watch.await(cmd::reset_hours(), cmd::read_hours());
-    return tell_outcome(ctx,
-                        {name_hours(ctx), zero, ctx.device.BSTD, answered, ctx.device.BSTD == zero,
-                         before},
-                        Telling::note);
+    return tell_outcome(
+        ctx, {name_hours(ctx), zero, ctx.device.BSTD, answered, ctx.device.BSTD == zero, before},
+        Telling::note);
 }
 
 WriteOutcome cmd_setbstd_Click(AppContext& ctx) {

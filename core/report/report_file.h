@@ -43,8 +43,7 @@ QString report_pdf_name(const ReportRecord& report, const QDateTime& now);
 void hand_on_report(AppContext& ctx, const QString& sn, const QStringList& lines,
                     const QString& path, bool printed);
 // The same for a report record, with the lines it is saved with.
-void hand_on_report(AppContext& ctx, const ReportRecord& report, const QString& path,
-                    bool printed);
+void hand_on_report(AppContext& ctx, const ReportRecord& report, const QString& path, bool printed);
 
 // Empties the record, reads the file into it and marks its device data valid,
 // as opening a report does. False when the file cannot be read; the record

@@ -88,7 +88,7 @@ void install_status_memory(AppContext& ctx) {
         if (ctx.hooks.status_read && ctx.status.record_count() > 0) {
             jobs::StatusReadout done{ctx.device.SN.trimmed(), ctx.device.LP.trimmed(),
                                      ctx.device.SW.trimmed(), ctx.clock.now(),
-                                     ctx.device.o22_source, {}};
+                                     ctx.device.o22_source,   {}};
             done.records.assign(ctx.status.records.begin() + 1, ctx.status.records.end());
             ctx.hooks.status_read(done);
         }

@@ -29,8 +29,8 @@ std::optional<SavedStatusTable> read_status_table(const QStringList& lines) {
     t.sn = value_after_label(lines[0]);
     t.lp = value_after_label(lines[1]);
     t.sw = value_after_label(lines[2]);
-    t.at = QDateTime::fromString(value_after_label(lines[3]),
-                                 QStringLiteral("dd.MM.yyyy HH:mm:ss"));
+    t.at =
+        QDateTime::fromString(value_after_label(lines[3]), QStringLiteral("dd.MM.yyyy HH:mm:ss"));
     if (!t.at.isValid() || t.sn.isEmpty())
         return std::nullopt;
     int columns = 0;

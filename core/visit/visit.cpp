@@ -111,8 +111,8 @@ void Visit::hand_on() {
     const QLocale locale;
     for (const QString& key : device::parameter_keys())
         if (!key.isEmpty())
-            done.snapshot << config::key_value_line(key,
-                                                device::parameter_value(ctx_.device, key, locale));
+            done.snapshot << config::key_value_line(
+                key, device::parameter_value(ctx_.device, key, locale));
     ctx_.hooks.visit_done(done);
 }
 
