@@ -3,6 +3,8 @@
 // command line (cli/command_table.cpp).
 
 #include "app_context.h"
+#include "archive/archive_hooks.h"
+#include "archive/archive_service.h"
 #include "cli_command.h"
 #include "cli_session.h"
 #include "cli_texts.h"
@@ -164,13 +166,19 @@ int main(int argc, char** argv) {
     // A script runs fine on the defaults; only a file that is there is read.
     if (const QString readable = config::readable_config(location); !readable.isEmpty())
         config::load_config(ctx.config, readable, ctx.user_dir, ui);
+    ctx.archive_path =
+        config::archive_path(location, ctx.config.ARCHIV, parser.value(QStringLiteral("archive")));
     ctx.timer1.set_interval(ctx.config.TIMERINTERVAL);
     ctx.language = std::move(words);
     ui.language = &ctx.language;
 
     cli::install_interrupt_handler();
     cli::CliSession session(ctx, ui);
-    cli::CommandEnv env{ctx, ui, session, parser, args.mid(1)};
+    // Every job of the command lands in the archive as it ends; waiting for
+    // the file does no harm here, so it is written on this thread.
+    archive::ArchiveService archive(ctx.archive_path, archive::ArchiveService::Mode::inline_jobs);
+    archive::install_archive(ctx, archive);
+    cli::CommandEnv env{ctx, ui, session, parser, args.mid(1), archive};
     int code_out = command->run(env);
 
     if (ctx.link.device_handle != 0)

@@ -18,6 +18,9 @@ class QCommandLineParser;
 namespace veltrako {
 class AppContext;
 }
+namespace veltrako::archive {
+class ArchiveService;
+}
 
 namespace veltrako::cli {
 
@@ -31,6 +34,8 @@ struct CommandEnv {
     const QCommandLineParser& parser;
     // The positional arguments after the command's name.
     QStringList args;
+    // The archive every job lands in (disabled with --archive none).
+    archive::ArchiveService& archive;
 };
 
 // One line of --help: the text numbers of the command's form ("status

@@ -40,7 +40,8 @@ int print_saved_report(CommandEnv& env) {
         return usage_error(env, text_print_needs_pdf);
     report::ReportRecord record;
     const QString file = env.parser.value(print_name);
-    if (!report::load_report_file(record, file))
+    const auto lines = config::read_text_lines(file);
+    if (!lines || !report::load_report_file(record, file))
         return usage_error(env, text_unreadable, {file});
     QString error;
     const bool written = paint::print_to_pdf(
@@ -53,6 +54,8 @@ int print_saved_report(CommandEnv& env) {
         print_error(error);
         return exit_device;
     }
+    report::hand_on_report(env.ctx, record.report_device.SN, *lines, env.parser.value(pdf_name),
+                           true);
     return exit_ok;
 }
 
@@ -78,6 +81,7 @@ int write_report(CommandEnv& env) {
         print_error(env.ctx.language.text(text_not_written) + QLatin1Char(' ') + out);
         return exit_device;
     }
+    report::hand_on_report(env.ctx, record, out, false);
     return exit_ok;
 }
 

@@ -75,14 +75,15 @@ void add_columns(QStringList& lines, const QString& form, const QString& meaning
 
 const QList<CliOption>& common_options() {
     static const QList<CliOption> options = {
-        {QStringLiteral("link"), value_link, 9210},  // ftdi, serial:PATH or sim[:SCENARIO] ...
-        {QStringLiteral("log"), value_file, 9211},   // save the communication log ...
-        {QStringLiteral("lang"), value_code, 9212},  // language code of the messages ...
-        {QStringLiteral("verbose"), 0, 9213},        // show the developer messages on stderr
-        {QStringLiteral("yes"), 0, 9214},            // answer every question with yes
-        {QStringLiteral("no"), 0, 9215},             // ... with no
-        {QStringLiteral("input"), value_text, 9216}, // the answer to an input question
-        {QStringLiteral("file"), value_path, 9217},  // the file a file question asks for
+        {QStringLiteral("link"), value_link, 9210},    // ftdi, serial:PATH or sim[:SCENARIO] ...
+        {QStringLiteral("log"), value_file, 9211},     // save the communication log ...
+        {QStringLiteral("lang"), value_code, 9212},    // language code of the messages ...
+        {QStringLiteral("verbose"), 0, 9213},          // show the developer messages on stderr
+        {QStringLiteral("yes"), 0, 9214},              // answer every question with yes
+        {QStringLiteral("no"), 0, 9215},               // ... with no
+        {QStringLiteral("input"), value_text, 9216},   // the answer to an input question
+        {QStringLiteral("file"), value_path, 9217},    // the file a file question asks for
+        {QStringLiteral("archive"), value_path, 9241}, // the archive file (default: ARCHIV ...)
         {QStringLiteral("help"), 0, 9218, QStringLiteral("h")},
         {QStringLiteral("version"), 0, 9219, QStringLiteral("v")},
     };
