@@ -2,6 +2,7 @@
 
 #include <QCheckBox>
 #include <QComboBox>
+#include <QFontDatabase>
 #include <QGroupBox>
 #include <QLabel>
 #include <QLineEdit>
@@ -128,6 +129,21 @@ void fit_to_text(QLabel* label, const QString& widest) {
 
 QColor lamp_text_colour(const QColor&) {
     return Qt::black;
+}
+
+QFont fixed_pitch_font() {
+    QFont font = QFontDatabase::systemFont(QFontDatabase::FixedFont);
+    // The generic family after the desktop's own: fontconfig then picks a
+    // face it knows as monospaced should the first be missing.
+    QStringList families = font.families();
+    if (families.isEmpty())
+        families << font.family();
+    if (!families.contains(QStringLiteral("monospace")))
+        families << QStringLiteral("monospace");
+    font.setFamilies(families);
+    font.setStyleHint(QFont::TypeWriter);
+    font.setFixedPitch(true);
+    return font;
 }
 
 } // namespace veltrako::ui
