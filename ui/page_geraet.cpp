@@ -10,6 +10,7 @@
 #include <QComboBox>
 #include <QGridLayout>
 #include <QGroupBox>
+#include <QHBoxLayout>
 #include <QLabel>
 #include <QLineEdit>
 #include <QLocale>
@@ -44,8 +45,10 @@ QGroupBox* identity_frame() {
         // A full date and time fits, in any language's short form.
         fit_to_text(box, QStringLiteral("88.88.8888 88:88:88"));
         grid->addWidget(box, row, 1);
+        // A single button spans both button columns: the two narrow ones of
+        // the hours set their width, not the widest caption.
         if (b1)
-            grid->addWidget(b1, row, 2);
+            grid->addWidget(b1, row, 2, 1, b2 ? 1 : 2);
         if (b2)
             grid->addWidget(b2, row, 3);
         ++row;
@@ -119,18 +122,22 @@ QGroupBox* values_frame() {
         {"lbl_sensor1", 11035, "Sensor 1", "t_sensor1", "888.8"},
         {"lbl_sensor2", 11036, "Sensor 2", "t_sensor2", "888.8"},
     };
+    // Two columns of six, so that the box sits under the identity and leaves
+    // the height of the page to the diagram: the whole page fits 1024 x 768.
+    constexpr int per_column = 6;
     int row = 0;
     for (const Row& r : rows) {
+        const int column = row / per_column * 2;
         grid->addWidget(make_label(QLatin1String(r.label), r.tag, QString::fromUtf8(r.caption)),
-                        row, 0);
+                        row % per_column, column);
         QLineEdit* box = make_box(QLatin1String(r.box), true);
         box->setAlignment(Qt::AlignRight);
         fit_to_text(box, QLatin1String(r.widest));
-        grid->addWidget(box, row, 1);
+        grid->addWidget(box, row % per_column, column + 1);
         ++row;
     }
     grid->addWidget(make_label(QStringLiteral("lbl_Phasetext"), 11037, QStringLiteral("Phase")),
-                    row, 0);
+                    row % per_column, 2);
     QLabel* phase = make_label(QStringLiteral("lbl_Phase"), 0, QString());
     // Framed like the value boxes above it, and as high.
     phase->setFrameShape(QFrame::Box);
@@ -139,10 +146,11 @@ QGroupBox* values_frame() {
     phase->setMargin(2);
     phase->setMinimumHeight(QLineEdit().sizeHint().height());
     fit_to_text(phase, QStringLiteral("888"));
-    grid->addWidget(phase, row, 1);
-    grid->setRowStretch(row + 1, 1);
+    grid->addWidget(phase, row % per_column, 3);
+    grid->setRowStretch(per_column, 1);
     // Room the window grows by goes to the captions; the boxes keep their width.
     grid->setColumnStretch(0, 1);
+    grid->setColumnStretch(2, 1);
     return frame;
 }
 
@@ -153,11 +161,7 @@ QLabel* acoustic_picture(const QString& name) {
     return pic;
 }
 
-QWidget* lamps_column() {
-    auto* column = new QWidget;
-    auto* layout = new QVBoxLayout(column);
-    layout->setContentsMargins(0, 0, 0, 0);
-
+QGroupBox* valves_frame() {
     QGroupBox* valves = make_frame(QStringLiteral("frm_ventile"), 11038, QStringLiteral("Ventile"));
     auto* vgrid = new QGridLayout(valves);
     const char* valve_names[] = {"lbl_VentilE1", "lbl_VentilE2", "lbl_VentilA1", "lbl_VentilA2",
@@ -167,8 +171,10 @@ QWidget* lamps_column() {
         vgrid->addWidget(
             make_lamp(QLatin1String(valve_names[i]), 11039 + i, QLatin1String(valve_captions[i])),
             0, i);
-    layout->addWidget(valves);
+    return valves;
+}
 
+QGroupBox* alarms_frame() {
     QGroupBox* alarms = make_frame(QStringLiteral("frm_alarme"), 11044, QStringLiteral("Alarme"));
     auto* agrid = new QGridLayout(alarms);
     struct Alarm {
@@ -195,8 +201,11 @@ QWidget* lamps_column() {
             agrid->addWidget(acoustic_picture(QLatin1String(a.picture)), row, 1);
         ++row;
     }
-    layout->addWidget(alarms);
+    agrid->setRowStretch(row, 1);
+    return alarms;
+}
 
+QGroupBox* alarm_level_frame() {
     QGroupBox* level =
         make_frame(QStringLiteral("frm_alarmstufe"), 11053, QStringLiteral("Alarmstufe"));
     auto* lgrid = new QGridLayout(level);
@@ -206,9 +215,7 @@ QWidget* lamps_column() {
                      1);
     lgrid->addWidget(make_lamp(QStringLiteral("lbl_Alarmhigh"), 11056, QStringLiteral("hoch")), 0,
                      2);
-    layout->addWidget(level);
-    layout->addStretch(1);
-    return column;
+    return level;
 }
 
 QGroupBox* timings_frame() {
@@ -253,16 +260,31 @@ QGroupBox* timings_frame() {
 } // namespace
 
 QWidget* build_page_geraet() {
+    // Every box fits a 1024 x 768 screen without scrolling, in every language
+    // and for every model. Left: the identity, the measured values under it
+    // and the valve and alarm-level lamps; right: the alarms and the timings,
+    // and under them the diagram, which takes all the room the window grows
+    // by.
     auto* page = new QWidget;
     page->setObjectName(QStringLiteral("page_geraet"));
-    auto* grid = new QGridLayout(page);
-    grid->addWidget(identity_frame(), 0, 0);
-    grid->addWidget(values_frame(), 0, 1);
-    grid->addWidget(lamps_column(), 0, 2);
-    grid->addWidget(timings_frame(), 0, 3);
-    // The diagram takes all the room the window grows by.
-    grid->addWidget(new LiveChart, 1, 0, 1, 4);
-    grid->setRowStretch(1, 1);
+    auto* columns = new QHBoxLayout(page);
+    auto* left = new QVBoxLayout;
+    left->addWidget(identity_frame());
+    left->addWidget(values_frame());
+    auto* lamps = new QHBoxLayout;
+    lamps->addWidget(valves_frame());
+    lamps->addWidget(alarm_level_frame());
+    left->addLayout(lamps);
+    left->addStretch(1);
+    columns->addLayout(left);
+    auto* right = new QVBoxLayout;
+    auto* boxes = new QHBoxLayout;
+    boxes->addWidget(alarms_frame());
+    boxes->addWidget(timings_frame());
+    boxes->addStretch(1);
+    right->addLayout(boxes);
+    right->addWidget(new LiveChart, 1);
+    columns->addLayout(right, 1);
     return page;
 }
 
