@@ -66,6 +66,9 @@ void form_load(FrmMain& form, AppContext& ctx, const StartupOptions& options) {
     apply_language(form, ctx.language);
     size_form(form);
     form.select_page(Page::geraet);
+    // A report that was being typed when the program last ended without
+    // saving it (a crash, a power cut) comes back if the technician wants it.
+    restore_report_draft(form, ctx);
     protocol::connect_routine(ctx);
 }
 
