@@ -115,8 +115,10 @@ QGroupBox* values_frame() {
         {"lbl_sollvolumenstrom", 11028, "Soll-Volumenstrom (l/min)", "t_sollvolumenstrom", "888.8"},
         {"lbl_druck", 11029, "Druck (hPa)", "t_druck", "88888"},
         {"lbl_c", 11030, "Schallgeschwindigkeit (m/s)", "t_c", "8888.8"},
-        {"lbl_gastemp", 11031, "Gastemperatur (°C)", "t_gastemp", "-888.8"},
+        // The compressor's temperature before the gas's: the longest
+        // captions share the first column, which keeps the box narrow.
         {"lbl_kompressortemp", 11032, "Kompressortemperatur (°C)", "t_kompressortemp", "88888"},
+        {"lbl_gastemp", 11031, "Gastemperatur (°C)", "t_gastemp", "-888.8"},
         {"lbl_spannung", 11033, "Spannung (V)", "t_spannung", "-888.8"},
         {"lbl_ventiloeffnung", 11034, "Ventilöffnung (%)", "t_ventiloeffnung", "888.8"},
         {"lbl_sensor1", 11035, "Sensor 1", "t_sensor1", "888.8"},
@@ -156,7 +158,11 @@ QGroupBox* values_frame() {
 
 QLabel* acoustic_picture(const QString& name) {
     QLabel* pic = make_lamp(name, 0, QString());
-    pic->setFixedSize(18, 18);
+    // Room for the note it shows while the alarm sounds, in whatever face
+    // the desktop draws that sign with.
+    QLabel note(QString(QChar(0x266A)));
+    note.setFrameShape(QFrame::Box);
+    pic->setFixedSize(note.sizeHint().expandedTo(QSize(18, 18)));
     pic->setCursor(Qt::PointingHandCursor);
     return pic;
 }
@@ -167,10 +173,11 @@ QGroupBox* valves_frame() {
     const char* valve_names[] = {"lbl_VentilE1", "lbl_VentilE2", "lbl_VentilA1", "lbl_VentilA2",
                                  "lbl_VentilSP"};
     const char* valve_captions[] = {"E1", "E2", "A1", "A2", "SP"};
+    // Two rows, so that the box is no wider than the alarms above it.
     for (int i = 0; i < 5; ++i)
         vgrid->addWidget(
             make_lamp(QLatin1String(valve_names[i]), 11039 + i, QLatin1String(valve_captions[i])),
-            0, i);
+            i / 3, i % 3);
     return valves;
 }
 
@@ -261,25 +268,26 @@ QGroupBox* timings_frame() {
 
 QWidget* build_page_geraet() {
     // Every box fits a 1024 x 768 screen without scrolling, in every language
-    // and for every model. Left: the identity, the measured values under it
-    // and the valve and alarm-level lamps; right: the alarms and the timings,
-    // and under them the diagram, which takes all the room the window grows
-    // by.
+    // and for every model, whichever sans-serif face the desktop has. Left:
+    // the identity and the measured values under it; right: the lamps (the
+    // alarms, the valves, the alarm level) and the timings, and under them
+    // the diagram, which takes all the room the window grows by.
     auto* page = new QWidget;
     page->setObjectName(QStringLiteral("page_geraet"));
     auto* columns = new QHBoxLayout(page);
     auto* left = new QVBoxLayout;
     left->addWidget(identity_frame());
     left->addWidget(values_frame());
-    auto* lamps = new QHBoxLayout;
-    lamps->addWidget(valves_frame());
-    lamps->addWidget(alarm_level_frame());
-    left->addLayout(lamps);
     left->addStretch(1);
     columns->addLayout(left);
     auto* right = new QVBoxLayout;
     auto* boxes = new QHBoxLayout;
-    boxes->addWidget(alarms_frame());
+    auto* lamps = new QVBoxLayout;
+    lamps->addWidget(alarms_frame());
+    lamps->addWidget(valves_frame());
+    lamps->addWidget(alarm_level_frame());
+    lamps->addStretch(1);
+    boxes->addLayout(lamps);
     boxes->addWidget(timings_frame());
     boxes->addStretch(1);
     right->addLayout(boxes);
