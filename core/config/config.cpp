@@ -17,6 +17,7 @@ constexpr QLatin1String key_initdir("INITDIR");
 constexpr QLatin1String key_autosave("AUTOSAVE");
 constexpr QLatin1String key_autosavedir("AUTOSAVEDIR");
 constexpr QLatin1String key_verordnung("VERORDNUNG");
+constexpr QLatin1String key_archiv("ARCHIV");
 
 // One line applied to `config`; false when the line makes the file unusable.
 bool apply_line(Config& config, const QString& line) {
@@ -26,6 +27,7 @@ bool apply_line(Config& config, const QString& line) {
                           : key == key_autosave    ? &config.AUTOSAVE
                           : key == key_autosavedir ? &config.AUTOSAVEDIR
                           : key == key_verordnung  ? &config.VERORDNUNG
+                          : key == key_archiv      ? &config.ARCHIV
                                                    : nullptr;
     const bool known = text_value || key == key_timeout || key == key_timerinterval;
     // A line whose key is unknown is ignored, "|" or not; a known key without
@@ -113,6 +115,8 @@ bool save_config(const Config& config, const QString& path) {
     // the person who typed it sees it again; a file without it stays without.
     if (!config.VERORDNUNG.isEmpty())
         lines << line(key_verordnung, config.VERORDNUNG);
+    if (!config.ARCHIV.isEmpty())
+        lines << line(key_archiv, config.ARCHIV);
     return write_text_lines(path, lines);
 }
 

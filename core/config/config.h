@@ -24,6 +24,9 @@ struct Config {
     // Prescribed hours of use a day, as the file holds it; empty when the
     // file has no such line. prescribed_hours() reads it.
     QString VERORDNUNG;
+    // The archive file; "none" turns the archive off; empty: where the
+    // location puts it (config_location.h). Written back only when set.
+    QString ARCHIV;
 };
 
 // The prescribed hours of `text` (VERORDNUNG or --prescribed-hours): 0 for an

@@ -113,6 +113,8 @@ private:
     void enter(Step step);
     void fail(const QString& why);
     void write_files();
+    // The visit's end to the device's history, once.
+    void hand_on();
     bool write_step(Step step, const QString& name,
                     const std::function<bool(const QString&)>& write);
     QStringList visit_lines() const;
@@ -127,6 +129,7 @@ private:
     QStringList planned_; // file names, in the order they are written
     QStringList written_;
     progress::Progress files_;
+    bool handed_on_ = false;
 };
 
 } // namespace veltrako::visit
