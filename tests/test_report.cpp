@@ -402,6 +402,20 @@ private slots:
         h.ctx.report_draft.tick();
         QVERIFY(!QFile::exists(path));
 
+        // A draft that cannot be written is said once, not every second.
+        h.ctx.language.language_text[8553] = QStringLiteral("nicht geschrieben:");
+        h.ctx.config_path = h.path(QStringLiteral("gone/veltrako2.ini"));
+        h.ctx.report.report_changed = true;
+        for (int i = 0; i < 2; ++i) {
+            h.ctx.report_draft.edited();
+            h.clock.advance_ms(1000);
+            h.ctx.report_draft.tick();
+        }
+        QCOMPARE(h.ui.notes.size(), 1);
+        QVERIFY(h.ui.notes[0].startsWith(QStringLiteral("nicht geschrieben: ")));
+        QCOMPARE(h.ui.note_icon, MsgIcon::exclamation);
+        h.ctx.config_path = h.path(QStringLiteral("veltrako2.ini"));
+
         h.ctx.language.language_text[8550] = QStringLiteral("Entwurf vom %1 wiederherstellen?");
         h.ctx.report.report_changed = true;
         QVERIFY(
@@ -410,7 +424,7 @@ private slots:
         const std::optional<ReportRecord> restored = offer_draft(h.ctx);
         QVERIFY(restored && restored->report_changed);
         QCOMPARE(restored->value(QStringLiteral("t_Patient")), QStringLiteral("aus Datei"));
-        QCOMPARE(h.ui.questions, QStringList{"Entwurf vom 02.03.2026 14:05:12 wiederherstellen?"});
+        QCOMPARE(h.ui.questions, QStringList{"Entwurf vom 02.03.2026 14:05:14 wiederherstellen?"});
         QVERIFY(QFile::exists(path)); // until saved or discarded
         QVERIFY(!offer_draft(h.ctx));
         QVERIFY(!QFile::exists(path));

@@ -140,7 +140,10 @@ private slots:
         QVERIFY(h.ctx.report.report_changed);
         QCOMPARE(h.get<QLineEdit>("t_patient")->text(), QStringLiteral("Otto"));
 
-        // Back to the page: asked first; No (the default) keeps everything.
+        // Back to the page: asked first; No (the default) keeps everything,
+        // the device data of the report's own device too.
+        h.ctx.device.live_valid = true;
+        h.ctx.device.SN = QStringLiteral("VO2-1");
         int preset = 0;
         when_modal([&preset](QWidget* modal) {
             auto* box = qobject_cast<QMessageBox*>(modal);

@@ -182,18 +182,18 @@ void bind_protokoll_page(FrmMain& form, AppContext& ctx) {
     // Every visit to the page starts a fresh report from the present device
     // state. Deliberately unlike the original, which dropped what was typed
     // without a word: a report with unsaved entries is discarded only when
-    // the technician says so (No, the default, keeps it), since a page
-    // change, or a lost device that took the window elsewhere, must never
-    // cost a half-written report.
+    // the technician says so (No, the default, keeps it), since changing
+    // pages must never cost a half-written report.
     QObject::connect(form.tab1(), &QTabWidget::currentChanged, &form, [&form, &ctx](int index) {
         if (index != static_cast<int>(Page::protokoll))
             return;
         collect_report(form, ctx);
         if (ctx.report.report_changed && report::has_typed_text(ctx.report)) {
             if (!ctx.ui.confirm_change(ctx.language.text(text_discard_question))) {
-                // Kept; a report without device data takes them from a
-                // device that has them now.
-                refresh_report(form, ctx);
+                // Kept as it is; only a report without device data takes
+                // them from a device that has them now.
+                if (!ctx.report.device_valid())
+                    refresh_report(form, ctx);
                 return;
             }
             ctx.report_draft.cancel();
