@@ -99,11 +99,17 @@ void compliance_print_page(print::DrawingSurface& surface, ComplianceState& stat
     surface.set_font_size(11);
     surface.set_bold(false);
     surface.move_to(0, top + height + surface.text_height(tall));
-    print::print_line(
-        surface,
-        markup_safe(month_summary_line(month, records, state.last_index,
-                                       printed_for.prescribed_hours, language, locale)),
-        {margin}, print_page_left);
+    print::print_line(surface,
+                      markup_safe(month_summary_line(
+                          month, records, state, printed_for.prescribed_hours, language, locale)),
+                      {margin}, print_page_left);
+    if (const auto window =
+            best_window(records, state, printed_for.prescribed_hours, printed_for.adherence_share))
+        print::print_line(
+            surface,
+            markup_safe(adherence_text(*window, printed_for.prescribed_hours,
+                                       printed_for.adherence_share, language, locale)),
+            {margin}, print_page_left);
 
     // Whose usage: one line each, captions in a column and values after
     // them, printed as they stand (a patient's name may hold a quote, which
