@@ -196,7 +196,7 @@ private slots:
         // 9th; the best 30 days follow the summary.
         row("a prescription", "prescribed", "Compliance",
             "Month:|March 2021|Hours:|36.0|Printed on:|1 Apr 2021 10:30:00",
-            "Days: 4   Mean: 9.0   Pause: 98.0   8 h: 1/7 (14%)", 4);
+            "Days: 4   Mean: 9.0   Pause: 98.0", 4);
         // One session: the mean rounds up, and there is no pause.
         row("test data say so in the title", "test", "Compliance \u2013 Test data",
             "Month:|March 2021|Hours:|32.0|Printed on:|1 Apr 2021 10:30:00",

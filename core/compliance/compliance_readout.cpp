@@ -99,10 +99,6 @@ void fail_readout(AppContext& ctx, bool on_the_wire) {
     ComplianceMemory& m = ctx.compliance;
     protocol::drop_queued(ctx, 'K');
     protocol::drop_queued(ctx, 'k');
-    // The record is given up, not the device: the poll cycle goes on, and
-    // its own time-out still notices a device that has gone silent.
-    if (on_the_wire)
-        protocol::give_up_outstanding(ctx);
     const QLocale locale;
     m.failure = m.wait.record == ReadoutWait::count
                     ? ctx.language.text(text_count_missing)
@@ -113,8 +109,15 @@ void fail_readout(AppContext& ctx, bool on_the_wire) {
     m.page.record_visible = false;
     m.readout.fail(ctx.clock.elapsed_ms());
     compliance_buttons(ctx, link_enabled(ctx));
-    if (m.wait.tell_failure)
+    if (m.wait.tell_failure) {
         ctx.ui.show_msg(m.failure, MsgIcon::critical);
+        // The time spent reading it is not the device's silence.
+        protocol::restart_answer_clock(ctx);
+    }
+    // The record is given up, not the device: the poll cycle goes on, and
+    // its own time-out still notices a device that has gone silent.
+    if (on_the_wire)
+        protocol::give_up_outstanding(ctx);
 }
 
 } // namespace

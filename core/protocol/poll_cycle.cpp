@@ -54,11 +54,15 @@ bool answer_overdue(const AppContext& ctx) {
                                      ctx.device.last_answer_time) > ctx.config.TIMEOUT;
 }
 
+void restart_answer_clock(AppContext& ctx) {
+    ctx.device.last_answer_time = seconds_since_midnight(ctx.clock.now());
+}
+
 void give_up_outstanding(AppContext& ctx) {
     ProtocolState& p = ctx.protocol;
     p.waiting_reply = false;
     p.retry_count = 0;
-    ctx.device.last_answer_time = seconds_since_midnight(ctx.clock.now());
+    restart_answer_clock(ctx);
 }
 
 namespace {

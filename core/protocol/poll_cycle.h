@@ -28,6 +28,9 @@ qint64 answer_timeout_ms(const AppContext& ctx);
 // Nothing has been heard for longer than the answer time-out: the next tick
 // repeats the last command, or gives the device up after three repetitions.
 bool answer_overdue(const AppContext& ctx);
+// A pause that was not the device's (a person reading a message inside the
+// tick): the answer time-out counts from now.
+void restart_answer_clock(AppContext& ctx);
 // The command on the wire is given up by whoever sent it: no answer is
 // waited for and it is not repeated. The answer clock starts again, so a
 // device that answers nothing else is still given up by the time-out.
