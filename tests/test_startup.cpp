@@ -20,7 +20,8 @@ private slots:
     void shows_live_values_after_start() {
         QTemporaryDir dir;
         QFile::copy(QStringLiteral(VELTRAKO2_LANG_DIR "/langde.txt"), dir.filePath("langde.txt"));
-        write_file(dir.filePath("veltrako2.ini"), "TIMEOUT|1\r\nTIMERINTERVAL|20\r\n");
+        write_file(dir.filePath("veltrako2.ini"), "TIMEOUT|1\r\nTIMERINTERVAL|20\r\n"
+                                                  "VERORDNUNG|6\r\nADHERENZ_ANTEIL|80\r\n");
         SystemClock clock;
         ui::FrmMain form;
         auto device = std::make_shared<sim::Concentrator>(
@@ -32,7 +33,9 @@ private slots:
         options.application_dir = dir.path();
         form.show();
         ui::form_load(form, ctx, options);
-        QCOMPARE(ctx.timer1.interval(), 20);                 // from veltrako2.ini
+        QCOMPARE(ctx.timer1.interval(), 20); // from veltrako2.ini
+        QCOMPARE(ctx.compliance.prescribed_hours, 6.0);
+        QCOMPARE(ctx.compliance.adherence_share, 80.0);
         QCOMPARE(form.tab1()->tabText(0), QString("Gerät")); // the language file read
         QCOMPARE(form.tab1()->currentIndex(), 0);
         const auto text = [&form](const char* name) {
