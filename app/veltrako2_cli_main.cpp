@@ -3,6 +3,8 @@
 // command line (cli/command_table.cpp).
 
 #include "app_context.h"
+#include "archive/archive_hooks.h"
+#include "archive/archive_service.h"
 #include "cli_command.h"
 #include "cli_session.h"
 #include "config/config.h"
@@ -98,8 +100,13 @@ int main(int argc, char** argv) {
     const QCommandLineOption file_opt(QStringLiteral("file"),
                                       QStringLiteral("the file a file question asks for"),
                                       QStringLiteral("path"));
-    parser.addOptions(
-        {link_opt, log_opt, lang_opt, verbose_opt, yes_opt, no_opt, input_opt, file_opt});
+    const QCommandLineOption archive_opt(
+        QStringLiteral("archive"),
+        QStringLiteral("the archive file (default: ARCHIV, else archive.sqlite where the settings"
+                       " rule puts it); none turns the archive off"),
+        QStringLiteral("path"));
+    parser.addOptions({link_opt, log_opt, lang_opt, verbose_opt, yes_opt, no_opt, input_opt,
+                       file_opt, archive_opt});
     // The same option may serve several commands (--out); it is added once.
     QStringList known;
     for (const cli::CliCommand& c : cli::cli_commands()) {
@@ -174,6 +181,7 @@ int main(int argc, char** argv) {
     // A script runs fine on the defaults; only a file that is there is read.
     if (QFileInfo::exists(ctx.config_path))
         config::load_config(ctx.config, ctx.config_path, ctx.user_dir, ui);
+    ctx.archive_path = config::archive_path(location, ctx.config.ARCHIV, parser.value(archive_opt));
     ctx.timer1.set_interval(ctx.config.TIMERINTERVAL);
     ctx.language.words = config::language_locale(parser.value(lang_opt));
     const QString lang = ctx.program_dir + QStringLiteral("lang%1.txt").arg(parser.value(lang_opt));
@@ -182,7 +190,11 @@ int main(int argc, char** argv) {
 
     cli::install_interrupt_handler();
     cli::CliSession session(ctx, ui);
-    cli::CommandEnv env{ctx, ui, session, parser, args.mid(1)};
+    // Every job of the command lands in the archive as it ends; waiting for
+    // the file does no harm here, so it is written on this thread.
+    archive::ArchiveService archive(ctx.archive_path, archive::ArchiveService::Mode::inline_jobs);
+    archive::install_archive(ctx, archive);
+    cli::CommandEnv env{ctx, ui, session, parser, args.mid(1), archive};
     int code = command->run(env);
 
     if (ctx.link.device_handle != 0)

@@ -1,8 +1,11 @@
 // veltrako2: the desktop service and inspection tool.
 
 #include "app_context.h"
+#include "archive/archive_hooks.h"
+#include "archive/archive_service.h"
 #include "config/qt_translation.h"
 #include "frm_main.h"
+#include "history_page.h"
 #include "link/link_factory.h"
 #include "sim/concentrator.h"
 #include "startup.h"
@@ -73,7 +76,12 @@ int main(int argc, char** argv) {
     const QCommandLineOption lang_opt(QStringLiteral("lang"),
                                       QStringLiteral("two-letter language code (default de)"),
                                       QStringLiteral("code"), QStringLiteral("de"));
-    parser.addOptions({link_opt, lang_opt});
+    const QCommandLineOption archive_opt(
+        QStringLiteral("archive"),
+        QStringLiteral("the archive file (default: ARCHIV in veltrako2.ini, else archive.sqlite"
+                       " where the settings rule puts it); none turns the archive off"),
+        QStringLiteral("path"));
+    parser.addOptions({link_opt, lang_opt, archive_opt});
     answer_without_display(argc, argv, parser);
 
     qInstallMessageHandler(explain_start_failure);
@@ -105,7 +113,12 @@ int main(int argc, char** argv) {
     ui::StartupOptions startup;
     startup.application_dir = QApplication::applicationDirPath();
     startup.language_code = parser.value(lang_opt);
+    startup.archive_option = parser.value(archive_opt);
     form.show();
     ui::form_load(form, ctx, startup);
+    // The archive works on a thread of its own: no merge or query holds the window.
+    archive::ArchiveService archive(ctx.archive_path, archive::ArchiveService::Mode::own_thread);
+    archive::install_archive(ctx, archive);
+    ui::bind_page_verlauf(form, ctx, archive);
     return app.exec();
 }

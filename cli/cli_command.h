@@ -17,6 +17,9 @@ class QCommandLineParser;
 namespace veltrako {
 class AppContext;
 }
+namespace veltrako::archive {
+class ArchiveService;
+}
 
 namespace veltrako::cli {
 
@@ -30,6 +33,8 @@ struct CommandEnv {
     const QCommandLineParser& parser;
     // The positional arguments after the command's name.
     QStringList args;
+    // The archive every job lands in (disabled with --archive none).
+    archive::ArchiveService& archive;
 };
 
 struct CliCommand {

@@ -39,7 +39,8 @@ int print_saved_report(CommandEnv& env) {
         return usage(QStringLiteral("report --print FILE needs --pdf OUT"));
     report::ReportRecord record;
     const QString file = env.parser.value(print_name);
-    if (!report::load_report_file(record, file))
+    const auto lines = config::read_text_lines(file);
+    if (!lines || !report::load_report_file(record, file))
         return usage(QStringLiteral("cannot read the report file %1").arg(file));
     QString error;
     const bool written = paint::print_to_pdf(
@@ -52,6 +53,8 @@ int print_saved_report(CommandEnv& env) {
         print_error(error);
         return exit_device;
     }
+    report::hand_on_report(env.ctx, record.report_device.SN, *lines, env.parser.value(pdf_name),
+                           true);
     return exit_ok;
 }
 
@@ -75,6 +78,7 @@ int write_report(CommandEnv& env) {
         print_error(env.ctx.language.text(text_not_written) + QLatin1Char(' ') + out);
         return exit_device;
     }
+    report::hand_on_report(env.ctx, record, out, false);
     return exit_ok;
 }
 

@@ -6,8 +6,9 @@ namespace veltrako::cli {
 
 const std::vector<CliCommand>& cli_commands() {
     static const std::vector<CliCommand> table = {
-        info_command(), watch_command(), send_command(),       status_command(), firmware_command(),
-        set_command(),  reset_command(), compliance_command(), report_command(), visit_command(),
+        info_command(),     watch_command(), send_command(),    status_command(),
+        firmware_command(), set_command(),   reset_command(),   compliance_command(),
+        report_command(),   visit_command(), history_command(), archive_command(),
     };
     return table;
 }

@@ -15,5 +15,7 @@ CliCommand reset_command();
 CliCommand compliance_command();
 CliCommand report_command();
 CliCommand visit_command();
+CliCommand history_command();
+CliCommand archive_command();
 
 } // namespace veltrako::cli

@@ -40,6 +40,8 @@ public:
     // folder unless that is read-only (config/config_location.h).
     QString config_path;
     QString user_dir;
+    // The archive file in use (config::archive_path); empty: no archive.
+    QString archive_path;
     config::Config config;
     config::LanguageTables language;
 

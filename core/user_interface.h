@@ -22,7 +22,14 @@ struct FileDialogRequest {
 };
 
 // Pages of the tab strip tab1, in their designed order.
-enum class Page { geraet = 0, protokoll = 1, compliance = 2, system_status = 3, entwickler = 4 };
+enum class Page {
+    geraet = 0,
+    protokoll = 1,
+    compliance = 2,
+    system_status = 3,
+    entwickler = 4,
+    verlauf = 5, // the device's history, after the designed five
+};
 
 // What the technician is told about the link (core/link/connection_state.h).
 enum class ConnectionState { no_device, connecting, connected, not_answering, boot_loader };

@@ -75,12 +75,56 @@ private slots:
     void choose() {
         const auto [program_dir, writable, config_path, seed_path, user_dir] = Choose::fetch();
         const UserFolders folders{QStringLiteral("/home/tech/.config/veltrako2"),
-                                  QStringLiteral("/home/tech/Documents")};
+                                  QStringLiteral("/home/tech/Documents"),
+                                  QStringLiteral("/home/tech/.local/share/veltrako2")};
         const ConfigLocation location = choose_config_location(program_dir, writable, folders);
         QCOMPARE(location.config_path, config_path);
         QCOMPARE(location.seed_path, seed_path);
         QCOMPARE(location.user_dir, user_dir);
         QCOMPARE(location.in_user_folder, !writable);
+        // The archive follows the settings: beside a portable program, in the
+        // user's data folder for an installed one.
+        QCOMPARE(location.archive_path,
+                 writable ? QFileInfo(config_path).path() + QStringLiteral("/archive.sqlite")
+                          : QStringLiteral("/home/tech/.local/share/veltrako2/archive.sqlite"));
+    }
+
+    // ARCHIV and --archive choose another file or none; a relative name is
+    // taken from the settings' folder.
+    void archive_file_data() {
+        QTest::addColumn<QString>("setting");
+        QTest::addColumn<QString>("option");
+        QTest::addColumn<QString>("expected");
+        QTest::newRow("default") << ""
+                                 << ""
+                                 << "/opt/x/archive.sqlite";
+        QTest::newRow("setting") << "/srv/a.sqlite"
+                                 << ""
+                                 << "/srv/a.sqlite";
+        QTest::newRow("relative setting") << "hist/a.sqlite"
+                                          << ""
+                                          << "/cfg/hist/a.sqlite";
+        QTest::newRow("option over setting") << "/srv/a.sqlite"
+                                             << "/tmp/b.sqlite"
+                                             << "/tmp/b.sqlite";
+        QTest::newRow("setting none") << "none"
+                                      << ""
+                                      << "";
+        QTest::newRow("option none") << "/srv/a.sqlite"
+                                     << "none"
+                                     << "";
+        QTest::newRow("option over none") << "none"
+                                          << "/tmp/b.sqlite"
+                                          << "/tmp/b.sqlite";
+    }
+    void archive_file() {
+        QFETCH(QString, setting);
+        QFETCH(QString, option);
+        QFETCH(QString, expected);
+        ConfigLocation location;
+        location.config_path = QStringLiteral("/cfg/veltrako2.ini");
+        location.archive_path = QStringLiteral("/opt/x/archive.sqlite");
+        QCOMPARE(archive_path(location, setting, option), expected);
     }
 
     // The probe tries for real; permission bits alone would say yes to a
@@ -122,7 +166,8 @@ private slots:
         ProgramFolder program;
         QTemporaryDir home;
         const UserFolders folders{home.filePath(QStringLiteral(".config/veltrako2")),
-                                  home.filePath(QStringLiteral("Documents"))};
+                                  home.filePath(QStringLiteral("Documents")),
+                                  home.filePath(QStringLiteral(".local/share/veltrako2"))};
         ConfigLocation location = locate_config(program.path(), folders);
         if (write_bits_ignored()) {
             // Root may write beside the program, so it stays there; the rest

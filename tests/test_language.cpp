@@ -150,15 +150,16 @@ private slots:
     }
 
     void captions_data() {
-        // The tab entry (none: no language file), then the title, the five tabs,
-        // men_datei, men_beenden, cmd_setsn, frmZeiten, lbl_AlarmT.
+        // The tab entry (none: no language file), then the title, the six tabs
+        // (the sixth with a text of its own), men_datei, men_beenden,
+        // cmd_setsn, frmZeiten, lbl_AlarmT.
         Table<QString, QString> row;
         row("from the file", "Gerät/Protokoll",
-            "veltrako2 Service|Gerät|Protokoll|Compliance|System Status|Entwickler|"
+            "veltrako2 Service|Gerät|Protokoll|Compliance|System Status|Entwickler|History|"
             "File|Quit|Set|Times|T");
         row("surplus tab pieces ignored", "A/B//D/E/F",
-            "veltrako2 Service|A|B||D|E|File|Quit|Set|Times|T");
-        row("no language file", "", "||Protokoll|Compliance|System Status|Entwickler|||||");
+            "veltrako2 Service|A|B||D|E|History|File|Quit|Set|Times|T");
+        row("no language file", "", "||Protokoll|Compliance|System Status|Entwickler||||||");
     }
     void captions() {
         const auto [tab_entry, captions] = Table<QString, QString>::fetch();
@@ -169,6 +170,7 @@ private slots:
         if (file) {
             put(tables, 11000, tab_entry, 10);
             put(tables, 11500, "veltrako2 Service");
+            put(tables, 11200, "History");
             put(tables, 11001, "File");
             put(tables, 11004, "Quit", designed + 1);
             put(tables, 11012, "Set");

@@ -63,6 +63,13 @@ void apply_to_tabs(QTabWidget& tabs, const QString& text) {
         tabs.setTabText(i, pieces[i]);
 }
 
+// The tab strip `widget` is a page of, if it is one.
+QTabWidget* tab_owner(QWidget& widget) {
+    QWidget* stack = widget.parentWidget();
+    auto* tabs = stack ? qobject_cast<QTabWidget*>(stack->parentWidget()) : nullptr;
+    return tabs && tabs->indexOf(&widget) >= 0 ? tabs : nullptr;
+}
+
 void apply_to_widget(QWidget& widget, const config::LanguageTables& tables) {
     const std::optional<int> n = tag_of(widget);
     if (!n)
@@ -80,6 +87,9 @@ void apply_to_widget(QWidget& widget, const config::LanguageTables& tables) {
         group->setTitle(text);
     } else if (auto* menu = qobject_cast<QMenu*>(&widget)) {
         menu->setTitle(text);
+    } else if (QTabWidget* owner = tab_owner(widget)) {
+        // A page with a text of its own, beyond those the tab strip's text lists.
+        owner->setTabText(owner->indexOf(&widget), text);
     }
     if (const int size = tables.size(*n); size > 0)
         set_own_point_size(*sized, size);

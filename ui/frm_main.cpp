@@ -68,6 +68,10 @@ FrmMain::FrmMain(QWidget* parent) : QMainWindow(parent) {
     tab1_->addTab(scrolled(build_page_compliance()), QStringLiteral("Compliance"));
     tab1_->addTab(scrolled(build_page_system_status()), QStringLiteral("System Status"));
     tab1_->addTab(scrolled(build_page_entwickler()), QStringLiteral("Entwickler"));
+    // The history's tab has a text of its own: tab1's text names the five before it.
+    QWidget* verlauf = scrolled(build_page_verlauf());
+    set_tag(verlauf, 11200);
+    tab1_->addTab(verlauf, QStringLiteral("Verlauf"));
     setCentralWidget(tab1_);
 
     build_menu();

@@ -18,6 +18,7 @@ QWidget* build_page_protokoll();
 QWidget* build_page_compliance();
 QWidget* build_page_system_status();
 QWidget* build_page_entwickler();
+QWidget* build_page_verlauf();
 
 class FrmMain;
 // Connects the "Compliance" page to the usage memory of `ctx`.

@@ -124,8 +124,11 @@ void cmd_print_click(FrmMain& form, AppContext& ctx) {
             [&ctx](print::DrawingSurface& surface) {
                 report::print_report(surface, ctx.report, ctx.language, QLocale());
             },
-            ctx.language, &error))
+            ctx.language, &error)) {
         ctx.ui.show_msg(error, MsgIcon::critical);
+        return;
+    }
+    report::hand_on_report(ctx, ctx.report, printer.outputFileName(), true);
 }
 
 void bind_protokoll_page(FrmMain& form, AppContext& ctx) {
@@ -141,6 +144,13 @@ void bind_protokoll_page(FrmMain& form, AppContext& ctx) {
         else if (auto* check = qobject_cast<QCheckBox*>(control))
             QObject::connect(check, &QCheckBox::stateChanged, &form, changed);
     }
+    // The inspector typed on the page is named with every confirmed write to
+    // the device, before the report is saved.
+    if (auto* inspector =
+            qobject_cast<QLineEdit*>(report_control(form, QStringLiteral("t_Pruefer"))))
+        QObject::connect(inspector, &QLineEdit::textChanged, &form, [&ctx](const QString& text) {
+            ctx.report.set_value(QStringLiteral("t_Pruefer"), text);
+        });
 
     // Every visit to the page starts a fresh report from the present device
     // state; what was typed on an earlier visit is dropped without a question.

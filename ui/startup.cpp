@@ -28,6 +28,7 @@ void initialise(AppContext& ctx, const StartupOptions& options) {
     ctx.user_dir = location.user_dir;
     config::set_config_defaults(ctx.config, ctx.user_dir);
     config::load_config(ctx.config, ctx.config_path, ctx.user_dir, ctx.ui);
+    ctx.archive_path = config::archive_path(location, ctx.config.ARCHIV, options.archive_option);
     ctx.timer1.set_interval(ctx.config.TIMERINTERVAL);
     ctx.language.words = config::language_locale(options.language_code);
     config::load_language(ctx.language,

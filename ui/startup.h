@@ -17,6 +17,8 @@ class FrmMain;
 struct StartupOptions {
     QString application_dir; // where veltrako2.ini and the language files are
     QString language_code = QStringLiteral("de");
+    // --archive: a file, or "none"; empty: ARCHIV, else the default.
+    QString archive_option;
     // Where the settings go when application_dir is read-only.
     config::UserFolders user_folders = config::standard_user_folders();
 };

@@ -70,6 +70,16 @@ void finish_readout(AppContext& ctx) {
     m.state.serial_number = ctx.device.SN.trimmed();
     m.state.lp_number = ctx.device.LP.trimmed();
     compliance_show(ctx);
+    if (ctx.hooks.usage_read) {
+        const ComplianceState& s = m.state;
+        const auto last = static_cast<std::size_t>(std::clamp(s.last_index, 0, table_upper));
+        jobs::UsageReadout done{s.serial_number, s.lp_number, ctx.clock.now(), {}, 0};
+        done.periods.assign(m.records.begin(), m.records.begin() + static_cast<long>(last) + 1);
+        // The record at the announced count is the period still running.
+        if (s.last_index == s.record_count)
+            done.running_start = m.records[last].start;
+        ctx.hooks.usage_read(done);
+    }
 }
 
 QByteArray request_for(int record) {

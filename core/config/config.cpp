@@ -18,6 +18,7 @@ constexpr QLatin1String key_autosave("AUTOSAVE");
 constexpr QLatin1String key_autosavedir("AUTOSAVEDIR");
 constexpr QLatin1String key_verordnung("VERORDNUNG");
 constexpr QLatin1String key_adherenz("ADHERENZ_ANTEIL");
+constexpr QLatin1String key_archiv("ARCHIV");
 
 // One line applied to `config`; false when the line makes the file unusable.
 bool apply_line(Config& config, const QString& line) {
@@ -28,6 +29,7 @@ bool apply_line(Config& config, const QString& line) {
                           : key == key_autosavedir ? &config.AUTOSAVEDIR
                           : key == key_verordnung  ? &config.VERORDNUNG
                           : key == key_adherenz    ? &config.ADHERENZ_ANTEIL
+                          : key == key_archiv      ? &config.ARCHIV
                                                    : nullptr;
     const bool known = text_value || key == key_timeout || key == key_timerinterval;
     // A line whose key is unknown is ignored, "|" or not; a known key without
@@ -117,6 +119,8 @@ bool save_config(const Config& config, const QString& path) {
         lines << line(key_verordnung, config.VERORDNUNG);
     if (!config.ADHERENZ_ANTEIL.isEmpty())
         lines << line(key_adherenz, config.ADHERENZ_ANTEIL);
+    if (!config.ARCHIV.isEmpty())
+        lines << line(key_archiv, config.ARCHIV);
     return write_text_lines(path, lines);
 }
 

@@ -27,6 +27,9 @@ struct Config {
     // The share of days, in percent, the best 30 days must meet the
     // prescription on; empty: the default. adherence_share() reads it.
     QString ADHERENZ_ANTEIL;
+    // The archive file; "none" turns the archive off; empty: where the
+    // location puts it (config_location.h). Written back only when set.
+    QString ARCHIV;
 };
 
 inline constexpr double default_adherence_share = 70;

@@ -15,6 +15,8 @@ UserFolders standard_user_folders() {
     folders.config_dir = QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation) +
                          QStringLiteral("/veltrako2");
     folders.documents_dir = QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation);
+    folders.data_dir = QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation) +
+                       QStringLiteral("/veltrako2");
     return folders;
 }
 
@@ -25,12 +27,14 @@ ConfigLocation choose_config_location(const QString& program_dir, bool program_i
     if (program_ini_writable) {
         location.config_path = beside;
         location.user_dir = program_folder(program_dir);
+        location.archive_path = program_folder(program_dir) + QLatin1String(archive_file_name);
         return location;
     }
     location.config_path = program_folder(folders.config_dir) + QLatin1String(config_file_name);
     location.seed_path = beside;
     location.user_dir = program_folder(folders.documents_dir);
     location.in_user_folder = true;
+    location.archive_path = program_folder(folders.data_dir) + QLatin1String(archive_file_name);
     return location;
 }
 
@@ -60,6 +64,18 @@ void prepare_config_location(const ConfigLocation& location) {
                               QFileDevice::ReadOwner | QFileDevice::WriteOwner |
                                   QFileDevice::ReadGroup | QFileDevice::ReadOther);
     }
+}
+
+QString archive_path(const ConfigLocation& location, const QString& setting,
+                     const QString& option) {
+    const QString chosen = !option.trimmed().isEmpty() ? option.trimmed() : setting.trimmed();
+    if (chosen.compare(QLatin1String("none"), Qt::CaseInsensitive) == 0)
+        return {};
+    if (chosen.isEmpty())
+        return location.archive_path;
+    return QFileInfo(chosen).isAbsolute()
+               ? chosen
+               : QFileInfo(location.config_path).absoluteDir().absoluteFilePath(chosen);
 }
 
 ConfigLocation locate_config(const QString& program_dir, const UserFolders& folders) {

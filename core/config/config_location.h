@@ -19,6 +19,7 @@ namespace veltrako::config {
 struct UserFolders {
     QString config_dir;    // settings of this program, e.g. ~/.config/veltrako2
     QString documents_dir; // e.g. ~/Documents
+    QString data_dir;      // data of this program, e.g. ~/.local/share/veltrako2
 };
 
 // ~/.config/veltrako2 and the documents folder. Both front ends share the
@@ -31,6 +32,9 @@ struct ConfigLocation {
     QString user_dir;    // INITDIR default and the folder of the communication log,
                          // ending in "/"
     bool in_user_folder = false;
+    // The archive's file unless ARCHIV or --archive names another: with the
+    // settings' rule, beside the program or in the user's data folder.
+    QString archive_path;
 };
 
 // The decision alone: beside the program when `program_ini_writable`, else in
@@ -47,6 +51,13 @@ bool can_write_config(const QString& ini_path);
 // no settings yet, so that the first start reads the shipped settings and the
 // first save already lands there. Beside the program: nothing to do.
 void prepare_config_location(const ConfigLocation& location);
+
+inline constexpr auto archive_file_name = "archive.sqlite";
+
+// The archive file in use: `option` (--archive) over `setting` (ARCHIV) over
+// the location's default; "none" in either turns the archive off (empty
+// result). A relative path is taken from the folder of veltrako2.ini.
+QString archive_path(const ConfigLocation& location, const QString& setting, const QString& option);
 
 // Probes the file beside the program, decides and prepares.
 ConfigLocation locate_config(const QString& program_dir,

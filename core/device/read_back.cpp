@@ -58,6 +58,9 @@ WriteOutcome tell_outcome(AppContext& ctx, const ReadBack& r, Telling telling,
             ctx.ui.show_note(text, icon);
     };
     if (r.answered && r.equal) {
+        if (ctx.hooks.device_written)
+            ctx.hooks.device_written({ctx.device.SN.trimmed(), ctx.clock.now(), r.what, r.before,
+                                      r.reported, ctx.report.value(QStringLiteral("t_Pruefer"))});
         if (telling == Telling::message && !confirmed_message.isEmpty())
             tell(confirmed_message, MsgIcon::information);
         else

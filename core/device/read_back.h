@@ -56,13 +56,15 @@ struct ReadBack {
     QString reported; // the value the device reports after the read-back
     bool answered = false;
     bool equal = false; // the reported value is the one written
+    QString before;     // the value before the write, as people read it
 };
 
 // How the outcome reaches the technician: a message box where the write has
 // always ended with one, otherwise a note beside the connection state.
 enum class Telling { message, note };
 
-// Tells the outcome and returns it. A confirmed write told by message shows
+// Tells the outcome and returns it; a confirmed write is handed on to the
+// device's history (FeatureHooks::device_written). A confirmed write told by message shows
 // `confirmed_message` (the text it always showed); everything else names the
 // setting, and for a failure both the value written and what the device
 // reports.

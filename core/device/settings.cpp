@@ -83,7 +83,8 @@ QString stored_serial(const QString& text) {
 
 WriteOutcome cmd_setsn_Click(AppContext& ctx, const QString& text) {
     const QString stored = stored_serial(text);
-    if (!confirm_change(ctx, ctx.language.text(8032), ctx.device.SN.trimmed(), stored.trimmed()))
+    const QString before = ctx.device.SN.trimmed();
+    if (!confirm_change(ctx, ctx.language.text(8032), before, stored.trimmed()))
         return WriteOutcome::not_written;
     ctx.device.SN = text;
     ReadBackWatch watch(ctx);
@@ -94,7 +95,7 @@ WriteOutcome cmd_setsn_Click(AppContext& ctx, const QString& text) {
     const bool answered = watch.await(write, cmd::read_serial());
     return tell_outcome(ctx,
                         {name_serial(ctx), stored.trimmed(), ctx.device.SN.trimmed(), answered,
-                         ctx.device.SN == stored},
+                         ctx.device.SN == stored, before},
                         Telling::note);
 }
 
@@ -140,7 +141,8 @@ QString hours_text(const HoursEntry& e) {
 
 WriteOutcome cmd_resetbstd_Click(AppContext& ctx) {
     const QString zero = QStringLiteral("000000:00");
-    if (!confirm_change(ctx, ctx.language.text(8034), ctx.device.BSTD, zero))
+    const QString before = ctx.device.BSTD;
+    if (!confirm_change(ctx, ctx.language.text(8034), before, zero))
         return WriteOutcome::not_written;
     ctx.device.BSTD = zero;
     ReadBackWatch watch(ctx);
@@ -148,9 +150,9 @@ WriteOutcome cmd_resetbstd_Click(AppContext& ctx) {
     wait_ms(ctx, hours_reset_wait_ms);
     queue(ctx, cmd::read_hours());
     const bool answered = watch.await(cmd::reset_hours(), cmd::read_hours());
-    return tell_outcome(ctx,
-                        {name_hours(ctx), zero, ctx.device.BSTD, answered, ctx.device.BSTD == zero},
-                        Telling::note);
+    return tell_outcome(
+        ctx, {name_hours(ctx), zero, ctx.device.BSTD, answered, ctx.device.BSTD == zero, before},
+        Telling::note);
 }
 
 WriteOutcome cmd_setbstd_Click(AppContext& ctx) {
@@ -162,7 +164,8 @@ WriteOutcome cmd_setbstd_Click(AppContext& ctx) {
     if (!entry)
         return WriteOutcome::not_written;
     const QString wanted = hours_text(*entry);
-    if (!confirm_change(ctx, ctx.language.text(8033), ctx.device.BSTD, wanted))
+    const QString before = ctx.device.BSTD;
+    if (!confirm_change(ctx, ctx.language.text(8033), before, wanted))
         return WriteOutcome::not_written;
     ctx.device.BSTD.clear();
     const QByteArray block = hours_block(*entry);
@@ -178,7 +181,8 @@ WriteOutcome cmd_setbstd_Click(AppContext& ctx) {
     queue(ctx, cmd::read_hours());
     const bool answered = watch.await(copy, cmd::read_hours());
     return tell_outcome(
-        ctx, {name_hours(ctx), wanted, ctx.device.BSTD, answered, ctx.device.BSTD == wanted},
+        ctx,
+        {name_hours(ctx), wanted, ctx.device.BSTD, answered, ctx.device.BSTD == wanted, before},
         Telling::message, ctx.language.text(112));
 }
 
@@ -186,6 +190,7 @@ WriteOutcome cmd_setbstd_Click(AppContext& ctx) {
 
 WriteOutcome cmd_setdatetime_Click(AppContext& ctx) {
     const QDateTime now = ctx.clock.now();
+    const QString before = format_device_time(ctx.device.geraetezeit, ctx.language.words);
     ctx.device.geraetezeit = now;
     // What the field shows now is the PC's time, not a reading of the device:
     // the device's clock counts as unknown until it is read back.
@@ -203,7 +208,7 @@ WriteOutcome cmd_setdatetime_Click(AppContext& ctx) {
     return tell_outcome(ctx,
                         {ctx.language.text(8023), format_device_time(whole, locale),
                          format_device_time(ctx.device.geraetezeit, locale), answered,
-                         ahead >= 0 && ahead <= clock_tolerance_s},
+                         ahead >= 0 && ahead <= clock_tolerance_s, before},
                         Telling::note);
 }
 
@@ -226,6 +231,7 @@ WriteOutcome cmd_togglelp_Click(AppContext& ctx) {
     const std::optional<char> value = toggled_low_power(ctx.device);
     if (!value)
         return WriteOutcome::not_written;
+    const QString before = ctx.device.LP;
     QString expected = ctx.device.LP;
     expected[4] = QLatin1Char(*value);
     ReadBackWatch watch(ctx);
@@ -237,7 +243,7 @@ WriteOutcome cmd_togglelp_Click(AppContext& ctx) {
     const QString& lp = ctx.device.LP;
     return tell_outcome(ctx,
                         {ctx.language.text(8024), expected, lp, answered,
-                         lp.size() >= 5 && lp.at(4) == QLatin1Char(*value)},
+                         lp.size() >= 5 && lp.at(4) == QLatin1Char(*value), before},
                         Telling::note);
 }
 
@@ -260,6 +266,7 @@ WriteOutcome cmd_Restzeit_Click(AppContext& ctx) {
         ctx, ctx.language.text(113), ctx.language.text(117), QString(), parse_remaining_entry);
     if (!value)
         return WriteOutcome::not_written;
+    const QString before = ctx.device.rest_text;
     ctx.device.rest_text.clear();
     ReadBackWatch watch(ctx);
     const QByteArray write = cmd::set_remaining(*value);
@@ -272,7 +279,7 @@ WriteOutcome cmd_Restzeit_Click(AppContext& ctx) {
     const QString written = QString::number(*value);
     return tell_outcome(ctx,
                         {ctx.language.text(8022), written, ctx.device.rest_text, answered,
-                         ctx.device.rest_text == written},
+                         ctx.device.rest_text == written, before},
                         Telling::message, ctx.language.text(114));
 }
 
@@ -288,6 +295,7 @@ QStringList flow_selector_entries() {
 WriteOutcome cb_vs_Click(AppContext& ctx, int selector, int position, bool locked) {
     if (locked || selector < 0 || selector > 1 || position < 0 || position > 255)
         return WriteOutcome::not_written;
+    const QString before = QString::number(selector == 0 ? ctx.device.wert_u : ctx.device.wert_o);
     ReadBackWatch watch(ctx);
     const QByteArray write =
         cmd::write_flow_selector(selector, static_cast<std::uint8_t>(position));
@@ -298,7 +306,7 @@ WriteOutcome cb_vs_Click(AppContext& ctx, int selector, int position, bool locke
     const int got = selector == 0 ? ctx.device.wert_u : ctx.device.wert_o;
     return tell_outcome(ctx,
                         {ctx.language.text(selector == 0 ? 8025 : 8026), QString::number(position),
-                         QString::number(got), answered, got == position},
+                         QString::number(got), answered, got == position, before},
                         Telling::note);
 }
 
@@ -330,6 +338,7 @@ WriteOutcome pic_akust_Click(AppContext& ctx, AcousticAlarm alarm) {
     if (!ctx.device.live_valid)
         return WriteOutcome::not_written;
     const auto value = static_cast<std::uint8_t>(ctx.device.wert_x ^ acoustic_bit(alarm));
+    const QString before = QString::number(ctx.device.wert_x);
     ReadBackWatch watch(ctx);
     const QByteArray write = cmd::write_acoustic_alarm(value);
     queue(ctx, write);
@@ -338,7 +347,8 @@ WriteOutcome pic_akust_Click(AppContext& ctx, AcousticAlarm alarm) {
     const bool answered = watch.await(write, cmd::read_acoustic_alarm());
     return tell_outcome(ctx,
                         {ctx.language.text(8029), QString::number(value),
-                         QString::number(ctx.device.wert_x), answered, ctx.device.wert_x == value},
+                         QString::number(ctx.device.wert_x), answered, ctx.device.wert_x == value,
+                         before},
                         Telling::note);
 }
 

@@ -106,7 +106,8 @@ WriteOutcome write_timings(AppContext& ctx, const Timings& wanted, int wait,
     const bool equal = written.isEmpty();
     return tell_outcome(ctx,
                         {what, timings_text(equal ? kept_wanted : written),
-                         timings_text(equal ? kept_wanted : reported), answered, equal},
+                         timings_text(equal ? kept_wanted : reported), answered, equal,
+                         timings_text(old_values)},
                         telling, confirmed_message);
 }
 

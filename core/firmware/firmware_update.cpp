@@ -142,6 +142,12 @@ UpdateResult program_firmware(AppContext& ctx, const FirmwareImage& image,
                               UpdateProgress& progress) {
     BusyPointer busy(ctx.ui);
     const int blocks = static_cast<int>(image.data_lines.size());
+    // The device's history learns how it ended, whatever the end.
+    const auto hand_on = [&ctx, &image, sn = ctx.device.SN.trimmed(), old = ctx.device.SW.trimmed(),
+                          at = ctx.clock.now()](bool ok, const QString& reason) {
+        if (ctx.hooks.firmware_updated)
+            ctx.hooks.firmware_updated({sn, at, old, image.version, ok, reason});
+    };
     // From "b" on the device is out of its application: nothing may
     // interrupt the dialogue with its loader.
     progress.begin(blocks);
@@ -157,6 +163,7 @@ UpdateResult program_firmware(AppContext& ctx, const FirmwareImage& image,
         progress.end();
         busy.set(false);
         show_msg(ctx, failure_message(ctx, ctx.language.text(103)));
+        hand_on(false, ctx.language.text(103));
         return UpdateResult::no_sync;
     }
 
@@ -175,11 +182,12 @@ UpdateResult program_firmware(AppContext& ctx, const FirmwareImage& image,
         if (!acknowledged) {
             progress.end();
             busy.set(false);
-            show_msg(ctx,
-                     failure_message(ctx, ctx.language.text(105) + QLatin1Char(' ') +
-                                              device::format_value(block, 0, QLocale()) +
-                                              QStringLiteral(":'") + QString::fromLatin1(answer) +
-                                              QLatin1Char('\'')));
+            const QString refused = ctx.language.text(105) + QLatin1Char(' ') +
+                                    device::format_value(block, 0, QLocale()) +
+                                    QStringLiteral(":'") + QString::fromLatin1(answer) +
+                                    QLatin1Char('\'');
+            show_msg(ctx, failure_message(ctx, refused));
+            hand_on(false, refused);
             return UpdateResult::block_refused;
         }
     }
@@ -190,6 +198,7 @@ UpdateResult program_firmware(AppContext& ctx, const FirmwareImage& image,
     busy.set(true);
     link::write_raw(ctx, QByteArrayLiteral("R"));
     wait_ms(ctx, loader::restart_ms);
+    hand_on(true, QString());
     return UpdateResult::done;
 }
 

@@ -102,6 +102,18 @@ QString report_pdf_name(const ReportRecord& report, const QDateTime& now) {
         QStringLiteral(".pdf"));
 }
 
+void hand_on_report(AppContext& ctx, const QString& sn, const QStringList& lines,
+                    const QString& path, bool printed) {
+    if (ctx.hooks.report_filed)
+        ctx.hooks.report_filed({sn.trimmed(), ctx.clock.now(), path, printed, lines});
+}
+
+void hand_on_report(AppContext& ctx, const ReportRecord& report, const QString& path,
+                    bool printed) {
+    hand_on_report(ctx, report.report_device.SN, report_file_lines(report, QLocale()), path,
+                   printed);
+}
+
 bool load_report_file(ReportRecord& report, const QString& path) {
     report = ReportRecord{};
     const auto lines = config::read_text_lines(path);
@@ -139,6 +151,7 @@ bool save_report(AppContext& ctx) {
                         MsgIcon::critical);
         return false;
     }
+    hand_on_report(ctx, report, path, false);
     ctx.ui.show_msg(ctx.language.text(7005), MsgIcon::information);
     return true;
 }

@@ -37,6 +37,14 @@ QString default_report_name(const ReportRecord& report, const QDateTime& now);
 // that is no date.
 QString report_pdf_name(const ReportRecord& report, const QDateTime& now);
 
+// Hands a report that was written or printed on to the device's history
+// (FeatureHooks::report_filed): `lines` as the file holds them, `path` the
+// file or PDF, empty for a printer.
+void hand_on_report(AppContext& ctx, const QString& sn, const QStringList& lines,
+                    const QString& path, bool printed);
+// The same for a report record, with the lines it is saved with.
+void hand_on_report(AppContext& ctx, const ReportRecord& report, const QString& path, bool printed);
+
 // Empties the record, reads the file into it and marks its device data valid,
 // as opening a report does. False when the file cannot be read; the record
 // then holds nothing valid.

@@ -83,7 +83,16 @@ QString manual_file(AppContext& ctx, const QString& base) {
 } // namespace
 
 void install_status_memory(AppContext& ctx) {
-    ctx.hooks.status_readout_complete = [&ctx] { ctx.ui.show_status_table(format_status(ctx)); };
+    ctx.hooks.status_readout_complete = [&ctx] {
+        ctx.ui.show_status_table(format_status(ctx));
+        if (ctx.hooks.status_read && ctx.status.record_count() > 0) {
+            jobs::StatusReadout done{ctx.device.SN.trimmed(), ctx.device.LP.trimmed(),
+                                     ctx.device.SW.trimmed(), ctx.clock.now(),
+                                     ctx.device.o22_source,   {}};
+            done.records.assign(ctx.status.records.begin() + 1, ctx.status.records.end());
+            ctx.hooks.status_read(done);
+        }
+    };
     ctx.hooks.status_save_due = [&ctx] { save_status(ctx, SaveMode::automatic); };
 }
 

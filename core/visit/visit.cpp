@@ -8,6 +8,7 @@
 #include "config/file_names.h"
 #include "config/key_value_lines.h"
 #include "config/text_file.h"
+#include "device/parameter_values.h"
 #include "link/connection_state.h"
 #include "report/report_file.h"
 #include "report/report_print.h"
@@ -95,13 +96,37 @@ void Visit::fail(const QString& why) {
     compliance::compliance_cancel(ctx_);
     ctx_.status.readout.cancel(ctx_.clock.elapsed_ms());
     ctx_.ui.set_busy(false);
+    hand_on();
     if (changed)
         changed();
+}
+
+void Visit::hand_on() {
+    if (!ctx_.hooks.visit_done || handed_on_)
+        return;
+    handed_on_ = true;
+    jobs::VisitDone done;
+    done.sn = ctx_.device.SN.trimmed();
+    done.at = started_;
+    done.folder = folder_;
+    done.result = outcome_ == Outcome::written  ? jobs::VisitResult::written
+                  : outcome_ == Outcome::failed ? jobs::VisitResult::failed
+                                                : jobs::VisitResult::cancelled;
+    done.reason = reason_;
+    const QLocale locale;
+    for (const QString& key : device::parameter_keys())
+        if (!key.isEmpty())
+            done.snapshot << config::key_value_line(
+                key, device::parameter_value(ctx_.device, key, locale));
+    ctx_.hooks.visit_done(done);
 }
 
 void Visit::start() {
     started_ = ctx_.clock.now();
     files_.reset();
+    // What the readouts and the report hand on from here belongs to this visit.
+    if (ctx_.hooks.visit_begun)
+        ctx_.hooks.visit_begun();
     if (!link::device_controls_enabled(ctx_)) {
         fail(ctx_.language.text(text_no_device));
         return;
@@ -189,6 +214,7 @@ void Visit::cancel() {
     reason_ = ctx_.language.text(text_cancelled);
     compliance::compliance_cancel(ctx_);
     ctx_.ui.set_busy(false);
+    hand_on();
     if (changed)
         changed();
 }
@@ -243,7 +269,10 @@ void Visit::write_files() {
         return;
     advance();
     if (!write_step(Step::report_file, planned_[3], [&](const QString& path) {
-            return config::write_text_lines(path, report::report_file_lines(r, locale));
+            if (!config::write_text_lines(path, report::report_file_lines(r, locale)))
+                return false;
+            report::hand_on_report(ctx_, r, path, false);
+            return true;
         }))
         return;
     advance();
@@ -262,6 +291,7 @@ void Visit::write_files() {
     }
     files_.finish(ctx_.clock.elapsed_ms());
     outcome_ = Outcome::written;
+    hand_on();
     enter(Step::done);
 }
 

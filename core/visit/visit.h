@@ -129,6 +129,8 @@ private:
     // got nothing it could use for step_deadline_ms.
     bool step_answered();
     void write_files();
+    // The visit's end to the device's history, once.
+    void hand_on();
     bool write_step(Step step, const QString& name,
                     const std::function<bool(const QString&)>& write);
     QStringList visit_lines() const;
@@ -148,6 +150,7 @@ private:
     // The device step's patience, and what it had got when last armed.
     progress::Deadline step_deadline_;
     progress::Standing seen_;
+    bool handed_on_ = false;
 };
 
 } // namespace veltrako::visit

@@ -1,6 +1,10 @@
 #pragma once
 // A program run as from a technician's shell, with its stderr on a terminal
-// (a pseudo-terminal the test reads), stdout captured as usual.
+// (a pseudo-terminal the test reads), stdout captured as usual. It runs from
+// a program folder of its own: whatever the program writes beside itself
+// (its archive) stays out of the build's.
+
+#include "cli_program.h"
 
 #include <QElapsedTimer>
 #include <QProcess>
@@ -37,9 +41,10 @@ inline TerminalRun run_with_terminal_stderr(const QString& program, const QStrin
         for (ssize_t n; (n = ::read(master, chunk, sizeof chunk)) > 0;)
             r.terminal.append(chunk, n);
     };
+    const ProgramCopy copy(program);
     QProcess p;
     p.setStandardErrorFile(QString::fromLocal8Bit(name));
-    p.start(program, arguments);
+    p.start(copy.file(QFileInfo(program).fileName()), arguments);
     QElapsedTimer t;
     t.start();
     while (!p.waitForFinished(20) && t.elapsed() < timeout_ms)

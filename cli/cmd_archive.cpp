@@ -1,0 +1,141 @@
+// archive: the archive file itself. "import PATH..." reads visit folders,
+// compliance files, status tables and report files into it, each file in
+// one transaction; "check" runs SQLite's integrity check and the archive's
+// own rules.
+
+#include "app_context.h"
+#include "archive/archive_event.h"
+#include "archive/archive_import.h"
+#include "archive/archive_service.h"
+#include "archive/archive_store.h"
+#include "cli_session.h"
+#include "commands.h"
+#include "console_ui.h"
+
+#include <QCommandLineParser>
+#include <QDir>
+#include <QFileInfo>
+
+namespace veltrako::cli {
+
+namespace {
+
+constexpr int text_archive_off = 9601;
+constexpr int text_unreadable = 9602;
+constexpr int text_not_imported = 9603;
+constexpr int text_problem = 9604;
+constexpr int text_sound = 9605;
+constexpr int text_archive_usage = 9623;
+constexpr int text_import_paths = 9624;
+
+const QString sn_opt = QStringLiteral("sn");
+
+int import_paths(CommandEnv& env, const QStringList& paths) {
+    if (paths.isEmpty()) {
+        print_error(env.ctx.language.text(text_import_paths));
+        return exit_usage;
+    }
+    archive::ImportRequest request{paths, env.parser.value(sn_opt), archive::this_writer()};
+    const std::vector<archive::ImportedFile> files = archive::read_import(request);
+    int periods = 0, new_periods = 0, entries = 0, reports = 0;
+    int code = exit_ok;
+    const auto refuse = [&](const QString& path, const QString& why) {
+        print_error(env.ctx.language.text(text_not_imported) + QLatin1Char(' ') +
+                    QDir::toNativeSeparators(path) + QStringLiteral(": ") + why);
+        code = exit_device;
+    };
+    env.archive.run_now([&](archive::ArchiveStore& store) {
+        for (const archive::ImportedFile& f : files) {
+            if (!f.error.isEmpty()) {
+                refuse(f.path, f.error);
+                continue;
+            }
+            std::vector<archive::EventAdded> added;
+            QString error;
+            if (!store.write(f.events, &added, &error)) {
+                refuse(f.path, error);
+                continue;
+            }
+            for (std::size_t i = 0; i < added.size(); ++i) {
+                periods += added[i].periods;
+                new_periods += added[i].new_periods;
+                entries += added[i].new_entries;
+                reports += added[i].added && f.events[i].kind == QLatin1String(archive::kind_report)
+                               ? 1
+                               : 0;
+            }
+        }
+    });
+    // The result line is a contract scripts read: its words stay as they are.
+    print_line(QStringLiteral("imported: %1 periods (%2 new), %3 status entries, %4 reports")
+                   .arg(periods)
+                   .arg(new_periods)
+                   .arg(entries)
+                   .arg(reports));
+    return code;
+}
+
+int check(CommandEnv& env) {
+    int code = exit_ok;
+    env.archive.run_now([&](archive::ArchiveStore& store) {
+        QString error;
+        if (!QFileInfo::exists(store.path())) {
+            error = QStringLiteral("no such file");
+        } else if (const auto problems = store.check(&error)) {
+            for (const QString& problem : *problems)
+                print_error(env.ctx.language.text(text_problem) + QLatin1Char(' ') + problem);
+            if (!problems->isEmpty()) {
+                code = exit_device;
+                return;
+            }
+            print_line(env.ctx.language.text(text_sound) + QLatin1Char(' ') +
+                       QDir::toNativeSeparators(store.path()));
+            return;
+        }
+        print_error(env.ctx.language.text(text_unreadable) + QLatin1Char(' ') +
+                    QDir::toNativeSeparators(store.path()) + QStringLiteral(": ") + error);
+        code = exit_device;
+    });
+    return code;
+}
+
+int run_archive(CommandEnv& env) {
+    const QString what = env.args.value(0);
+    if (what != QLatin1String("import") && what != QLatin1String("check")) {
+        print_error(env.ctx.language.text(text_archive_usage));
+        return exit_usage;
+    }
+    if (what == QLatin1String("check") && env.args.size() > 1) {
+        print_error(env.ctx.language.text(text_archive_usage));
+        return exit_usage;
+    }
+    if (!env.archive.enabled()) {
+        print_error(env.ctx.language.text(text_archive_off));
+        return exit_device;
+    }
+    return what == QLatin1String("import") ? import_paths(env, env.args.mid(1)) : check(env);
+}
+
+} // namespace
+
+CliCommand archive_command() {
+    CliCommand c;
+    c.name = QStringLiteral("archive");
+    c.help = QStringLiteral(
+        "archive import PATH... [--sn SN]\n"
+        "                     read visit folders, compliance files, status tables and report\n"
+        "                     files into the archive: imported: P periods (N new), S status "
+        "entries, R reports\n"
+        "archive check        the archive's integrity and its own rules");
+    c.options = [] {
+        return QList<QCommandLineOption>{
+            {sn_opt,
+             QStringLiteral("archive import: the serial number of compliance files that"
+                            " name no device"),
+             QStringLiteral("SN")}};
+    };
+    c.run = run_archive;
+    return c;
+}
+
+} // namespace veltrako::cli

@@ -1,0 +1,181 @@
+#include "archive/archive_schema.h"
+
+#include <QSqlDatabase>
+#include <QSqlError>
+#include <QSqlQuery>
+
+namespace veltrako::archive {
+
+namespace {
+
+// Times: "at" columns are the PC's time in seconds since 1970 UTC; period
+// and status times are the device's own clock, seconds since 1970 as if its
+// wall time were UTC (the device knows no zone).
+const Migration version_1{
+    1,
+    {
+        QStringLiteral("CREATE TABLE schema_version (version INTEGER NOT NULL)"),
+        QStringLiteral("INSERT INTO schema_version (version) VALUES (0)"),
+        // The board number is the one the latest event brought.
+        QStringLiteral("CREATE TABLE devices ("
+                       " sn TEXT PRIMARY KEY,"
+                       " lp TEXT NOT NULL DEFAULT '',"
+                       " lp_at BIGINT NOT NULL DEFAULT 0)"),
+        QStringLiteral("CREATE TABLE events ("
+                       " id TEXT PRIMARY KEY,"
+                       " sn TEXT NOT NULL REFERENCES devices (sn),"
+                       " kind TEXT NOT NULL,"
+                       " at BIGINT NOT NULL,"
+                       " visit_id TEXT,"
+                       " written_by TEXT NOT NULL)"),
+        QStringLiteral("CREATE INDEX events_by_device ON events (sn, at)"),
+        // A period is kept once; its end is the one of the latest readout
+        // that saw it (end_seen), so a running period's end moves on.
+        QStringLiteral("CREATE TABLE usage_periods ("
+                       " sn TEXT NOT NULL REFERENCES devices (sn),"
+                       " start_time BIGINT NOT NULL,"
+                       " end_time BIGINT NOT NULL,"
+                       " running INTEGER NOT NULL,"
+                       " end_seen BIGINT NOT NULL,"
+                       " first_event TEXT NOT NULL REFERENCES events (id),"
+                       " written_by TEXT NOT NULL,"
+                       " PRIMARY KEY (sn, start_time))"),
+        QStringLiteral("CREATE TABLE usage_readouts ("
+                       " event_id TEXT PRIMARY KEY REFERENCES events (id),"
+                       " periods INTEGER NOT NULL,"
+                       " new_periods INTEGER NOT NULL,"
+                       " source TEXT NOT NULL)"),
+        QStringLiteral("CREATE TABLE status_entries ("
+                       " sn TEXT NOT NULL REFERENCES devices (sn),"
+                       " entry TEXT NOT NULL,"
+                       " block INTEGER NOT NULL,"
+                       " duration INTEGER NOT NULL,"
+                       " extended INTEGER NOT NULL,"
+                       " record TEXT NOT NULL,"
+                       " first_event TEXT NOT NULL REFERENCES events (id),"
+                       " written_by TEXT NOT NULL,"
+                       " PRIMARY KEY (sn, entry))"),
+        QStringLiteral("CREATE TABLE status_readouts ("
+                       " event_id TEXT PRIMARY KEY REFERENCES events (id),"
+                       " entries INTEGER NOT NULL,"
+                       " new_entries INTEGER NOT NULL,"
+                       " sw TEXT NOT NULL,"
+                       " source TEXT NOT NULL)"),
+        // A report's file lines and a visit's device snapshot, KEY and VALUE.
+        QStringLiteral("CREATE TABLE event_values ("
+                       " event_id TEXT NOT NULL REFERENCES events (id),"
+                       " position INTEGER NOT NULL,"
+                       " name TEXT NOT NULL,"
+                       " value TEXT NOT NULL,"
+                       " PRIMARY KEY (event_id, position))"),
+        QStringLiteral("CREATE TABLE reports ("
+                       " event_id TEXT PRIMARY KEY REFERENCES events (id),"
+                       " path TEXT NOT NULL,"
+                       " printed INTEGER NOT NULL,"
+                       " inspector TEXT NOT NULL)"),
+        QStringLiteral("CREATE TABLE visits ("
+                       " event_id TEXT PRIMARY KEY REFERENCES events (id),"
+                       " folder TEXT NOT NULL,"
+                       " result TEXT NOT NULL,"
+                       " reason TEXT NOT NULL)"),
+        QStringLiteral("CREATE TABLE firmware_updates ("
+                       " event_id TEXT PRIMARY KEY REFERENCES events (id),"
+                       " old_version TEXT NOT NULL,"
+                       " new_version TEXT NOT NULL,"
+                       " result TEXT NOT NULL,"
+                       " reason TEXT NOT NULL)"),
+        QStringLiteral("CREATE TABLE device_writes ("
+                       " event_id TEXT PRIMARY KEY REFERENCES events (id),"
+                       " setting TEXT NOT NULL,"
+                       " old_value TEXT NOT NULL,"
+                       " new_value TEXT NOT NULL,"
+                       " pc_user TEXT NOT NULL,"
+                       " inspector TEXT NOT NULL)"),
+    }};
+
+bool exec(QSqlDatabase& db, const QString& sql, QString* error) {
+    QSqlQuery q(db);
+    if (q.exec(sql))
+        return true;
+    if (error)
+        *error = q.lastError().text();
+    return false;
+}
+
+} // namespace
+
+bool begin_write_transaction(QSqlDatabase& db, QString* error) {
+    return exec(db, QStringLiteral("BEGIN IMMEDIATE"), error);
+}
+
+const std::vector<Migration>& migrations() {
+    static const std::vector<Migration> all{version_1};
+    return all;
+}
+
+int latest_version() {
+    return migrations().back().version;
+}
+
+std::optional<int> schema_version(QSqlDatabase& db, QString* error) {
+    if (!db.tables().contains(QStringLiteral("schema_version"))) {
+        // A file that is not a database at all fails here already.
+        QSqlQuery probe(db);
+        if (!probe.exec(QStringLiteral("SELECT count(*) FROM sqlite_master"))) {
+            if (error)
+                *error = probe.lastError().text();
+            return std::nullopt;
+        }
+        return 0;
+    }
+    QSqlQuery q(db);
+    if (!q.exec(QStringLiteral("SELECT version FROM schema_version")) || !q.next()) {
+        if (error)
+            *error = q.lastError().text();
+        return std::nullopt;
+    }
+    return q.value(0).toInt();
+}
+
+bool migrate(QSqlDatabase& db, int target, QString* error) {
+    const std::optional<int> found = schema_version(db, error);
+    if (!found)
+        return false;
+    if (*found > latest_version()) {
+        if (error)
+            *error = QStringLiteral("schema version %1 is newer than this program's %2")
+                         .arg(*found)
+                         .arg(latest_version());
+        return false;
+    }
+    for (const Migration& m : migrations()) {
+        if (m.version <= *found || m.version > target)
+            continue;
+        // Another program may be migrating the same file: the write lock
+        // first, then the version it has reached.
+        if (!begin_write_transaction(db, error))
+            return false;
+        const std::optional<int> now = schema_version(db, error);
+        if (!now) {
+            exec(db, QStringLiteral("ROLLBACK"), nullptr);
+            return false;
+        }
+        if (*now >= m.version) {
+            exec(db, QStringLiteral("COMMIT"), nullptr);
+            continue;
+        }
+        bool ok = true;
+        for (const QString& sql : m.statements)
+            if (!(ok = exec(db, sql, error)))
+                break;
+        ok = ok && exec(db, QStringLiteral("UPDATE schema_version SET version = %1").arg(m.version),
+                        error);
+        if (!ok || !exec(db, QStringLiteral("COMMIT"), error)) {
+            exec(db, QStringLiteral("ROLLBACK"), nullptr);
+            return false;
+        }
+    }
+    return true;
+}
+
+} // namespace veltrako::archive
