@@ -76,8 +76,7 @@ bool ends_with_running_period(const ComplianceState& state) {
     return state.from_device && !state.test_data && state.last_index == state.record_count;
 }
 
-DayRange counted_days(const ComplianceRecords& records, const ComplianceState& state) {
-    const std::vector<Period> periods = record_periods(records, state.last_index);
+DayRange counted_days(const std::vector<Period>& periods, Stamp running_end) {
     if (periods.empty())
         return {};
     Stamp first = std::numeric_limits<Stamp>::max();
@@ -88,12 +87,16 @@ DayRange counted_days(const ComplianceRecords& records, const ComplianceState& s
     }
     // The end itself is no use: a period ending at midnight leaves that day out.
     DayRange range{day_number(first), day_number(last - 1)};
-    if (ends_with_running_period(state)) {
-        const ComplianceRecord& running = records[static_cast<std::size_t>(state.last_index)];
-        if (running.end != 0)
-            range.last = std::min(range.last, day_number(running.end) - 1);
-    }
+    if (running_end != 0)
+        range.last = std::min(range.last, day_number(running_end) - 1);
     return range;
+}
+
+DayRange counted_days(const ComplianceRecords& records, const ComplianceState& state) {
+    Stamp running_end = 0;
+    if (ends_with_running_period(state))
+        running_end = records[static_cast<std::size_t>(state.last_index)].end;
+    return counted_days(record_periods(records, state.last_index), running_end);
 }
 
 std::vector<DayRange> days_meeting(const std::vector<Period>& merged, double hours) {
@@ -180,11 +183,16 @@ struct MeetingCounter {
 std::optional<AdherenceWindow> best_window(const ComplianceRecords& records,
                                            const ComplianceState& state, double hours,
                                            double share_percent) {
-    const DayRange counted = counted_days(records, state);
+    return best_window(record_periods(records, state.last_index), counted_days(records, state),
+                       hours, share_percent);
+}
+
+std::optional<AdherenceWindow> best_window(const std::vector<Period>& periods,
+                                           const DayRange& counted, double hours,
+                                           double share_percent) {
     if (!(hours > 0) || counted.count() <= 0)
         return std::nullopt;
-    const std::vector<DayRange> meeting =
-        days_meeting(merged_periods(record_periods(records, state.last_index)), hours);
+    const std::vector<DayRange> meeting = days_meeting(merged_periods(periods), hours);
     const MeetingCounter counter(meeting);
     const qint64 length = std::min<qint64>(adherence_window_days, counted.count());
     const qint64 lowest = counted.first;

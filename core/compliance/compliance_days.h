@@ -65,6 +65,9 @@ bool ends_with_running_period(const ComplianceState& state);
 // latest end (an end at midnight leaves that day out). When the last record
 // is the running period, the day of the readout is not over and is left out.
 DayRange counted_days(const ComplianceRecords& records, const ComplianceState& state);
+// The same for periods as they stand; `running_end`, when not 0, is the end
+// of the period still running at the readout (the readout's day).
+DayRange counted_days(const std::vector<Period>& periods, Stamp running_end);
 
 // The days whose use reached `hours` (exactly `hours` counts), as ascending
 // ranges that neither overlap nor touch. Whole days of use reach any
@@ -87,6 +90,11 @@ inline constexpr int adherence_window_days = 30;
 // Nothing without a prescription or without a day that counts.
 std::optional<AdherenceWindow> best_window(const ComplianceRecords& records,
                                            const ComplianceState& state, double hours,
+                                           double share_percent);
+// The same over periods as they stand (more than one memory holds), within
+// `counted`.
+std::optional<AdherenceWindow> best_window(const std::vector<Period>& periods,
+                                           const DayRange& counted, double hours,
                                            double share_percent);
 
 // "30d|yyyy-mm-dd|yyyy-mm-dd|N|D|met" (or "|not met"), for scripts and
