@@ -114,7 +114,8 @@ void fail_readout(AppContext& ctx, bool on_the_wire) {
                     ? ctx.language.text(text_count_missing)
                     : ctx.language.text(text_record_missing)
                           .arg(device::format_value(m.wait.record, 0, locale),
-                               device::format_value(m.state.record_count, 0, locale));
+                               device::format_value(std::min(m.state.record_count, table_upper), 0,
+                                                    locale));
     m.wait.give_up.disarm();
     m.page.record_visible = false;
     m.readout.fail(ctx.clock.elapsed_ms());
