@@ -104,7 +104,9 @@ void handle_timeout(AppContext& ctx) {
     if (newly_lost)
         show_msg(ctx, ctx.language.text(4) + crlf + ctx.language.text(5));
     reset_link_state(ctx);
-    ctx.ui.select_page(Page::geraet);
+    // Deliberately the window stays on the page the technician is on (the
+    // original turned to "Gerät"): a report half typed on "Protokoll" must
+    // not be taken out of sight, the reconnection below runs from there too.
     // Back on, so the silent reconnection runs from the next tick.
     ctx.timer1.set_enabled(true);
 }
@@ -253,7 +255,12 @@ void timer1_tick(AppContext& ctx) {
     p.tick_count = static_cast<qint32>(static_cast<quint32>(p.tick_count) + 1u);
 
     if (ctx.link.device_handle == 0) {
-        if (ctx.ui.current_page() == Page::geraet && link::open_device(ctx, true)) {
+        // The silent reconnection runs on every page but the developer's,
+        // where the device is opened and closed by hand and must stay as the
+        // buttons left it. Deliberately wider than the original, which
+        // waited for "Gerät" to be shown, while its message promises a
+        // reconnection as soon as the device answers.
+        if (ctx.ui.current_page() != Page::entwickler && link::open_device(ctx, true)) {
             if (ctx.hooks.device_found)
                 ctx.hooks.device_found();
             connect_routine(ctx);
