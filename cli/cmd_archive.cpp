@@ -27,6 +27,7 @@ constexpr int text_problem = 9604;
 constexpr int text_sound = 9605;
 constexpr int text_archive_usage = 9623;
 constexpr int text_import_paths = 9624;
+constexpr int text_no_such_file = 9657; // "no such file"
 
 const QString sn_opt = QStringLiteral("sn");
 
@@ -80,7 +81,7 @@ int check(CommandEnv& env) {
     env.archive.run_now([&](archive::ArchiveStore& store) {
         QString error;
         if (!QFileInfo::exists(store.path())) {
-            error = QStringLiteral("no such file");
+            error = env.ctx.language.text(text_no_such_file);
         } else if (const auto problems = store.check(&error)) {
             for (const QString& problem : *problems)
                 print_error(env.ctx.language.text(text_problem) + QLatin1Char(' ') + problem);

@@ -77,7 +77,8 @@ int run_history(CommandEnv& env) {
             return;
         }
         if (per_month || csv) {
-            const auto periods = store.periods(sn, &error);
+            compliance::Stamp running_end = 0;
+            const auto periods = store.periods(sn, &error, &running_end);
             if (!periods) {
                 code = unreadable(env, error);
                 return;
@@ -85,7 +86,8 @@ int run_history(CommandEnv& env) {
             const QStringList lines =
                 csv ? archive::csv_lines(*periods)
                     : archive::usage_lines(*periods, env.ctx.compliance.prescribed_hours,
-                                           QLocale());
+                                           env.ctx.compliance.adherence_share, QLocale(),
+                                           running_end);
             for (const QString& line : lines)
                 print_line(line);
             return;
@@ -117,6 +119,7 @@ CliCommand history_command() {
         {usage_opt, 0, 9648}, // history: the month lines of the archived usage
         {csv_opt, 0, 9649},   // history: the archived periods as CSV
         prescribed_hours_option(),
+        adherence_share_option(),
     };
     c.run = run_history;
     return c;

@@ -111,6 +111,7 @@ CliCommand visit_command() {
         // --out is declared by status, which --help names first.
         {months_opt, 9208, 9494}, // N: visit: months in the compliance PDF (default 12)
         prescribed_hours_option(),
+        adherence_share_option(),
     };
     // The PDFs need a drawing platform.
     c.needs_gui = [](const QCommandLineParser&) { return true; };

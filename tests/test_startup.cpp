@@ -32,7 +32,8 @@ struct Started {
         : device(std::make_shared<sim::Concentrator>(scenario_from(scenario))),
           ctx(clock, form, std::make_unique<link::SimLink>(clock, device)) {
         QFile::copy(QStringLiteral(VELTRAKO2_LANG_DIR "/langde.txt"), dir.filePath("langde.txt"));
-        write_file(dir.filePath("veltrako2.ini"), "TIMEOUT|1\r\nTIMERINTERVAL|20\r\n");
+        write_file(dir.filePath("veltrako2.ini"), "TIMEOUT|1\r\nTIMERINTERVAL|20\r\n"
+                                                  "VERORDNUNG|6\r\nADHERENZ_ANTEIL|80\r\n");
         form.bind(ctx);
         ui::StartupOptions options;
         options.application_dir = dir.path();
@@ -57,7 +58,9 @@ private slots:
     void shows_live_values_after_start() {
         BoxAnswers boxes;
         Started s("SW=5121\nSN=VO2-START\nO2=91\nNOISE=off\n");
-        QCOMPARE(s.ctx.timer1.interval(), 20);                 // from veltrako2.ini
+        QCOMPARE(s.ctx.timer1.interval(), 20); // from veltrako2.ini
+        QCOMPARE(s.ctx.compliance.prescribed_hours, 6.0);
+        QCOMPARE(s.ctx.compliance.adherence_share, 80.0);
         QCOMPARE(s.form.tab1()->tabText(0), QString("Gerät")); // the language file read
         QCOMPARE(s.form.tab1()->currentIndex(), 0);
         QTRY_COMPARE_WITH_TIMEOUT(s.text("t_o2"), QString("91"), 5000);

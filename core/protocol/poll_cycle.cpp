@@ -46,6 +46,26 @@ bool send_permitted(const AppContext& ctx, const QByteArray& head) {
     return true;
 }
 
+qint64 answer_timeout_ms(const AppContext& ctx) {
+    return std::max<qint64>(1, std::llround(ctx.config.TIMEOUT * 1000.0));
+}
+
+bool answer_overdue(const AppContext& ctx) {
+    return since_midnight_difference(seconds_since_midnight(ctx.clock.now()),
+                                     ctx.device.last_answer_time) > ctx.config.TIMEOUT;
+}
+
+void restart_answer_clock(AppContext& ctx) {
+    ctx.device.last_answer_time = seconds_since_midnight(ctx.clock.now());
+}
+
+void give_up_outstanding(AppContext& ctx) {
+    ProtocolState& p = ctx.protocol;
+    p.waiting_reply = false;
+    p.retry_count = 0;
+    restart_answer_clock(ctx);
+}
+
 namespace {
 
 // Clears the tick's re-entrancy guard on every way out.
@@ -86,7 +106,7 @@ void handle_timeout(AppContext& ctx) {
     const float now = seconds_since_midnight(ctx.clock.now());
     // Deliberately not looking at waiting_reply: a device that stays silent
     // longer than the time-out is asked again even with nothing outstanding.
-    if (since_midnight_difference(now, ctx.device.last_answer_time) <= ctx.config.TIMEOUT)
+    if (!answer_overdue(ctx))
         return;
     if (p.retry_count < 3) {
         p.retry_count += 1;
@@ -125,10 +145,6 @@ bool input_or_failure(AppContext& ctx) {
         return true;
     std::uint32_t rx = 0;
     return ctx.link.backend->get_queue_status(ctx.link.device_handle, rx) != link::FT_OK || rx > 0;
-}
-
-qint64 answer_timeout_ms(const AppContext& ctx) {
-    return std::max<qint64>(1, std::llround(ctx.config.TIMEOUT * 1000.0));
 }
 
 void receive(AppContext& ctx) {
@@ -279,6 +295,10 @@ void timer1_tick(AppContext& ctx) {
         return;
     }
 
+    // A job waiting for an answer looks first: it may give up its request
+    // before the time-out below would give up the device.
+    if (ctx.hooks.answer_watch)
+        ctx.hooks.answer_watch();
     handle_timeout(ctx);
     receive(ctx);
 
