@@ -119,6 +119,11 @@ private slots:
         row("a share of 60 %", example, {"--prescribed-hours", "6", "--adherence-share", "60"},
             "2021-02|33.5|3|11.2|2|3\n30d|2021-02-03|2021-02-05|2|3|met\n");
         row("no prescription", example, {}, "2021-02|33.5|3|11.2\n");
+        // --month without --pdf chooses nothing, but December is a month.
+        row("the last month of a year", "0|31.12.2020 20:00:00-01.01.2021 08:00:00\r\n",
+            {"--prescribed-hours", "6", "--month", "2020-12"},
+            "2020-12|4.0|1|4.0|0|1\n2021-01|8.0|1|8.0|1|1\n30d|2020-12-31|2021-01-01|1|2|not "
+            "met\n");
         row("overlapping records",
             "0|01.02.2021 08:00:00-01.02.2021 12:00:00\r\n"
             "1|01.02.2021 09:00:00-01.02.2021 13:00:00\r\n",
