@@ -87,6 +87,7 @@ private slots:
         const Table<QByteArray, QList<QByteArray>> row; // version, commands withheld
         row("version 53: everything", "5301", {});
         row("version 52: no \"!\"", "5201", {"!"});
+        row("version 50: no U, O, \"!\"", "5001", {"U", "O", "!"});
         row("version 21: no U, O, X, \"!\"", "2141", {"U", "O", "X", "!"});
     }
     void initial_sequence_goes_out_in_order() {
