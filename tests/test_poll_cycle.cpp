@@ -88,6 +88,8 @@ private slots:
         row("version 53: everything", "5301", {});
         row("version 52: no \"!\"", "5201", {"!"});
         row("version 50: no U, O, \"!\"", "5001", {"U", "O", "!"});
+        // An identity the device leaves empty: nothing that needs one.
+        row("no identity: no T, S, U, O, X, \"!\"", "", {"T", "S", "U", "O", "X", "!"});
         row("version 21: no U, O, X, \"!\"", "2141", {"U", "O", "X", "!"});
     }
     void initial_sequence_goes_out_in_order() {
