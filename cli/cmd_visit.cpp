@@ -53,6 +53,11 @@ int run_visit(CommandEnv& env) {
     const auto fields = report_fields(env.args, &error);
     if (!fields)
         return usage(error);
+    if (const QString problem = measurement_problem(*fields, env.ctx.language); !problem.isEmpty())
+        return usage(problem);
+    report::Limits limits;
+    if (!take_report_limits(env, limits))
+        return exit_usage;
 
     AppContext& ctx = env.ctx;
     compliance::install_compliance(ctx);
@@ -62,6 +67,7 @@ int run_visit(CommandEnv& env) {
     visit::VisitRequest request;
     request.base_dir = dir;
     request.months = months;
+    request.report.limits = limits;
     for (const auto& [key, value] : *fields)
         request.report.set_value(key, value);
     request.write_pdf = [](const QString& path, int pages, const visit::PageDrawer& draw,

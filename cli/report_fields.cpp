@@ -1,8 +1,20 @@
 #include "report_fields.h"
 
+#include "app_context.h"
+#include "cli_command.h"
+#include "console_ui.h"
+#include "report/report_measurements.h"
 #include "report/report_record.h"
 
+#include <QDir>
+
 namespace veltrako::cli {
+
+namespace {
+constexpr int text_not_a_number = 9700;   // "%1 takes a number ..., not \"%2\""
+constexpr int text_not_a_class = 9701;    // "t_Schutzklasse takes I or II, not \"%1\""
+constexpr int text_limit_no_number = 9702; // "%1 in %2 is no number of zero or more: \"%3\""
+} // namespace
 
 std::optional<QList<std::pair<QString, QString>>> report_fields(const QStringList& args,
                                                                 QString* error) {
@@ -26,6 +38,33 @@ std::optional<QList<std::pair<QString, QString>>> report_fields(const QStringLis
         fields.append({key, value});
     }
     return fields;
+}
+
+QString measurement_problem(const QList<std::pair<QString, QString>>& fields,
+                            const config::LanguageTables& language) {
+    for (const auto& [key, value] : fields) {
+        // An empty value is no measurement: the report leaves it open.
+        if (value.trimmed().isEmpty())
+            continue;
+        if (key.startsWith(QLatin1String("m_")) && !report::parse_measurement(value))
+            return language.text(text_not_a_number).arg(key, value);
+        if (key == QLatin1String(report::key_protection_class) &&
+            report::parse_protection_class(value) == report::ProtectionClass::unknown)
+            return language.text(text_not_a_class).arg(value);
+    }
+    return {};
+}
+
+bool take_report_limits(CommandEnv& env, report::Limits& limits) {
+    const auto problems = report::limit_problems(env.ctx.config);
+    if (!problems.isEmpty()) {
+        print_error(env.ctx.language.text(text_limit_no_number)
+                        .arg(problems.first().first, QDir::toNativeSeparators(env.ctx.config_path),
+                             problems.first().second));
+        return false;
+    }
+    limits = report::configured_limits(env.ctx.config);
+    return true;
 }
 
 } // namespace veltrako::cli

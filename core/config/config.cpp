@@ -19,6 +19,20 @@ constexpr QLatin1String key_autosavedir("AUTOSAVEDIR");
 constexpr QLatin1String key_verordnung("VERORDNUNG");
 constexpr QLatin1String key_archiv("ARCHIV");
 
+// The limits of the inspection's measured values: written back only when the
+// file set them, as they were read.
+struct LimitText {
+    QLatin1String key;
+    QString Config::*field;
+};
+constexpr LimitText limit_texts[] = {
+    {QLatin1String("GRENZE_O2"), &Config::GRENZE_O2},
+    {QLatin1String("GRENZE_FLOW"), &Config::GRENZE_FLOW},
+    {QLatin1String("GRENZE_SCHUTZLEITER"), &Config::GRENZE_SCHUTZLEITER},
+    {QLatin1String("GRENZE_ABLEITSTROM_I"), &Config::GRENZE_ABLEITSTROM_I},
+    {QLatin1String("GRENZE_ABLEITSTROM_II"), &Config::GRENZE_ABLEITSTROM_II},
+};
+
 // One line applied to `config`; false when the line makes the file unusable.
 bool apply_line(Config& config, const QString& line) {
     const QStringList fields = line.split(QLatin1Char('|'));
@@ -29,6 +43,9 @@ bool apply_line(Config& config, const QString& line) {
                           : key == key_verordnung  ? &config.VERORDNUNG
                           : key == key_archiv      ? &config.ARCHIV
                                                    : nullptr;
+    for (const LimitText& t : limit_texts)
+        if (key == t.key)
+            text_value = &(config.*t.field);
     const bool known = text_value || key == key_timeout || key == key_timerinterval;
     // A line whose key is unknown is ignored, "|" or not; a known key without
     // a value means the file is not ours to trust.
@@ -117,6 +134,9 @@ bool save_config(const Config& config, const QString& path) {
         lines << line(key_verordnung, config.VERORDNUNG);
     if (!config.ARCHIV.isEmpty())
         lines << line(key_archiv, config.ARCHIV);
+    for (const LimitText& t : limit_texts)
+        if (!(config.*t.field).isEmpty())
+            lines << line(t.key, config.*t.field);
     return write_text_lines(path, lines);
 }
 

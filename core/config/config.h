@@ -27,6 +27,14 @@ struct Config {
     // The archive file; "none" turns the archive off; empty: where the
     // location puts it (config_location.h). Written back only when set.
     QString ARCHIV;
+    // The limits the inspection's measured values are judged by
+    // (report/report_limits.h), as the file holds them; empty when it has no
+    // such line, and then written back as it was: not at all.
+    QString GRENZE_O2;
+    QString GRENZE_FLOW;
+    QString GRENZE_SCHUTZLEITER;
+    QString GRENZE_ABLEITSTROM_I;
+    QString GRENZE_ABLEITSTROM_II;
 };
 
 // The prescribed hours of `text` (VERORDNUNG or --prescribed-hours): 0 for an
@@ -53,7 +61,7 @@ bool load_config(Config& config, const QString& path, const QString& default_dir
 bool load_config_lines(Config& config, const QStringList& lines, const QString& default_dir,
                        UserInterface& ui);
 
-// Writes the five lines, and VERORDNUNG when it is set; TIMEOUT in the
+// Writes the five lines, and VERORDNUNG, ARCHIV and the limits when set; TIMEOUT in the
 // user's locale, as load_config reads it. False on any error, without a
 // message.
 bool save_config(const Config& config, const QString& path);
