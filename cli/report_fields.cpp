@@ -11,8 +11,8 @@
 namespace veltrako::cli {
 
 namespace {
-constexpr int text_not_a_number = 9700;   // "%1 takes a number ..., not \"%2\""
-constexpr int text_not_a_class = 9701;    // "t_Schutzklasse takes I or II, not \"%1\""
+constexpr int text_not_a_number = 9700;    // "%1 takes a number ..., not \"%2\""
+constexpr int text_not_a_class = 9701;     // "t_Schutzklasse takes I or II, not \"%1\""
 constexpr int text_limit_no_number = 9702; // "%1 in %2 is no number of zero or more: \"%3\""
 } // namespace
 

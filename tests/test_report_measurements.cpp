@@ -80,8 +80,8 @@ private slots:
             "m_Ableitstrom|0,51|0,5|fail");
         row("leakage class II on the limit", "t_Schutzklasse=II;m_Ableitstrom=0.1", 2.0,
             "m_Ableitstrom", "m_Ableitstrom|0,1|0,1|pass");
-        row("leakage class II above", "t_Schutzklasse=ii;m_Ableitstrom=0,11", 2.0,
-            "m_Ableitstrom", "m_Ableitstrom|0,11|0,1|fail");
+        row("leakage class II above", "t_Schutzklasse=ii;m_Ableitstrom=0,11", 2.0, "m_Ableitstrom",
+            "m_Ableitstrom|0,11|0,1|fail");
         row("leakage without a class", "m_Ableitstrom=0,05", 2.0, "m_Ableitstrom", "");
         row("no number", "m_O2=8O", 2.0, "m_O2", "");
     }

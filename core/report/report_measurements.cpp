@@ -40,7 +40,8 @@ Judged judge_range(std::optional<double> value, std::optional<double> low,
     j.low = low;
     j.high = high;
     if (value && (low || high))
-        j.verdict = verdict_of((!low || at_least(*value, *low)) && (!high || at_most(*value, *high)));
+        j.verdict =
+            verdict_of((!low || at_least(*value, *low)) && (!high || at_most(*value, *high)));
     return j;
 }
 
@@ -166,7 +167,7 @@ QString measurement_text(double value, const QLocale& locale) {
 }
 
 QString limit_text(const Judged& judged, const QLocale& locale) {
-    if (judged.verdict == Verdict::none)
+    if (!judged.low && !judged.high)
         return {};
     if (judged.low && judged.high)
         return measurement_text(*judged.low, locale) + en_dash +

@@ -89,7 +89,8 @@ QString verdict_word(Verdict verdict); // empty for none
 // grouping, no trailing zeros, at most three decimals.
 QString measurement_text(double value, const QLocale& locale);
 // The limit as the command line prints it: "82", "1,8–2,2", "0,3"; empty
-// when the value was not judged.
+// when there is none to judge by (no set flow, no protection class, the
+// protective earth of class II).
 QString limit_text(const Judged& judged, const QLocale& locale);
 // The same with the sense spelt out for a reader: "≥ 82", "1,8–2,2", "≤ 0,3".
 QString limit_caption(const Judged& judged, const QLocale& locale);
