@@ -375,7 +375,7 @@ private slots:
         QCOMPARE(QFileInfo(draft_path(h.ctx)).absolutePath(),
                  QFileInfo(h.ctx.config_path).absolutePath());
         const QStringList lines = draft_lines(h.ctx.report, h.clock.now(), QLocale());
-        const std::optional<Draft> draft = parse_draft_lines(lines);
+        const std::optional<Draft> draft = parse_draft_lines(lines, {});
         QVERIFY(draft);
         QCOMPARE(draft->written, h.clock.now());
         QVERIFY(draft->report.report_changed && draft->report.device_valid());
@@ -385,10 +385,10 @@ private slots:
         // The measured values and the limits they are judged by come back too.
         QCOMPARE(draft->report.value(QStringLiteral("m_Schutzleiter")), QStringLiteral("0,2"));
         QCOMPARE(draft->report.limits, h.ctx.report.limits);
-        QVERIFY(!parse_draft_lines(report_file_lines(h.ctx.report, QLocale())));
+        QVERIFY(!parse_draft_lines(report_file_lines(h.ctx.report, QLocale()), {}));
         // A report without device data comes back without them.
         h.ctx.report.report_device.live_valid = false;
-        QVERIFY(!parse_draft_lines(draft_lines(h.ctx.report, h.clock.now(), QLocale()))
+        QVERIFY(!parse_draft_lines(draft_lines(h.ctx.report, h.clock.now(), QLocale()), {})
                      ->report.device_valid());
         // Typed text is what counts, not the date and time a report starts with.
         ReportRecord fresh;
@@ -422,7 +422,7 @@ private slots:
         h.ctx.report_draft.tick();
         QVERIFY(QFile::exists(path) && !h.ctx.report_draft.waiting());
         QCOMPARE(collected, 1);
-        QCOMPARE(read_draft(path)->report.value(QStringLiteral("t_Patient")),
+        QCOMPARE(read_draft(path, {})->report.value(QStringLiteral("t_Patient")),
                  QStringLiteral("Erika"));
 
         h.ctx.report.set_value(QStringLiteral("t_Patient"), QString());

@@ -69,7 +69,7 @@ private slots:
         const QString draft = report::draft_path(h.ctx);
         h.clock.advance_ms(report::DraftKeeper::delay_ms);
         h.ctx.report_draft.tick();
-        const auto kept = report::read_draft(draft);
+        const auto kept = report::read_draft(draft, {});
         QVERIFY(kept);
         QCOMPARE(kept->report.value(QStringLiteral("t_Patient")), QStringLiteral("Otto"));
         QCOMPARE(kept->report.value(QStringLiteral("ck_stk")), QStringLiteral("1"));
