@@ -138,43 +138,95 @@ void PageLayout::check(double x, double row_y, const QString& caption, bool chec
     print::print_markup(s_, markup_safe(caption));
 }
 
-void PageLayout::text_box(const QString& value, int min_lines) {
-    use_font(s_, 9.5, false, remark_font);
-    const double pad = 100;
-    const double h = s_.text_height(QStringLiteral("X"));
-    const int width = std::max(
-        10, static_cast<int>((right - left - 2 * pad) / s_.text_width(QStringLiteral("0"))));
+namespace {
+
+// Typed text in lines of `width` characters, broken between words where it
+// can be; a word longer than a line is cut into pieces of its width.
+QStringList box_lines(const QString& value, int width) {
     QStringList lines;
     static const QRegularExpression breaks(QStringLiteral("\r\n|\r|\n"));
     for (const QString& paragraph : value.split(breaks))
         for (const QString& words : word_lines(paragraph, width)) {
-            // A word longer than the box is cut into pieces of its width.
             const QString wrapped = print::wrap_fixed(words, width, 0);
             for (const QString& l : wrapped.split(QStringLiteral("\r\n")))
                 lines << l;
         }
     while (!lines.isEmpty() && lines.constLast().trimmed().isEmpty())
         lines.removeLast();
+    return lines;
+}
+
+constexpr double box_pad = 100;
+
+} // namespace
+
+int PageLayout::box_characters(double width) const {
+    return std::max(10,
+                    static_cast<int>((width - 2 * box_pad) / s_.text_width(QStringLiteral("0"))));
+}
+
+void PageLayout::frame(double x1, double y1, double x2, double y2) {
+    s_.draw_line(x1, y1, x2, y1, rule_grey);
+    s_.draw_line(x2, y1, x2, y2, rule_grey);
+    s_.draw_line(x2, y2, x1, y2, rule_grey);
+    s_.draw_line(x1, y2, x1, y1, rule_grey);
+}
+
+void PageLayout::text_box(const QString& value, int min_lines) {
+    use_font(s_, 9.5, false, remark_font);
+    const double h = s_.text_height(QStringLiteral("X"));
+    const QStringList lines = box_lines(value, box_characters(right - left));
     const int shown = std::max<int>(min_lines, static_cast<int>(lines.size()));
     int i = 0;
     while (i < shown) {
         // As many lines as fit on this page go into one box.
-        need(h + 2 * pad, bottom);
+        need(h + 2 * box_pad, bottom);
         const double top = y;
-        const int room = std::max(1, static_cast<int>((bottom - top - 2 * pad) / h));
+        const int room = std::max(1, static_cast<int>((bottom - top - 2 * box_pad) / h));
         const int count = std::min(shown - i, room);
         for (int k = 0; k < count; ++k, ++i)
             if (i < lines.size())
-                plain(s_, left + pad, top + pad + k * h, without_padding(lines[i]));
-        const double box_bottom = top + 2 * pad + count * h;
-        s_.draw_line(left, top, right, top, rule_grey);
-        s_.draw_line(right, top, right, box_bottom, rule_grey);
-        s_.draw_line(right, box_bottom, left, box_bottom, rule_grey);
-        s_.draw_line(left, box_bottom, left, top, rule_grey);
+                plain(s_, left + box_pad, top + box_pad + k * h, without_padding(lines[i]));
+        const double box_bottom = top + 2 * box_pad + count * h;
+        frame(left, top, right, box_bottom);
         y = box_bottom;
         if (i < shown)
             need(bottom, bottom); // the rest goes on the next page
     }
+}
+
+bool PageLayout::text_boxes_side_by_side(const QString& left_caption, const QString& left_value,
+                                         const QString& right_caption, const QString& right_value,
+                                         int min_lines, int max_lines) {
+    use_font(s_, 9.5, false, remark_font);
+    const double gap = 250;
+    const double mid = (left + right) / 2;
+    const int width = box_characters(mid - gap / 2 - left);
+    const QStringList left_lines = box_lines(left_value, width);
+    const QStringList right_lines = box_lines(right_value, width);
+    const int shown =
+        std::max<int>(min_lines, static_cast<int>(std::max(left_lines.size(), right_lines.size())));
+    if (shown > max_lines)
+        return false;
+    const double h = s_.text_height(QStringLiteral("X"));
+    const double box_height = 2 * box_pad + shown * h;
+    heading(left_caption, box_height);
+    // The band is the heading's; the second caption goes into it.
+    use_font(s_, 10.5, true);
+    plain(s_, mid + gap / 2 + 80, y - 90 - s_.text_height(QStringLiteral("X")),
+          markup_safe(right_caption));
+    use_font(s_, 9.5, false, remark_font);
+    const double top = y;
+    const std::pair<double, const QStringList*> boxes[] = {{left, &left_lines},
+                                                           {mid + gap / 2, &right_lines}};
+    for (const auto& [x, lines] : boxes) {
+        for (qsizetype k = 0; k < lines->size(); ++k)
+            plain(s_, x + box_pad, top + box_pad + static_cast<double>(k) * h,
+                  without_padding((*lines)[k]));
+        frame(x, top, x + (mid - gap / 2 - left), top + box_height);
+    }
+    y = top + box_height;
+    return true;
 }
 
 void PageLayout::row(const QString& caption, const std::optional<QString>& value, double x,

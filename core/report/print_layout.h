@@ -65,6 +65,16 @@ public:
     // Typed text broken into lines of a fixed number of characters inside a
     // box of at least `min_lines` lines.
     void text_box(const QString& value, int min_lines);
+    // Two such texts side by side, each under its caption in one band, when
+    // both take at most `max_lines` lines at half the width; otherwise
+    // nothing is drawn and the result is false.
+    bool text_boxes_side_by_side(const QString& left_caption, const QString& left_value,
+                                 const QString& right_caption, const QString& right_value,
+                                 int min_lines, int max_lines);
+    // How many characters of the boxes' fixed pitch fit a box `width` wide.
+    int box_characters(double width) const;
+    // A grey frame from (x1, y1) to (x2, y2).
+    void frame(double x1, double y1, double x2, double y2);
 
     // Height of a caption-and-value row in the present font.
     double row_height() const { return s_.text_height(QStringLiteral("X")) + 50; }

@@ -5,6 +5,7 @@
 #include "device/parameter_values.h"
 #include "print/drawing_surface.h"
 #include "print/markup.h"
+#include "report/measurement_print.h"
 #include "report/print_layout.h"
 
 #include <algorithm>
@@ -64,6 +65,21 @@ CaptionRows device_data_rows(const ReportRecord& report, const config::LanguageT
     }
     return rows;
 }
+
+namespace {
+
+// The device data as the printout lists them: the identity stands in the
+// band at the top of the page already.
+CaptionRows printed_data_rows(const ReportRecord& report, const config::LanguageTables& language,
+                              const QLocale& locale) {
+    CaptionRows rows = device_data_rows(report, language, locale);
+    const QStringList identity{language.text(11011), language.text(11013), language.text(11015),
+                               language.text(11016)};
+    std::erase_if(rows, [&](const auto& row) { return identity.contains(row.first); });
+    return rows;
+}
+
+} // namespace
 
 CaptionRows timing_rows(const ReportRecord& report, const config::LanguageTables& language,
                         const QLocale& locale) {
@@ -175,31 +191,51 @@ void print_report(DrawingSurface& s, const ReportRecord& report,
                    checked(tests[i].first));
     }
     page.y += 3 * check_row;
-    page.heading(language.text(11072));
-    page.check(left + 80, page.y, language.text(11086), checked("ck_Typenschild"));
+    // The maker's part on a line of its own under its caption, without a
+    // band: the room goes to the measured values.
+    use_font(s, 9, true);
+    plain(s, left + 80, page.y + 20, language.text(11072));
+    const double maker_x =
+        std::max(left + 1800, left + 80 + s.text_width(language.text(11072)) + 300);
+    page.check(maker_x, page.y, language.text(11086), checked("ck_Typenschild"));
     page.check(mid, page.y, language.text(11088), checked("ck_stk"));
     page.y += check_row;
 
+    // What was measured, judged against the report's limits.
+    const Judgement judgement = judge_report(report, report.limits);
+    print_measurements(page, report, judgement, locale);
+
     // Remarks and accessories, as typed.
-    page.heading(language.text(11089));
-    page.text_box(value("t_Bemerkungen"), 3);
-    page.heading(language.text(11090));
-    page.text_box(value("t_Zubehoer"), 2);
+    // Side by side while both are short, as on the page; one under the
+    // other, over pages if need be, when either is long.
+    if (!page.text_boxes_side_by_side(language.text(11089), value("t_Bemerkungen"),
+                                      language.text(11090), value("t_Zubehoer"), 3, 6)) {
+        page.heading(language.text(11089));
+        page.text_box(value("t_Bemerkungen"), 3);
+        page.heading(language.text(11090));
+        page.text_box(value("t_Zubehoer"), 2);
+    }
 
     // The device data of the snapshot: values left, valve timings right;
     // the caption goes on with a few rows under it.
     use_font(s, 9);
-    const double signature_room = 1000 + 60 + s.text_height(QStringLiteral("X")) + 40;
+    const double signature_h = s.text_height(QStringLiteral("X"));
+    // Above the signatures: the framed result, then room to sign in.
+    const double frame_h = result_frame_height(s, judgement);
+    constexpr double signing_room = 800;
+    const double signature_room = 200 + frame_h + signing_room + 60 + signature_h + 40;
     page.heading(language.text(11070), 2600);
-    page.paired_rows(device_data_rows(report, language, locale), mid - 250, language.text(7016),
+    page.paired_rows(printed_data_rows(report, language, locale), mid - 250, language.text(7016),
                      timing_rows(report, language, locale), mid, signature_room);
 
-    // Signature, at the foot of the page of the last rows: they kept room
-    // for it.
-    use_font(s, 9);
+    // Result and signature, at the foot of the page of the last rows: they
+    // kept room for them, so neither is ever alone on a page.
     page.need(signature_room, page.bottom);
+    use_font(s, 9);
     const double line_y =
-        std::max(page.y + 1000, page.bottom - s.text_height(QStringLiteral("X")) - 100);
+        std::max(page.y + 200 + frame_h + signing_room, page.bottom - signature_h - 100);
+    print_result_frame(page, line_y - signing_room - frame_h, judgement, locale);
+    use_font(s, 9);
     s.draw_line(left, line_y, left + 4200, line_y, print::black);
     s.draw_line(right - 5000, line_y, right, line_y, print::black);
     s.move_to(left, line_y + 60);
