@@ -27,6 +27,7 @@ constexpr int text_problem = 9604;
 constexpr int text_sound = 9605;
 constexpr int text_archive_usage = 9623;
 constexpr int text_import_paths = 9624;
+constexpr int text_no_such_file = 9657; // "no such file"
 
 const QString sn_opt = QStringLiteral("sn");
 
@@ -80,7 +81,7 @@ int check(CommandEnv& env) {
     env.archive.run_now([&](archive::ArchiveStore& store) {
         QString error;
         if (!QFileInfo::exists(store.path())) {
-            error = QStringLiteral("no such file");
+            error = env.ctx.language.text(text_no_such_file);
         } else if (const auto problems = store.check(&error)) {
             for (const QString& problem : *problems)
                 print_error(env.ctx.language.text(text_problem) + QLatin1Char(' ') + problem);
@@ -121,19 +122,14 @@ int run_archive(CommandEnv& env) {
 CliCommand archive_command() {
     CliCommand c;
     c.name = QStringLiteral("archive");
-    c.help = QStringLiteral(
-        "archive import PATH... [--sn SN]\n"
-        "                     read visit folders, compliance files, status tables and report\n"
-        "                     files into the archive: imported: P periods (N new), S status "
-        "entries, R reports\n"
-        "archive check        the archive's integrity and its own rules");
-    c.options = [] {
-        return QList<QCommandLineOption>{
-            {sn_opt,
-             QStringLiteral("archive import: the serial number of compliance files that"
-                            " name no device"),
-             QStringLiteral("SN")}};
+    c.help = {
+        {9650, 0},    // archive import PATH... [--sn SN]
+        {0, 9651},    // read visit folders, compliance files, status tables and report
+        {0, 9652},    // files into the archive: imported: P periods (N new), S status ...
+        {9653, 9654}, // archive check: the archive's integrity and its own rules
     };
+    // SN: archive import: the serial number of compliance files that name no device
+    c.options = {{sn_opt, 9655, 9656}};
     c.run = run_archive;
     return c;
 }

@@ -1,11 +1,13 @@
 // compliance: reads the usage memory (or a saved compliance file), writes the
 // file and/or the chart of one month as a PDF, and prints one line per month
 // with use: yyyy-mm|total hours|days used|mean hours per day used, and with a
-// prescription |days that reached it.
+// prescription |days that reached it|days counted, then the best 30 days:
+// 30d|first day|last day|days that reached it|days|met or not met.
 // With --delete it erases the memory after the question is answered.
 
 #include "app_context.h"
 #include "cli_session.h"
+#include "cli_texts.h"
 #include "commands.h"
 #include "compliance/compliance_file.h"
 #include "compliance/compliance_month.h"
@@ -31,6 +33,10 @@ constexpr int text_nothing_erased = 8112;
 constexpr int text_erased = 8113;
 constexpr int text_not_written = 8114;
 constexpr int text_clock_off = 8263;
+constexpr int text_no_arguments = 9240; // "%1 takes no arguments"
+constexpr int text_bad_month = 9432;    // "--month takes yyyy-mm"
+constexpr int text_delete_alone = 9433; // "--delete takes no other compliance option"
+constexpr int text_out_not_load = 9434; // "--out saves data read from the device only, not --load"
 
 const QString out_opt = QStringLiteral("out");
 const QString pdf_opt = QStringLiteral("pdf");
@@ -58,10 +64,14 @@ int read_device(CommandEnv& env) {
     compliance::ComplianceMemory& m = ctx.compliance;
     int read = exit_ok;
     {
-        const ProgressLine line(m.readout);
+        const ProgressLine line(m.readout, ctx.language);
         compliance::cmd_complianceread_Click(ctx);
-        read = env.session.run_until([&] { return m.state.has_data; });
+        read = env.session.run_until(
+            [&] { return m.state.has_data || m.readout.phase() == progress::Phase::failed; });
     }
+    // A readout that gave up has said which record is missing.
+    if (!m.failure.isEmpty())
+        return exit_device;
     if (read != exit_ok || !m.state.has_data) {
         print_error(env.ctx.language.text(text_not_finished));
         return exit_device;
@@ -89,34 +99,29 @@ int erase(CommandEnv& env) {
 
 void print_months(const compliance::ComplianceMemory& m) {
     for (const compliance::Stamp month : compliance::months_with_use(m.records, m.state.last_index))
-        print_line(compliance::month_usage_line(m.records, m.state.last_index, month,
-                                                m.prescribed_hours, QLocale()));
+        print_line(
+            compliance::month_usage_line(m.records, m.state, month, m.prescribed_hours, QLocale()));
+    if (const auto window =
+            compliance::best_window(m.records, m.state, m.prescribed_hours, m.adherence_share))
+        print_line(compliance::adherence_line(*window));
 }
 
 int run_compliance(CommandEnv& env) {
     const QCommandLineParser& p = env.parser;
-    if (!env.args.isEmpty()) {
-        print_error(QStringLiteral("compliance takes no arguments"));
-        return exit_usage;
-    }
+    if (!env.args.isEmpty())
+        return usage_error(env, text_no_arguments, {QStringLiteral("compliance")});
     std::optional<compliance::Stamp> month;
     if (p.isSet(month_opt)) {
         month = parse_month(p.value(month_opt));
-        if (!month) {
-            print_error(QStringLiteral("--month takes yyyy-mm"));
-            return exit_usage;
-        }
+        if (!month)
+            return usage_error(env, text_bad_month);
     }
     const bool loading = p.isSet(load_opt);
     if (p.isSet(delete_opt) &&
-        (loading || p.isSet(out_opt) || p.isSet(pdf_opt) || p.isSet(month_opt))) {
-        print_error(QStringLiteral("--delete takes no other compliance option"));
-        return exit_usage;
-    }
-    if (loading && p.isSet(out_opt)) {
-        print_error(QStringLiteral("--out saves data read from the device only, not --load"));
-        return exit_usage;
-    }
+        (loading || p.isSet(out_opt) || p.isSet(pdf_opt) || p.isSet(month_opt)))
+        return usage_error(env, text_delete_alone);
+    if (loading && p.isSet(out_opt))
+        return usage_error(env, text_out_not_load);
 
     if (!take_prescribed_hours(env))
         return exit_usage;
@@ -147,9 +152,9 @@ int run_compliance(CommandEnv& env) {
         const bool written = paint::print_to_pdf(
             p.value(pdf_opt),
             [&](print::DrawingSurface& surface) {
-                compliance::compliance_print_page(surface, m.state, m.records, ctx.language,
-                                                  QLocale(), now,
-                                                  {QString(), now, m.prescribed_hours});
+                compliance::compliance_print_page(
+                    surface, m.state, m.records, ctx.language, QLocale(), now,
+                    {QString(), now, m.prescribed_hours, m.adherence_share});
             },
             &error);
         if (!written) {
@@ -166,25 +171,21 @@ int run_compliance(CommandEnv& env) {
 CliCommand compliance_command() {
     CliCommand c;
     c.name = QStringLiteral("compliance");
-    c.help = QStringLiteral(
-        "compliance [--out FILE] [--pdf FILE] [--month yyyy-mm] [--prescribed-hours H]\n"
-        "                     read the usage memory; one line per month: "
-        "yyyy-mm|hours|days used|mean h per day[|days >= H h]\n"
-        "compliance --load FILE [--pdf FILE] [--month yyyy-mm]\n"
-        "                     the same from a saved compliance file, without a device\n"
-        "compliance --delete  erase the usage memory (answer with --yes)");
-    c.options = [] {
-        return QList<QCommandLineOption>{
-            {out_opt, QStringLiteral("compliance: write the compliance file"),
-             QStringLiteral("file")},
-            {pdf_opt, QStringLiteral("compliance: print the month's chart to a PDF file"),
-             QStringLiteral("file")},
-            {month_opt, QStringLiteral("compliance: the month of the chart (default: the latest)"),
-             QStringLiteral("yyyy-mm")},
-            {load_opt, QStringLiteral("compliance: read a saved compliance file instead"),
-             QStringLiteral("file")},
-            {delete_opt, QStringLiteral("compliance: erase the usage memory")},
-            prescribed_hours_option()};
+    c.help = {
+        {9420, 0}, // compliance [--out FILE] [--pdf FILE] [--month yyyy-mm] [--prescribed-hours H]
+        {0, 9421}, // read the usage memory; one line per month: yyyy-mm|hours|...
+        {0, 9441}, // with H then 30d|first day|last day|days >= H h|days|met or not met
+        {9422, 0}, // compliance --load FILE [--pdf FILE] [--month yyyy-mm]
+        {0, 9423}, // the same from a saved compliance file, without a device
+        {9424, 9425}, // compliance --delete: erase the usage memory (answer with --yes)
+    };
+    c.options = {
+        {out_opt, 9204, 9426},   // FILE: compliance: write the compliance file
+        {pdf_opt, 9204, 9427},   // FILE: compliance: print the month's chart to a PDF file
+        {month_opt, 9237, 9428}, // yyyy-mm: compliance: the month of the chart
+        {load_opt, 9204, 9429},  // FILE: compliance: read a saved compliance file instead
+        {delete_opt, 0, 9430},   // compliance: erase the usage memory
+        prescribed_hours_option(), adherence_share_option(),
     };
     // Only a chart needs a drawing platform.
     c.needs_gui = [](const QCommandLineParser& parser) {

@@ -22,8 +22,8 @@ struct CommandEnv;
 // The fields as report key and value, keys spelt as the report spells them.
 // Nothing, with the reason in `error`, for an unknown key or a check box
 // that is given anything but 0 or 1.
-std::optional<QList<std::pair<QString, QString>>> report_fields(const QStringList& args,
-                                                                QString* error);
+std::optional<QList<std::pair<QString, QString>>>
+report_fields(const QStringList& args, const config::LanguageTables& language, QString* error);
 
 // Why the measured values among `fields` cannot go into a report: a value
 // that is no number (a decimal comma or point is fine), or a protection

@@ -101,6 +101,8 @@ private slots:
         row("set", "VERORDNUNG|15,5")("none", QByteArray());
         row("no number: kept for the person to see", "VERORDNUNG|viel");
         row("a limit", "GRENZE_SCHUTZLEITER|0,2")("a limit that is no number", "GRENZE_O2|viel");
+        row("both", "VERORDNUNG|6\r\nADHERENZ_ANTEIL|80");
+        row("a share alone", "ADHERENZ_ANTEIL|75,5");
     }
     void optional_setting_survives_a_rewrite() {
         const auto [line] = Table<QByteArray>::fetch();
@@ -114,8 +116,8 @@ private slots:
         QVERIFY(save_config(config, path));
         const QByteArray written = read_file(path);
         QVERIFY(written.contains("INITDIR|/chosen/\r\n"));
-        for (const char* key : {"VERORDNUNG", "GRENZE_"})
-            QCOMPARE(written.contains(key), line.startsWith(key));
+        for (const char* key : {"VERORDNUNG", "ADHERENZ_ANTEIL", "GRENZE_"})
+            QCOMPARE(written.contains(key), line.contains(key));
         QVERIFY2(line.isEmpty() || written.endsWith(line + "\r\n"), written.constData());
     }
 
@@ -130,6 +132,18 @@ private slots:
         const auto [text, hours] = Table<QString, double>::fetch();
         QLocale::setDefault(QLocale(QLocale::German, QLocale::Germany));
         QCOMPARE(config::prescribed_hours(text).value_or(-1.0), hours);
+    }
+
+    void adherence_share_data() {
+        const Table<QString, double> row; // text, share (-1: refused)
+        row("empty: the default", "", 70.0)("whole", "80", 80.0)("comma", "66,5", 66.5);
+        row("none at all", "0", 0.0)("every day", "100", 100.0)("above", "100.5", -1.0);
+        row("with a percent sign", "70 %", -1.0);
+    }
+    void adherence_share() {
+        const auto [text, share] = Table<QString, double>::fetch();
+        QLocale::setDefault(QLocale(QLocale::German, QLocale::Germany));
+        QCOMPARE(config::adherence_share(text).value_or(-1.0), share);
     }
 };
 

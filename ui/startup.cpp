@@ -42,6 +42,11 @@ void initialise(AppContext& ctx, const StartupOptions& options) {
         ctx.compliance.prescribed_hours = *hours;
     else
         show_msg(ctx, ctx.language.text(8401) + QLatin1Char(' ') + ctx.config.VERORDNUNG);
+    // A share that is no percentage is said once; the default stands for it.
+    if (const std::optional<double> share = config::adherence_share(ctx.config.ADHERENZ_ANTEIL))
+        ctx.compliance.adherence_share = *share;
+    else
+        show_msg(ctx, ctx.language.text(8502) + QLatin1Char(' ') + ctx.config.ADHERENZ_ANTEIL);
     // So is a limit of the measured values that is no number; its default
     // holds, and the report names the limit it judged by.
     if (const auto problems = report::limit_problems(ctx.config); !problems.isEmpty()) {
