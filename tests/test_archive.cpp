@@ -12,6 +12,7 @@
 #include "archive/archive_service.h"
 #include "archive/archive_store.h"
 #include "history_page.h"
+#include "report/report_measurements.h"
 #include "report_harness.h"
 #include "status/status_table.h"
 #include "status/status_table_reader.h"
@@ -188,6 +189,11 @@ private slots:
                     q.exec("INSERT INTO events VALUES ('e1', 'VO2-1', 'usage', 5, NULL, 'a@b')"));
                 QVERIFY(q.exec("INSERT INTO usage_periods VALUES ('VO2-1', 100, 200, 0, 5, 'e1', "
                                "'a@b')"));
+                // A report of an older program: no result, nothing measured.
+                QVERIFY(
+                    q.exec("INSERT INTO events VALUES ('r1', 'VO2-1', 'report', 6, NULL, 'a@b')"));
+                QVERIFY(q.exec("INSERT INTO event_values VALUES ('r1', 0, 'O2', '95')"));
+                QVERIFY(q.exec("INSERT INTO reports VALUES ('r1', '/r1.txt', 0, '')"));
             }
         }
         archive::ArchiveStore store(path);
@@ -196,7 +202,26 @@ private slots:
         QSqlDatabase db = store.database();
         QCOMPARE(archive::schema_version(db, &error).value(), archive::latest_version());
         QCOMPARE(scalar(db, "SELECT count(*) FROM usage_periods"), from >= 1 ? 1 : 0);
+        QCOMPARE(scalar(db, "SELECT count(*) FROM reports"), from >= 1 ? 1 : 0);
         QVERIFY(store.write({archive::usage_event(readout("0-2", 1), "t@h")}, nullptr, &error));
+        // A report of this program keeps what it measured, judged by the
+        // limits it names: the last inspection's O2 verdict is one join away.
+        const QStringList lines{"SN|VO2-1",           "O2|95",        "SOLL_VOLUMENSTROM|2,0",
+                                "m_O2|80,5",          "m_Flow|2.1",   "t_Schutzklasse|II",
+                                "m_Ableitstrom|0,05", "GRENZE_O2|85", "ERGEBNIS|fail"};
+        QVERIFY(
+            store.write({archive::report_event({"VO2-1", pc_time, "/r2.txt", false, lines}, "t@h")},
+                        nullptr, &error));
+        QSqlQuery last(db);
+        QVERIFY(last.exec("SELECT m.o2_verdict, m.o2, m.o2_limit, m.o2_device, m.o2_note,"
+                          " m.flow_low, m.flow_high, m.earth_verdict, m.leakage_limit, m.result"
+                          " FROM events e JOIN report_measurements m ON m.event_id = e.id"
+                          " WHERE e.sn = 'VO2-1' ORDER BY e.at DESC LIMIT 1"));
+        QVERIFY(last.next());
+        QStringList row;
+        for (int i = 0; i < 10; ++i)
+            row << (last.value(i).isNull() ? QStringLiteral("NULL") : last.value(i).toString());
+        QCOMPARE(row.join(' '), QString("fail 80.5 85 95 1 1.8 2.2  0.1 fail"));
         QCOMPARE(store.check(&error).value(), QStringList());
     }
     void refuses_a_newer_file() {
@@ -312,8 +337,11 @@ private slots:
             f.ctx.hooks.status_read(
                 {"VO2-1", "LP1", "5122", pc_time, false, {status_record(7, 1)}});
             f.ctx.hooks.usage_read(readout("0-2,3-5", 1));
-            f.ctx.hooks.report_filed(
-                {"VO2-1", pc_time, "/r.txt", false, {"SN|VO2-1", "BSTD|1:00"}});
+            f.ctx.hooks.report_filed({"VO2-1",
+                                      pc_time,
+                                      "/r.txt",
+                                      false,
+                                      {"SN|VO2-1", "BSTD|1:00", "O2|94", "m_O2|90", "ERGEBNIS|"}});
             QCOMPARE(f.ui.messages.size(), 0); // nothing written before the visit ends
             f.ctx.hooks.visit_done({"VO2-1",
                                     pc_time,
@@ -329,6 +357,16 @@ private slots:
                 QCOMPARE(scalar(db, "SELECT count(*) FROM events e JOIN events v ON v.id ="
                                     " e.visit_id AND v.kind = 'visit'"),
                          locked ? 0 : 3);
+                // The visit shows what its report measured.
+                QString error;
+                const auto visits = s.visits("VO2-1", &error).value();
+                QCOMPARE(visits.size(), std::size_t(locked ? 0 : 1));
+                if (!locked) {
+                    QCOMPARE(visits[0].kind, QString("visit"));
+                    QCOMPARE(visits[0].o2_measured.value_or(0), 90.0);
+                    QCOMPARE(visits[0].o2_device.value_or(0), 94.0);
+                    QCOMPARE(visits[0].report_result, QString("incomplete"));
+                }
             });
             if (locked)
                 QVERIFY2(f.ui.messages[0].contains("VO2-1") && f.ui.messages[0].contains("locked"),
@@ -440,8 +478,12 @@ private slots:
                                   "/r1.txt",
                                   false,
                                   {"SN|VO2-1", "BSTD|000100:00", "SW|5121"}});
-        w.ctx.hooks.report_filed(
-            {"VO2-1", pc_time, "/r2.txt", true, {"SN|VO2-1", "BSTD|000400:00", "SW|5122"}});
+        w.ctx.hooks.report_filed({"VO2-1",
+                                  pc_time,
+                                  "/r2.txt",
+                                  true,
+                                  {"SN|VO2-1", "BSTD|000400:00", "SW|5122", "O2|93", "m_O2|88,5",
+                                   "ERGEBNIS|incomplete"}});
         w.ctx.hooks.usage_read(readout("0-9,24-33,1000-1009", 1));
         w.form.select_page(Page::verlauf);
         auto* devices = w.get<QTableWidget>("tbl_geraete");
@@ -451,8 +493,13 @@ private slots:
         QCOMPARE(devices->item(0, 0)->text(), QString("VO2-1"));
         QCOMPARE(visits->item(0, 2)->text(), QString("000400:00"));
         QCOMPARE(visits->item(0, 3)->text(), QLocale().toString(300.0, 'f', 1));
-        QVERIFY2(visits->item(0, 6)->text().contains("5121 → 5122"),
-                 qPrintable(visits->item(0, 6)->text()));
+        // The measured O2 beside the device's own reading; the older
+        // report measured nothing.
+        QCOMPARE(visits->item(0, 7)->text(), report::measurement_text(88.5, QLocale()));
+        QCOMPARE(visits->item(0, 8)->text(), QString("93"));
+        QVERIFY(visits->item(1, 7)->text().isEmpty());
+        QVERIFY2(visits->item(0, 9)->text().contains("5121 → 5122"),
+                 qPrintable(visits->item(0, 9)->text()));
         // The chart shows the month of the last period and leads back to the first.
         QTRY_VERIFY(w.get<QPushButton>("cmd_verlaufprev")->isEnabled());
         QVERIFY(!w.get<QPushButton>("cmd_verlaufnext")->isEnabled());

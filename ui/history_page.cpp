@@ -10,6 +10,7 @@
 #include "frm_main.h"
 #include "pages.h"
 #include "painter_surface.h"
+#include "report/report_measurements.h"
 
 #include <QDateTime>
 #include <QDir>
@@ -35,6 +36,10 @@ constexpr int text_unreadable = 8825;
 constexpr int text_software = 8826;
 constexpr int text_empty = 8827;
 constexpr int text_usage = 8828;
+// The columns of what each visit's report measured, before "Änderungen".
+constexpr int text_result_column = 8904;
+constexpr int text_o2_measured_column = 8918;
+constexpr int text_o2_device_column = 8919;
 
 QTableWidget* make_table(const QString& name, int columns) {
     auto* table = new QTableWidget(0, columns);
@@ -118,7 +123,7 @@ QWidget* build_page_verlauf() {
     QGroupBox* visits =
         make_frame(QStringLiteral("frm_besuche"), 11203, QStringLiteral("Besuche und Änderungen"));
     auto* visits_layout = new QVBoxLayout(visits);
-    visits_layout->addWidget(make_table(QStringLiteral("tbl_besuche"), 7));
+    visits_layout->addWidget(make_table(QStringLiteral("tbl_besuche"), 10));
     tables->addWidget(visits, 3);
     layout->addLayout(tables, 2);
 
@@ -149,7 +154,13 @@ QString visit_changes(const archive::VisitChange& c, const config::LanguageTable
 void show_visits(FrmMain& form, const AppContext& ctx,
                  const std::vector<archive::VisitChange>& changes) {
     auto* table = form.control_as<QTableWidget>(QStringLiteral("tbl_besuche"));
-    table->setHorizontalHeaderLabels(ctx.language.text(text_visit_columns).split(QLatin1Char('/')));
+    QStringList headers = ctx.language.text(text_visit_columns).split(QLatin1Char('/'));
+    // The measured O2 beside the device's own reading: a slow fall across
+    // visits is the sign of worn sieve beds.
+    const QString last = headers.isEmpty() ? QString() : headers.takeLast();
+    headers << ctx.language.text(text_result_column) << ctx.language.text(text_o2_measured_column)
+            << ctx.language.text(text_o2_device_column) << last;
+    table->setHorizontalHeaderLabels(headers);
     table->setRowCount(static_cast<int>(changes.size()));
     const QLocale locale;
     int row = 0;
@@ -168,6 +179,11 @@ void show_visits(FrmMain& form, const AppContext& ctx,
              c.has_previous || c.new_status_entries > 0
                  ? device::format_value(c.new_status_entries, 0, locale)
                  : QString(),
+             report::result_text_of(c.visit.report_result, ctx.language),
+             c.visit.o2_measured ? report::measurement_text(*c.visit.o2_measured, locale)
+                                 : QString(),
+             c.visit.o2_device ? report::measurement_text(*c.visit.o2_device, locale)
+                               : c.visit.values.value(QStringLiteral("O2")),
              visit_changes(c, ctx.language)});
     }
     table->resizeColumnsToContents();

@@ -8,6 +8,7 @@
 #include <QString>
 #include <QStringList>
 
+#include <optional>
 #include <vector>
 
 namespace veltrako::archive {
@@ -28,6 +29,28 @@ struct StatusEntry {
     int duration = 0;
     QString record_hex; // the 22 bytes when read from the device; empty from a table
 };
+
+// What a report measured and how it was judged (the report_measurements
+// row). Numbers not typed, and limits there were none to judge by, are
+// empty; verdicts are "pass", "fail" or "" (not judged).
+struct ReportMeasured {
+    QString result;           // "pass", "fail", "incomplete"
+    QString protection_class; // "I", "II" or ""
+    std::optional<double> o2, o2_limit, o2_device;
+    QString o2_verdict;
+    bool o2_note = false;
+    std::optional<double> flow, flow_set, flow_low, flow_high;
+    QString flow_verdict;
+    std::optional<double> earth, earth_limit;
+    QString earth_verdict;
+    std::optional<double> leakage, leakage_limit;
+    QString leakage_verdict;
+    QString instruments;
+};
+
+// The measurements of a report's file lines, judged by the limits the lines
+// name; nothing for a report without a result line (an older program's).
+std::optional<ReportMeasured> report_measured(const QStringList& report_lines);
 
 struct ArchiveEvent {
     QString id; // UUID, without braces
@@ -53,6 +76,7 @@ struct ArchiveEvent {
     QString path;
     bool printed = false;
     QString inspector;
+    std::optional<ReportMeasured> measured;
     // visit, firmware: "written"/"failed"/"cancelled", "ok"/"failed"
     QString folder;
     QString result;

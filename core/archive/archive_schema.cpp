@@ -93,6 +93,40 @@ const Migration version_1{
                        " inspector TEXT NOT NULL)"),
     }};
 
+// What an inspection measured and how it was judged, one row per report
+// that holds an ERGEBNIS line (reports of older programs have none), so
+// that "the last inspection's O2 failed" is one join from a device's events.
+// Numbers are what the technician typed, as numbers (NULL: not typed);
+// limits those the report judged by (NULL: none to judge by); verdicts
+// 'pass', 'fail' or '' (not judged); the result 'pass', 'fail' or
+// 'incomplete', as the report file has it. o2_device is the device's own
+// reading in the report's snapshot, o2_note 1 when the two differ by more
+// than 3 percentage points.
+const Migration version_2{2,
+                          {
+                              QStringLiteral("CREATE TABLE report_measurements ("
+                                             " event_id TEXT PRIMARY KEY REFERENCES events (id),"
+                                             " result TEXT NOT NULL,"
+                                             " protection_class TEXT NOT NULL,"
+                                             " o2 DOUBLE PRECISION,"
+                                             " o2_limit DOUBLE PRECISION,"
+                                             " o2_verdict TEXT NOT NULL,"
+                                             " o2_device DOUBLE PRECISION,"
+                                             " o2_note INTEGER NOT NULL,"
+                                             " flow DOUBLE PRECISION,"
+                                             " flow_set DOUBLE PRECISION,"
+                                             " flow_low DOUBLE PRECISION,"
+                                             " flow_high DOUBLE PRECISION,"
+                                             " flow_verdict TEXT NOT NULL,"
+                                             " earth DOUBLE PRECISION,"
+                                             " earth_limit DOUBLE PRECISION,"
+                                             " earth_verdict TEXT NOT NULL,"
+                                             " leakage DOUBLE PRECISION,"
+                                             " leakage_limit DOUBLE PRECISION,"
+                                             " leakage_verdict TEXT NOT NULL,"
+                                             " instruments TEXT NOT NULL)"),
+                          }};
+
 bool exec(QSqlDatabase& db, const QString& sql, QString* error) {
     QSqlQuery q(db);
     if (q.exec(sql))
@@ -109,7 +143,7 @@ bool begin_write_transaction(QSqlDatabase& db, QString* error) {
 }
 
 const std::vector<Migration>& migrations() {
-    static const std::vector<Migration> all{version_1};
+    static const std::vector<Migration> all{version_1, version_2};
     return all;
 }
 

@@ -2,8 +2,9 @@
 // The archive's tables, as a list of forward migrations. A file records the
 // version it has reached in schema_version; opening it runs the migrations
 // after that version, each in its own transaction, and never rebuilds what is
-// there. The SQL is written for SQLite and PostgreSQL alike: text and 64-bit
-// integer columns, natural keys, INSERT ... ON CONFLICT.
+// there. The SQL is written for SQLite and PostgreSQL alike: text, 64-bit
+// integer and (for what a person measured) double precision columns, natural
+// keys, INSERT ... ON CONFLICT.
 //
 // Identity never rests on a local row number: a device is its trimmed serial
 // number, a usage period is (serial number, start second), a status entry is

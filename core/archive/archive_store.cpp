@@ -93,6 +93,47 @@ std::optional<int> count_of(QSqlDatabase& db, const QString& sql, const QVariant
     return q.value(0).toInt();
 }
 
+// A number a person typed, or NULL when there is none.
+QVariant number_or_null(const std::optional<double>& v) {
+    return v ? QVariant(*v) : QVariant();
+}
+
+std::optional<double> number_of(const QVariant& v) {
+    return v.isNull() ? std::nullopt : std::optional<double>(v.toDouble());
+}
+
+bool write_measured(QSqlDatabase& db, const QString& event_id, const ReportMeasured& m,
+                    QString* error) {
+    QSqlQuery q(db);
+    q.prepare(QStringLiteral(
+        "INSERT INTO report_measurements (event_id, result, protection_class, o2, o2_limit,"
+        " o2_verdict, o2_device, o2_note, flow, flow_set, flow_low, flow_high, flow_verdict,"
+        " earth, earth_limit, earth_verdict, leakage, leakage_limit, leakage_verdict,"
+        " instruments) VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)"));
+    return run(q,
+               {event_id,
+                m.result,
+                m.protection_class,
+                number_or_null(m.o2),
+                number_or_null(m.o2_limit),
+                m.o2_verdict,
+                number_or_null(m.o2_device),
+                m.o2_note ? 1 : 0,
+                number_or_null(m.flow),
+                number_or_null(m.flow_set),
+                number_or_null(m.flow_low),
+                number_or_null(m.flow_high),
+                m.flow_verdict,
+                number_or_null(m.earth),
+                number_or_null(m.earth_limit),
+                m.earth_verdict,
+                number_or_null(m.leakage),
+                number_or_null(m.leakage_limit),
+                m.leakage_verdict,
+                m.instruments},
+               error);
+}
+
 QString iso(compliance::Stamp s) {
     return QDateTime::fromSecsSinceEpoch(archive_seconds(s), Qt::UTC)
         .toString(QStringLiteral("yyyy-MM-ddTHH:mm:ss"));
@@ -267,7 +308,9 @@ bool ArchiveStore::write_event(const ArchiveEvent& e, EventAdded& added, QString
     if (e.kind == QLatin1String(kind_report)) {
         q.prepare(QStringLiteral("INSERT INTO reports (event_id, path, printed, inspector)"
                                  " VALUES (?, ?, ?, ?)"));
-        return run(q, {e.id, e.path, e.printed ? 1 : 0, e.inspector}, error);
+        if (!run(q, {e.id, e.path, e.printed ? 1 : 0, e.inspector}, error))
+            return false;
+        return !e.measured || write_measured(db, e.id, *e.measured, error);
     }
     if (e.kind == QLatin1String(kind_visit)) {
         q.prepare(QStringLiteral(
@@ -357,7 +400,7 @@ std::optional<std::vector<EventRow>> ArchiveStore::events(const QString& sn, QSt
         " coalesce(v.folder, ''), coalesce(v.result, f.result, ''),"
         " coalesce(v.reason, f.reason, ''), coalesce(w.setting, ''),"
         " coalesce(w.old_value, f.old_version, ''), coalesce(w.new_value, f.new_version, ''),"
-        " coalesce(w.pc_user, '')"
+        " coalesce(w.pc_user, ''), coalesce(m.result, ''), m.o2, m.o2_device"
         " FROM events e"
         " LEFT JOIN usage_readouts u ON u.event_id = e.id"
         " LEFT JOIN status_readouts s ON s.event_id = e.id"
@@ -365,6 +408,7 @@ std::optional<std::vector<EventRow>> ArchiveStore::events(const QString& sn, QSt
         " LEFT JOIN visits v ON v.event_id = e.id"
         " LEFT JOIN firmware_updates f ON f.event_id = e.id"
         " LEFT JOIN device_writes w ON w.event_id = e.id"
+        " LEFT JOIN report_measurements m ON m.event_id = e.id"
         " WHERE e.sn = ? ORDER BY e.at, e.kind, e.id"));
     if (!run(q, {sn}, error))
         return std::nullopt;
@@ -388,6 +432,9 @@ std::optional<std::vector<EventRow>> ArchiveStore::events(const QString& sn, QSt
         r.old_value = q.value(14).toString();
         r.new_value = q.value(15).toString();
         r.pc_user = q.value(16).toString();
+        r.report_result = q.value(17).toString();
+        r.o2_measured = number_of(q.value(18));
+        r.o2_device = number_of(q.value(19));
         rows.push_back(r);
     }
     return rows;
@@ -439,6 +486,22 @@ std::optional<std::vector<VisitRow>> ArchiveStore::visits(const QString& sn, QSt
             rows.push_back({id, q.value(1).toString(), q.value(2).toLongLong(), {}});
         if (!q.value(3).isNull())
             rows.back().values.insert(q.value(3).toString(), q.value(4).toString());
+    }
+    // What each visit's report, or a report of its own, measured; of a
+    // visit's reports the latest counts.
+    q.prepare(QStringLiteral("SELECT coalesce(r.visit_id, r.id), m.result, m.o2, m.o2_device"
+                             " FROM report_measurements m JOIN events r ON r.id = m.event_id"
+                             " WHERE r.sn = ? ORDER BY r.at, r.id"));
+    if (!run(q, {sn}, error))
+        return std::nullopt;
+    while (q.next()) {
+        const QString owner = q.value(0).toString();
+        for (VisitRow& row : rows)
+            if (row.id == owner) {
+                row.report_result = q.value(1).toString();
+                row.o2_measured = number_of(q.value(2));
+                row.o2_device = number_of(q.value(3));
+            }
     }
     return rows;
 }

@@ -58,6 +58,11 @@ struct EventRow {
     QString old_value;
     QString new_value;
     QString pc_user;
+    // report: its result ("pass", "fail", "incomplete"; empty for a report
+    // of an older program), the O2 measured and the device's own reading.
+    QString report_result;
+    std::optional<double> o2_measured;
+    std::optional<double> o2_device;
 };
 
 // A visit or an inspection report of one device, with the device's values
@@ -67,6 +72,11 @@ struct VisitRow {
     QString kind; // "visit" or "report"
     qint64 at = 0;
     QMap<QString, QString> values; // parameter keys ("BSTD", "SW", "ZEITEN3", ...)
+    // What the report (a visit's own) measured: its result, the O2 of the
+    // analyser and the device's own O2 reading; empty without one.
+    QString report_result = {};
+    std::optional<double> o2_measured = {};
+    std::optional<double> o2_device = {};
 };
 
 class ArchiveStore {

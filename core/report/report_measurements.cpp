@@ -209,6 +209,13 @@ QString result_text(Result result, const config::LanguageTables& language) {
                                                   : text_incomplete);
 }
 
+QString result_text_of(const QString& word, const config::LanguageTables& language) {
+    for (const Result r : {Result::pass, Result::fail, Result::incomplete})
+        if (word == result_word(r))
+            return result_text(r, language);
+    return {};
+}
+
 QString o2_sensor_note(const Judgement& judgement, const config::LanguageTables& language,
                        const QLocale& locale) {
     if (!judgement.o2_deviation)

@@ -102,6 +102,9 @@ QStringList judgement_lines(const Judgement& judgement, const QLocale& locale);
 // Language texts of the verdicts and the result, for the form and the printout.
 QString verdict_text(Verdict verdict, const config::LanguageTables& language);
 QString result_text(Result result, const config::LanguageTables& language);
+// The same for a result's machine word; empty for anything else (a report
+// of an older program has no result).
+QString result_text_of(const QString& word, const config::LanguageTables& language);
 // "O2-Sensor des Geräts weicht um X Prozentpunkte ab"; empty without a deviation.
 QString o2_sensor_note(const Judgement& judgement, const config::LanguageTables& language,
                        const QLocale& locale);
