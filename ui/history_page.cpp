@@ -157,9 +157,11 @@ void show_visits(FrmMain& form, const AppContext& ctx,
     QStringList headers = ctx.language.text(text_visit_columns).split(QLatin1Char('/'));
     // The measured O2 beside the device's own reading: a slow fall across
     // visits is the sign of worn sieve beds.
-    const QString last = headers.isEmpty() ? QString() : headers.takeLast();
-    headers << ctx.language.text(text_result_column) << ctx.language.text(text_o2_measured_column)
-            << ctx.language.text(text_o2_device_column) << last;
+    // Beside the hours: the analyser's O2, the device's own and the result.
+    const qsizetype at = std::min<qsizetype>(3, headers.size());
+    headers.insert(at, ctx.language.text(text_result_column));
+    headers.insert(at, ctx.language.text(text_o2_device_column));
+    headers.insert(at, ctx.language.text(text_o2_measured_column));
     table->setHorizontalHeaderLabels(headers);
     table->setRowCount(static_cast<int>(changes.size()));
     const QLocale locale;
@@ -174,16 +176,16 @@ void show_visits(FrmMain& form, const AppContext& ctx,
             table, row,
             {QDateTime::fromSecsSinceEpoch(c.visit.at).toString(QStringLiteral("yyyy-MM-dd HH:mm")),
              ctx.language.text(c.visit.kind == QLatin1String("visit") ? text_visit : text_report),
-             c.visit.values.value(QStringLiteral("BSTD")), number(c.hours_run, 1),
-             number(c.hours_per_day, 1),
-             c.has_previous || c.new_status_entries > 0
-                 ? device::format_value(c.new_status_entries, 0, locale)
-                 : QString(),
-             report::result_text_of(c.visit.report_result, ctx.language),
+             c.visit.values.value(QStringLiteral("BSTD")),
              c.visit.o2_measured ? report::measurement_text(*c.visit.o2_measured, locale)
                                  : QString(),
              c.visit.o2_device ? report::measurement_text(*c.visit.o2_device, locale)
                                : c.visit.values.value(QStringLiteral("O2")),
+             report::result_text_of(c.visit.report_result, ctx.language), number(c.hours_run, 1),
+             number(c.hours_per_day, 1),
+             c.has_previous || c.new_status_entries > 0
+                 ? device::format_value(c.new_status_entries, 0, locale)
+                 : QString(),
              visit_changes(c, ctx.language)});
     }
     table->resizeColumnsToContents();
