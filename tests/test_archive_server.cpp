@@ -7,6 +7,7 @@
 
 #include "archive/archive_event.h"
 #include "archive/archive_fleet.h"
+#include "archive/archive_hooks.h"
 #include "archive/archive_schema.h"
 #include "archive/archive_server.h"
 #include "archive/archive_service.h"
@@ -209,6 +210,13 @@ private slots:
         QVERIFY2(csv[100].endsWith(",8.00"), qPrintable(csv[100]));
         for (const QString& file : {a, b})
             QCOMPARE(run_cli({"--archive", file, "archive", "check"}).exit_code, 0);
+
+        // The next visit's readout: only the three new nights travel.
+        archive_into(a, {archive::usage_event(readout("VO2-1", 50, 103), "anna@a")});
+        QCOMPARE(sync(a, "tech_a"), QString("sync: sent 1, received 0"));
+        QCOMPARE(count(db, "SELECT count(*) FROM usage_periods"
+                           " WHERE changed = (SELECT last FROM change_counter)"),
+                 3);
     }
 
     // The server enforces the roles, whatever program connects: a
@@ -509,6 +517,93 @@ private slots:
         const ProgramRun on_b = cli.run({"--archive", files[1], "history", "VO2-7", "--csv"});
         QCOMPARE(lines_of(on_a.out).size(), 4098);
         QCOMPARE(on_a.out, on_b.out);
+    }
+
+    // The office's fleet list: the due devices and why, by the ini's rules.
+    void fleet_names_the_due_devices() {
+        const QString db = fresh_archive();
+        archive::ArchiveStore s(address(pg->uri("tech_a", db)));
+        const QDateTime now = QDateTime::currentDateTime();
+        const QDateTime long_ago = now.addMonths(-8);
+        const QDateTime lately = now.addMonths(-1);
+        archive_into(s, {archive::report_event(filed_report("VO2-A", long_ago, "001000:00"), "t")});
+        archive_into(s, {archive::report_event(filed_report("VO2-B", lately, "004990:00"), "t")});
+        // VO2-B has run 16 hours since: 4990 + 16 is past 5000.
+        jobs::UsageReadout since{"VO2-B", "LP", now, {}, 0};
+        const compliance::Stamp night = compliance::to_stamp(lately.addDays(2));
+        since.periods = {{night, night + 8 * 3600}, {night + 86400, night + 86400 + 8 * 3600}};
+        archive_into(s, {archive::usage_event(since, "t")});
+        archive_into(s, {archive::report_event(filed_report("VO2-C", lately, "000100:00"), "t")});
+        archive_into(s, {archive::usage_event(readout("VO2-D", 0, 5), "t")});
+        const auto fleet = [&](const QStringList& ini, const QStringList& arguments) {
+            return cli_with_ini(ini)->run(QStringList{"fleet", "--server", pg->uri("office", db)} +
+                                          arguments);
+        };
+        const QString a = "VO2-A|" + long_ago.toString("yyyy-MM-dd") + "|001000:00|visit";
+        const QString b = "VO2-B|" + lately.toString("yyyy-MM-dd") + "|004990:00|hours";
+        const QString c = "VO2-C|" + lately.toString("yyyy-MM-dd") + "|000100:00|";
+        const QString d = "VO2-D|||visit";
+        QCOMPARE(lines_of(fleet({"WARTUNG_STUNDEN|5000"}, {}).out), (QStringList{a, b, c, d}));
+        QCOMPARE(lines_of(fleet({"WARTUNG_STUNDEN|5000"}, {"--due"}).out), (QStringList{a, b, d}));
+        QCOMPARE(lines_of(fleet({"WARTUNG_MONATE|12"}, {"--due"}).out), QStringList{d});
+        const ProgramRun bad = fleet({"WARTUNG_MONATE|sechs"}, {});
+        QCOMPARE(bad.exit_code, 2);
+        QVERIFY2(bad.err.contains("WARTUNG_MONATE sechs"), qPrintable(bad.err));
+    }
+
+    // "Abgleichen" on the Verlauf page, on the archive's own thread and the
+    // real event loop: the progress bar moves, the result line and the
+    // status bar's tooltip say what happened, the devices another laptop
+    // added are listed, and "nur fällige" keeps the due ones.
+    void abgleichen_on_the_event_loop() {
+        const QString db = fresh_archive();
+        const QDateTime now = QDateTime::currentDateTime();
+        archive::ArchiveStore other(address(pg->uri("tech_b", db)));
+        archive_into(other, {archive::report_event(
+                                filed_report("VO2-X", now.addMonths(-8), "000500:00"), "b@b")});
+        QTemporaryDir dir;
+        Window w(now);
+        QVERIFY(config::load_language(w.ctx.language, VELTRAKO2_LANG_DIR "/langen.txt", w.form));
+        w.ctx.config.ARCHIV_SERVER = pg->uri("tech_a", db);
+        archive::ArchiveService service(dir.filePath("a.sqlite"),
+                                        archive::ArchiveService::Mode::own_thread);
+        archive::install_archive(w.ctx, service);
+        ui::bind_page_verlauf(w.form, w.ctx, service);
+        QTRY_COMPARE(w.form.statusBar()->toolTip(),
+                     QString("Not yet synchronised with the team archive"));
+        w.ctx.hooks.report_filed(filed_report("VO2-Y", now, "000100:00"));
+        w.form.select_page(Page::verlauf);
+        auto* devices = w.get<QTableWidget>("tbl_geraete");
+        QTRY_COMPARE(devices->rowCount(), 1);
+
+        auto* button = w.get<QPushButton>("cmd_abgleichen");
+        int most = 0;
+        QObject::connect(w.get<QProgressBar>("prg_abgleich"), &QProgressBar::valueChanged,
+                         [&](int v) { most = std::max(most, v); });
+        button->click();
+        QVERIFY(!button->isEnabled()); // one sync at a time
+        QTRY_COMPARE(w.get<QLabel>("l_abgleich")->text(), QString("Sync: 1 sent, 1 received"));
+        QVERIFY(button->isEnabled());
+        QCOMPARE(most, 2); // the report sent, the other's fetched
+        QCOMPARE(w.form.statusBar()->toolTip(),
+                 "Last sync with the team archive: " + now.toString("yyyy-MM-dd HH:mm"));
+        QTRY_COMPARE(devices->rowCount(), 2);
+        QCOMPARE(devices->item(0, 0)->text(), QString("VO2-X"));
+        QCOMPARE(devices->item(0, 5)->text(), QString("visit"));
+        QCOMPARE(devices->item(1, 5)->text(), QString());
+        w.get<QCheckBox>("chk_nurfaellige")->click();
+        QCOMPARE(devices->rowCount(), 1);
+        QCOMPARE(devices->item(0, 0)->text(), QString("VO2-X"));
+
+        // Without a server the button says where one is named.
+        Window bare;
+        QVERIFY(
+            config::load_language(bare.ctx.language, VELTRAKO2_LANG_DIR "/langen.txt", bare.form));
+        archive::ArchiveService local(dir.filePath("b.sqlite"),
+                                      archive::ArchiveService::Mode::inline_jobs);
+        ui::bind_page_verlauf(bare.form, bare.ctx, local);
+        QVERIFY(!bare.get<QPushButton>("cmd_abgleichen")->isEnabled());
+        QVERIFY(bare.get<QPushButton>("cmd_abgleichen")->toolTip().contains("ARCHIV_SERVER"));
     }
 };
 

@@ -1,5 +1,7 @@
 #include "archive/archive_rows.h"
 
+#include "archive/archive_store.h"
+
 #include <QSqlDatabase>
 #include <QSqlError>
 #include <QSqlQuery>
@@ -70,10 +72,7 @@ const std::vector<TableSpec>& tables() {
          {"sn", "start_time", "end_time", "running", "end_seen", "first_event", "written_by",
           "changed"},
          // The same rule as a readout's: the later readout knows the end better.
-         QStringLiteral("ON CONFLICT (sn, start_time) DO UPDATE SET end_time = excluded.end_time,"
-                        " running = excluded.running, end_seen = excluded.end_seen,"
-                        " changed = excluded.changed"
-                        " WHERE excluded.end_seen > usage_periods.end_seen"),
+         period_merge_clause(),
          Travel::own_change},
         {QStringLiteral("status_entries"),
          {"sn", "entry", "block", "duration", "extended", "record", "first_event", "written_by",

@@ -20,17 +20,12 @@ namespace {
 // 1 January 1970 00:00 as a compliance stamp.
 constexpr compliance::Stamp unix_origin = 25569 * compliance::seconds_per_day;
 
-const QString usage_upsert = QStringLiteral(
-    "INSERT INTO usage_periods"
-    " (sn, start_time, end_time, running, end_seen, first_event, written_by, changed)"
-    " VALUES (?, ?, ?, ?, ?, ?, ?, ?)"
-    " ON CONFLICT (sn, start_time) DO UPDATE SET"
-    " end_time = excluded.end_time, running = excluded.running, end_seen = excluded.end_seen,"
-    " changed = excluded.changed"
-    // The readout made later knows the period's end better: a running
-    // period's end moves on, and an older file imported afterwards changes
-    // nothing.
-    " WHERE excluded.end_seen > usage_periods.end_seen");
+const QString usage_upsert =
+    QStringLiteral(
+        "INSERT INTO usage_periods"
+        " (sn, start_time, end_time, running, end_seen, first_event, written_by, changed)"
+        " VALUES (?, ?, ?, ?, ?, ?, ?, ?) ") +
+    period_merge_clause();
 
 QVariant text_or_null(const QString& s) {
     return s.isEmpty() ? QVariant() : QVariant(s);
@@ -74,6 +69,20 @@ QString iso(compliance::Stamp s) {
 }
 
 } // namespace
+
+QString period_merge_clause() {
+    return QStringLiteral(
+        "ON CONFLICT (sn, start_time) DO UPDATE SET"
+        " end_time = excluded.end_time, running = excluded.running, end_seen = excluded.end_seen,"
+        " changed = excluded.changed"
+        // The readout made later knows the period's end better: a running
+        // period's end moves on, and an older file imported afterwards
+        // changes nothing. A period a later readout saw as it was stays as
+        // it is, so that only what changed travels to the team's server.
+        " WHERE excluded.end_seen > usage_periods.end_seen"
+        " AND (excluded.end_time <> usage_periods.end_time"
+        " OR excluded.running <> usage_periods.running)");
+}
 
 qint64 archive_seconds(compliance::Stamp s) {
     return s - unix_origin;

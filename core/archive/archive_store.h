@@ -136,6 +136,11 @@ private:
     int busy_timeout_ms_ = 5000;
 };
 
+// How a usage period merges into one already kept (by serial number and
+// start second): "ON CONFLICT ... DO UPDATE ...", for a readout and a sync
+// alike.
+QString period_merge_clause();
+
 // Inside a write transaction: the next change number, which every row the
 // transaction writes carries. Nothing when it cannot be had.
 std::optional<qint64> next_change(QSqlDatabase& db, QString* error);

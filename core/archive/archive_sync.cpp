@@ -166,8 +166,9 @@ public:
         const auto todo = ranges(marks->received, *server_last, own_, options_.range);
         total_ = done_ + static_cast<int>(todo.size());
         tell();
-        for (const auto& [after, up_to] : todo) {
-            if (!with_retries([&](QString* why) { return receive(after, up_to, id, why); }))
+        for (const std::pair<qint64, qint64>& range : todo) {
+            if (!with_retries(
+                    [&](QString* why) { return receive(range.first, range.second, id, why); }))
                 return report_;
             ++done_;
             tell();

@@ -72,8 +72,6 @@ ParsedAddress parse_server_address(const QString& uri) {
         a.host = decoded(colon >= 0 ? rest.left(colon) : rest);
         port = colon >= 0 ? rest.mid(colon + 1) : QString();
     }
-    if (a.host.contains(QLatin1Char(',')))
-        return parsed; // several hosts: not for one archive
     if (!port.isEmpty()) {
         bool ok = false;
         a.port = port.toInt(&ok);
@@ -111,6 +109,12 @@ ParsedAddress parse_server_address(const QString& uri) {
         else
             a.parameters.append({key, value});
     }
+    // Several hosts are not one archive; brackets belong around an address.
+    for (const QChar c : {QLatin1Char(','), QLatin1Char('['), QLatin1Char(']')})
+        if (a.host.contains(c)) {
+            parsed.problem = AddressProblem::not_a_uri;
+            return parsed;
+        }
     parsed.address = a;
     return parsed;
 }
