@@ -140,7 +140,7 @@ QWidget* build_page_verlauf() {
     devices_layout->addWidget(
         make_check(QStringLiteral("chk_nurfaellige"), 11281, QStringLiteral("nur fällige")));
     devices_layout->addWidget(make_table(QStringLiteral("tbl_geraete"), 6));
-    tables->addWidget(devices, 1);
+    tables->addWidget(devices, 2);
     QGroupBox* visits =
         make_frame(QStringLiteral("frm_besuche"), 11203, QStringLiteral("Besuche und Änderungen"));
     auto* visits_layout = new QVBoxLayout(visits);
@@ -267,8 +267,11 @@ QString reasons_text(const QStringList& reasons, const config::LanguageTables& l
 void show_devices(FrmMain& form, AppContext& ctx, archive::ArchiveService& service,
                   const std::shared_ptr<PageState>& state) {
     auto* table = form.control_as<QTableWidget>(QStringLiteral("tbl_geraete"));
-    table->setHorizontalHeaderLabels(ctx.language.text(text_device_columns).split(QLatin1Char('/'))
-                                     << ctx.language.text(text_due));
+    // Why a device is due comes right after which one it is: that is what
+    // the list is read for.
+    QStringList headers = ctx.language.text(text_device_columns).split(QLatin1Char('/'));
+    headers.insert(1, ctx.language.text(text_due));
+    table->setHorizontalHeaderLabels(headers);
     state->shown.clear();
     for (std::size_t i = 0; i < state->devices.size(); ++i)
         if (!state->due_only || !state->devices[i].reasons.isEmpty())
@@ -281,12 +284,11 @@ void show_devices(FrmMain& form, AppContext& ctx, archive::ArchiveService& servi
         if (d.sn == state->sn)
             selected = row;
         set_row(table, row++,
-                {d.sn, d.lp,
+                {d.sn, reasons_text(f.reasons, ctx.language), d.lp,
                  d.last_visit_at == 0 ? QString()
                                       : QDateTime::fromSecsSinceEpoch(d.last_visit_at)
                                             .toString(QStringLiteral("yyyy-MM-dd")),
-                 d.last_visit_bstd, QString::number(d.periods),
-                 reasons_text(f.reasons, ctx.language)});
+                 d.last_visit_bstd, QString::number(d.periods)});
     }
     table->resizeColumnsToContents();
     if (state->shown.empty())

@@ -167,8 +167,10 @@ bool ArchiveStore::open_server(QSqlDatabase& db, QString* error, int target) {
     db.setDatabaseName(server_->database);
     db.setConnectOptions(server_->connect_options());
     if (!db.open()) {
+        // libpq's own words say what failed; the driver's add nothing.
+        const QSqlError e = db.lastError();
         if (error)
-            *error = db.lastError().text().trimmed();
+            *error = (e.databaseText().isEmpty() ? e.text() : e.databaseText()).simplified();
         return false;
     }
     bool ready = configure_server_connection(db, busy_timeout_ms_, error);

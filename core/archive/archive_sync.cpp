@@ -305,13 +305,15 @@ QString sync_problem_text(const config::LanguageTables& language, const SyncRepo
         text = language.text(8955)
                    .arg(report.unsent_events)
                    .arg(report.unsent_devices.join(QStringLiteral(", "))) +
-               QStringLiteral("; ");
+               QStringLiteral(". ");
     else if (report.sent_all)
-        text = language.text(8956) + QStringLiteral("; ");
+        text = language.text(8956) + QStringLiteral(". ");
     // The server's failures are retried; this archive's are not.
     text += report.gave_up ? language.text(8957).arg(options.retries) : language.text(8825);
-    return text + QLatin1Char(' ') + report.error.simplified() + QStringLiteral(". ") +
-           language.text(8958);
+    QString why = report.error.simplified();
+    if (!why.endsWith(QLatin1Char('.')) && !why.endsWith(QLatin1Char('?')))
+        why += QLatin1Char('.');
+    return text + QLatin1Char(' ') + why + QLatin1Char(' ') + language.text(8958);
 }
 
 std::optional<qint64> last_sync(ArchiveStore& local, QString* error) {

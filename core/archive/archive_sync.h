@@ -61,7 +61,7 @@ SyncReport sync_archive(ArchiveStore& local, ArchiveStore& server, const SyncOpt
                         const SyncProgress& progress = {});
 
 // What a run that stopped did not do and why, in the program's language:
-// "not sent: 4 events of VO2-3, VO2-4; the sync gave up after 3 retries:
+// "not sent: 4 events of VO2-3, VO2-4. The sync gave up after 3 retries:
 // ... The next sync completes it." Empty for a complete run.
 QString sync_problem_text(const config::LanguageTables& language, const SyncReport& report,
                           const SyncOptions& options);
