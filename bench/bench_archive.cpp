@@ -89,7 +89,7 @@ int main(int argc, char** argv) {
     history.start();
     const archive::Periods periods = store.periods(QStringLiteral("VO2-LONG"), &error).value();
     const qint64 read_ms = history.elapsed();
-    const QStringList lines = archive::usage_lines(periods, 8, QLocale::c());
+    const QStringList lines = archive::usage_lines(periods, 8, 70, QLocale::c());
     std::printf("history: %zu periods of one device, month lines in %lld ms (%lld ms reading)\n",
                 periods.size(), static_cast<long long>(history.elapsed()),
                 static_cast<long long>(read_ms));

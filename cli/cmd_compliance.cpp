@@ -1,7 +1,8 @@
 // compliance: reads the usage memory (or a saved compliance file), writes the
 // file and/or the chart of one month as a PDF, and prints one line per month
 // with use: yyyy-mm|total hours|days used|mean hours per day used, and with a
-// prescription |days that reached it.
+// prescription |days that reached it|days counted, then the best 30 days:
+// 30d|first day|last day|days that reached it|days|met or not met.
 // With --delete it erases the memory after the question is answered.
 
 #include "app_context.h"
@@ -60,8 +61,12 @@ int read_device(CommandEnv& env) {
     {
         const ProgressLine line(m.readout);
         compliance::cmd_complianceread_Click(ctx);
-        read = env.session.run_until([&] { return m.state.has_data; });
+        read = env.session.run_until(
+            [&] { return m.state.has_data || m.readout.phase() == progress::Phase::failed; });
     }
+    // A readout that gave up has said which record is missing.
+    if (!m.failure.isEmpty())
+        return exit_device;
     if (read != exit_ok || !m.state.has_data) {
         print_error(env.ctx.language.text(text_not_finished));
         return exit_device;
@@ -89,8 +94,11 @@ int erase(CommandEnv& env) {
 
 void print_months(const compliance::ComplianceMemory& m) {
     for (const compliance::Stamp month : compliance::months_with_use(m.records, m.state.last_index))
-        print_line(compliance::month_usage_line(m.records, m.state.last_index, month,
-                                                m.prescribed_hours, QLocale()));
+        print_line(
+            compliance::month_usage_line(m.records, m.state, month, m.prescribed_hours, QLocale()));
+    if (const auto window =
+            compliance::best_window(m.records, m.state, m.prescribed_hours, m.adherence_share))
+        print_line(compliance::adherence_line(*window));
 }
 
 int run_compliance(CommandEnv& env) {
@@ -147,9 +155,9 @@ int run_compliance(CommandEnv& env) {
         const bool written = paint::print_to_pdf(
             p.value(pdf_opt),
             [&](print::DrawingSurface& surface) {
-                compliance::compliance_print_page(surface, m.state, m.records, ctx.language,
-                                                  QLocale(), now,
-                                                  {QString(), now, m.prescribed_hours});
+                compliance::compliance_print_page(
+                    surface, m.state, m.records, ctx.language, QLocale(), now,
+                    {QString(), now, m.prescribed_hours, m.adherence_share});
             },
             &error);
         if (!written) {
@@ -168,8 +176,11 @@ CliCommand compliance_command() {
     c.name = QStringLiteral("compliance");
     c.help = QStringLiteral(
         "compliance [--out FILE] [--pdf FILE] [--month yyyy-mm] [--prescribed-hours H]\n"
+        "           [--adherence-share P]\n"
         "                     read the usage memory; one line per month: "
-        "yyyy-mm|hours|days used|mean h per day[|days >= H h]\n"
+        "yyyy-mm|hours|days used|mean h per day[|days >= H h|days counted],\n"
+        "                     with H then 30d|first day|last day|days >= H h|days|met or not "
+        "met\n"
         "compliance --load FILE [--pdf FILE] [--month yyyy-mm]\n"
         "                     the same from a saved compliance file, without a device\n"
         "compliance --delete  erase the usage memory (answer with --yes)");
@@ -184,7 +195,8 @@ CliCommand compliance_command() {
             {load_opt, QStringLiteral("compliance: read a saved compliance file instead"),
              QStringLiteral("file")},
             {delete_opt, QStringLiteral("compliance: erase the usage memory")},
-            prescribed_hours_option()};
+            prescribed_hours_option(),
+            adherence_share_option()};
     };
     // Only a chart needs a drawing platform.
     c.needs_gui = [](const QCommandLineParser& parser) {

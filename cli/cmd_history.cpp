@@ -81,7 +81,8 @@ int run_history(CommandEnv& env) {
             return;
         }
         if (per_month || csv) {
-            const auto periods = store.periods(sn, &error);
+            compliance::Stamp running_end = 0;
+            const auto periods = store.periods(sn, &error, &running_end);
             if (!periods) {
                 code = unreadable(env, error);
                 return;
@@ -89,7 +90,8 @@ int run_history(CommandEnv& env) {
             const QStringList lines =
                 csv ? archive::csv_lines(*periods)
                     : archive::usage_lines(*periods, env.ctx.compliance.prescribed_hours,
-                                           QLocale());
+                                           env.ctx.compliance.adherence_share, QLocale(),
+                                           running_end);
             for (const QString& line : lines)
                 print_line(line);
             return;
@@ -114,14 +116,15 @@ CliCommand history_command() {
         "history              one line per archived device: "
         "SN|LP|last visit|BSTD at it|periods|first period|last period\n"
         "history SN           one line per archived event: yyyy-mm-dd hh:mm:ss|kind|summary\n"
-        "history SN --usage [--prescribed-hours H]\n"
-        "                     the month lines of compliance over every archived period\n"
+        "history SN --usage [--prescribed-hours H] [--adherence-share P]\n"
+        "                     the lines of compliance over every archived period\n"
         "history SN --csv     the archived periods: start,end,hours");
     c.options = [] {
         return QList<QCommandLineOption>{
             {usage_opt, QStringLiteral("history: the month lines of the archived usage")},
             {csv_opt, QStringLiteral("history: the archived periods as CSV")},
-            prescribed_hours_option()};
+            prescribed_hours_option(),
+            adherence_share_option()};
     };
     c.run = run_history;
     return c;

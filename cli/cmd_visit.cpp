@@ -101,7 +101,8 @@ CliCommand visit_command() {
     CliCommand c;
     c.name = QStringLiteral("visit");
     c.help = QStringLiteral(
-        "visit --out DIR [--months N] [--prescribed-hours H] [KEY=VALUE ...]\n"
+        "visit --out DIR [--months N] [--prescribed-hours H] [--adherence-share P]\n"
+        "      [KEY=VALUE ...]\n"
         "                     the service visit: read status and usage memory, write them,\n"
         "                     their PDFs, the inspection report and Besuch.txt into\n"
         "                     DIR/<SN>_<yyyy-mm-dd>");
@@ -109,7 +110,8 @@ CliCommand visit_command() {
         return QList<QCommandLineOption>{
             {months_opt, QStringLiteral("visit: months in the compliance PDF (default 12)"),
              QStringLiteral("N")},
-            prescribed_hours_option()};
+            prescribed_hours_option(),
+            adherence_share_option()};
     };
     // The PDFs need a drawing platform.
     c.needs_gui = [](const QCommandLineParser&) { return true; };

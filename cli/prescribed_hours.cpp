@@ -10,6 +10,11 @@ namespace veltrako::cli {
 
 namespace {
 const QString option_name = QStringLiteral("prescribed-hours");
+const QString share_option = QStringLiteral("adherence-share");
+// "--adherence-share takes a percentage from 0 to 100, not "%1""
+constexpr int text_share_option = 8520;
+// "ADHERENZ_ANTEIL in %1 is no percentage from 0 to 100: "%2""
+constexpr int text_share_ini = 8521;
 } // namespace
 
 QCommandLineOption prescribed_hours_option() {
@@ -17,6 +22,14 @@ QCommandLineOption prescribed_hours_option() {
             QStringLiteral("compliance, visit: prescribed hours of use a day, 0 to 24 "
                            "(default: VERORDNUNG in veltrako2.ini)"),
             QStringLiteral("H")};
+}
+
+QCommandLineOption adherence_share_option() {
+    return {share_option,
+            QStringLiteral("compliance, visit: share of days in percent the best 30 days must "
+                           "meet the prescription on (default: ADHERENZ_ANTEIL in veltrako2.ini, "
+                           "else 70)"),
+            QStringLiteral("P")};
 }
 
 bool take_prescribed_hours(CommandEnv& env) {
@@ -32,6 +45,18 @@ bool take_prescribed_hours(CommandEnv& env) {
         return false;
     }
     env.ctx.compliance.prescribed_hours = *hours;
+    const bool share_given = env.parser.isSet(share_option);
+    const QString share_text =
+        share_given ? env.parser.value(share_option) : env.ctx.config.ADHERENZ_ANTEIL;
+    const std::optional<double> share = config::adherence_share(share_text);
+    if (!share) {
+        print_error(
+            share_given
+                ? env.ctx.language.text(text_share_option).arg(share_text)
+                : env.ctx.language.text(text_share_ini).arg(env.ctx.config_path, share_text));
+        return false;
+    }
+    env.ctx.compliance.adherence_share = *share;
     return true;
 }
 

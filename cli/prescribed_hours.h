@@ -1,6 +1,8 @@
 #pragma once
-// The prescribed hours of use a day for the commands that measure usage
-// against them: --prescribed-hours H, else VERORDNUNG of veltrako2.ini.
+// What the commands that measure usage measure it against: the prescribed
+// hours of use a day (--prescribed-hours H, else VERORDNUNG of
+// veltrako2.ini) and the share of days the best 30 must meet them on
+// (--adherence-share P, else ADHERENZ_ANTEIL).
 
 #include <QCommandLineOption>
 
@@ -9,9 +11,11 @@ namespace veltrako::cli {
 struct CommandEnv;
 
 QCommandLineOption prescribed_hours_option();
+QCommandLineOption adherence_share_option();
 
-// Puts the prescription into the compliance memory. False, after saying on
-// stderr which value is wrong, when it is no number from 0 to 24.
+// Puts the prescription and the share into the compliance memory. False,
+// after saying on stderr which value is wrong, when the hours are no number
+// from 0 to 24 or the share none from 0 to 100.
 bool take_prescribed_hours(CommandEnv& env);
 
 } // namespace veltrako::cli

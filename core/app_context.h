@@ -15,6 +15,7 @@
 #include "protocol/comm_log.h"
 #include "protocol/poll_timer.h"
 #include "protocol/protocol_state.h"
+#include "report/report_draft.h"
 #include "report/report_record.h"
 #include "status/status_memory.h"
 #include "user_interface.h"
@@ -56,6 +57,8 @@ public:
     status::StatusMemory status;
     compliance::ComplianceMemory compliance;
     report::ReportRecord report;
+    // Keeps the report being typed as a draft beside the configuration.
+    report::DraftKeeper report_draft{*this};
 
     // The printer the print dialog opens on next time.
     print::PrinterChoice printer_choice;

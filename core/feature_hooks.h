@@ -18,6 +18,9 @@ struct FeatureHooks {
     // Every "K" or "k" answer. May throw protocol::InterpretError like the
     // interpreter's own readers.
     std::function<void(const QByteArray& payload)> compliance_answer;
+    // Every tick with a device open, before the answer time-out is looked
+    // at: a readout waiting for an answer asks again or gives up.
+    std::function<void()> answer_watch;
     // The general reset: empty the compliance table and update its buttons.
     std::function<void()> link_reset;
     // A status readout has ended: show the table.

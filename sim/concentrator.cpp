@@ -1,5 +1,6 @@
 #include "concentrator.h"
 
+#include "bytes.h"
 #include "command_dispatcher.h"
 #include "protocol/frame_codec.h"
 #include "scenario.h"
@@ -34,6 +35,7 @@ void Concentrator::set_faults(const Faults& faults) {
     }
     faults_ = faults;
     answers_since_faults_set_ = 0;
+    late_answers_ = duplicated_answers_ = wrong_index_answers_ = refused_answers_ = 0;
 }
 
 void Concentrator::receive(const QByteArray& bytes, double now_ms) {
@@ -79,6 +81,10 @@ void Concentrator::take_frames(double now_ms) {
             report(now_ms, false, payload, {});
             break;
         case Reply::answer:
+            if (payload.startsWith('k')) {
+                answer_record(payload, std::move(reply), now_ms);
+                break;
+            }
             report(now_ms, false, payload, reply.payload);
             send_answer_frame(reply.payload, now_ms);
             break;
@@ -118,7 +124,31 @@ void Concentrator::take_boot_loader_requests(double now_ms) {
     }
 }
 
-void Concentrator::send_answer_frame(const QByteArray& payload, double now_ms) {
+void Concentrator::answer_record(const QByteArray& request, Reply reply, double now_ms) {
+    const int n = static_cast<int>(be16_at(request, 2));
+    const Faults& f = faults_;
+    if (n == f.withheld_record) {
+        report(now_ms, false, request, {});
+        return;
+    }
+    if (n == f.wrong_index_record && wrong_index_answers_++ == 0) {
+        QByteArray next("k");
+        append_be16(next, static_cast<std::uint16_t>(n + 1));
+        reply = answer_command(device_, next, whole_ms(now_ms));
+    }
+    if (n == f.refused_answer_record &&
+        (f.refused_answers == Faults::every_answer || refused_answers_ < f.refused_answers)) {
+        ++refused_answers_;
+        reply.payload.truncate(5); // the number and half a time stamp
+    }
+    const int delay = n == f.late_answer_record && late_answers_++ == 0 ? f.late_answer_ms : 0;
+    report(now_ms, false, request, reply.payload);
+    send_answer_frame(reply.payload, now_ms, delay);
+    if (n == f.duplicate_answer_record && duplicated_answers_++ == 0)
+        send_answer_frame(reply.payload, now_ms);
+}
+
+void Concentrator::send_answer_frame(const QByteArray& payload, double now_ms, int extra_delay_ms) {
     if (faults_.silent)
         return;
     const qint64 n = ++answers_since_faults_set_;
@@ -128,7 +158,7 @@ void Concentrator::send_answer_frame(const QByteArray& payload, double now_ms) {
     if (faults_.corrupt_crc_every > 0 && n % faults_.corrupt_crc_every == 0)
         frame[frame.size() - 1] = static_cast<char>(frame.at(frame.size() - 1) ^ 0x5A);
     const QByteArray bytes = faults_.garbage_between_frames + frame;
-    const double due = now_ms + latency_ms_ + faults_.answer_delay_ms;
+    const double due = now_ms + latency_ms_ + faults_.answer_delay_ms + extra_delay_ms;
     if (faults_.split_answers) {
         const qsizetype half = bytes.size() / 2;
         schedule(bytes.left(half), due);

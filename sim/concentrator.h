@@ -6,6 +6,7 @@
 // bytes it was sent and the times passed in, so a test replays exactly.
 
 #include "boot_loader.h"
+#include "command_dispatcher.h"
 #include "device_state.h"
 #include "device_time.h"
 #include "faults.h"
@@ -66,7 +67,9 @@ public:
 private:
     void take_frames(double now_ms);
     void take_boot_loader_requests(double now_ms);
-    void send_answer_frame(const QByteArray& payload, double now_ms);
+    // The faults aimed at one record of the usage memory, on a "k" request.
+    void answer_record(const QByteArray& request, Reply reply, double now_ms);
+    void send_answer_frame(const QByteArray& payload, double now_ms, int extra_delay_ms = 0);
     void schedule(QByteArray bytes, double due_ms);
     void report(double now_ms, bool boot_loader, QByteArray request, QByteArray answer) const;
 
@@ -84,6 +87,11 @@ private:
     std::deque<Pending> outbox_;
     double last_due_ms_ = -std::numeric_limits<double>::infinity();
     qint64 answers_since_faults_set_ = 0;
+    // How often each record fault has hit since the faults were set.
+    int late_answers_ = 0;
+    int duplicated_answers_ = 0;
+    int wrong_index_answers_ = 0;
+    int refused_answers_ = 0;
     std::function<void(const Event&)> observer_;
 };
 

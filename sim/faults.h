@@ -52,6 +52,26 @@ struct Faults {
     // The cable is pulled: the link sees no device, nothing is heard or sent.
     bool unplug = false;
 
+    // Usage memory: faults on the answers to the request for one record
+    // ("k"), each naming the record number it hits (no_record: none).
+    // The first answer for this record leaves late_answer_ms after its usual
+    // time; the answers behind it wait for it, as on one wire.
+    int late_answer_record = no_record;
+    int late_answer_ms = 0;
+    // The first answer for this record goes out twice.
+    int duplicate_answer_record = no_record;
+    // The first answer for this record is the record after it, with its number.
+    int wrong_index_record = no_record;
+    // Answers for this record come cut short, too short to be a record:
+    // the first refused_answers of them (every_answer: all).
+    int refused_answer_record = no_record;
+    int refused_answers = every_answer;
+    // Requests for this record are never answered.
+    int withheld_record = no_record;
+
+    static constexpr int no_record = -1;
+    static constexpr int every_answer = 0;
+
     static constexpr int split_gap_ms = 5;
     // What garbage_between_frames is set to when a scenario just says "on":
     // line noise with a stray frame start whose length is out of range.

@@ -111,6 +111,20 @@ Handler set_fault_count(int Faults::*field, int high) {
     };
 }
 
+// A record number of the usage memory, or "off".
+Handler set_fault_record(int Faults::*field) {
+    return [=](ParseState& p, const QByteArray& v, QString& why) {
+        if (v.trimmed().toLower() == "off") {
+            p.s.faults.*field = Faults::no_record;
+            return true;
+        }
+        const auto n = integer(v, 0, 32767, why);
+        if (n)
+            p.s.faults.*field = static_cast<int>(*n);
+        return n.has_value();
+    };
+}
+
 bool parse_hours(ParseState& p, const QByteArray& v, QString& why) {
     // "hours:minutes" as the device shows them, minutes in steps of ten.
     static const QRegularExpression form(QStringLiteral("^(\\d{1,6}):([0-5])0$"));
@@ -314,6 +328,22 @@ const std::map<QByteArray, Key>& keys() {
         }};
         k["LOSE_SYNC"] = {set_fault_flag(&Faults::lose_sync)};
         k["UNPLUG"] = {set_fault_flag(&Faults::unplug)};
+        k["LATE_ANSWER_RECORD"] = {set_fault_record(&Faults::late_answer_record)};
+        k["LATE_ANSWER_MS"] = {set_fault_count(&Faults::late_answer_ms, 60000)};
+        k["DUPLICATE_ANSWER_RECORD"] = {set_fault_record(&Faults::duplicate_answer_record)};
+        k["WRONG_INDEX_RECORD"] = {set_fault_record(&Faults::wrong_index_record)};
+        k["REFUSED_ANSWER_RECORD"] = {set_fault_record(&Faults::refused_answer_record)};
+        k["REFUSED_ANSWERS"] = {[](ParseState& p, const QByteArray& v, QString& why) {
+            if (v.trimmed().toLower() == "always") {
+                p.s.faults.refused_answers = Faults::every_answer;
+                return true;
+            }
+            const auto n = integer(v, 1, 1000000, why);
+            if (n)
+                p.s.faults.refused_answers = static_cast<int>(*n);
+            return n.has_value();
+        }};
+        k["WITHHELD_RECORD"] = {set_fault_record(&Faults::withheld_record)};
         return k;
     }();
     return table;

@@ -417,10 +417,12 @@ private slots:
         const Stamp from = compliance::make_stamp(2024, 1, 1, 22, 0, 0);
         for (int d = 0; d < 5000; ++d) // one 9-hour night a day, 2024 to 2037
             periods.push_back({from + d * 86400LL, from + d * 86400LL + 9 * 3600});
-        const QStringList lines = archive::usage_lines(periods, 8, QLocale::c());
-        QCOMPARE(lines.size(), 165); // January 2024 .. September 2037
-        QCOMPARE(lines.first(), QString("2024-01|272.0|31|8.8|30"));
-        QCOMPARE(lines[1], QString("2024-02|261.0|29|9.0|29"));
+        const QStringList lines = archive::usage_lines(periods, 8, 70, QLocale::c());
+        QCOMPARE(lines.size(), 166); // January 2024 .. September 2037, the best 30 days
+        // The 1st holds 2 h, its night going on into the 2nd.
+        QCOMPARE(lines.first(), QString("2024-01|272.0|31|8.8|30|31"));
+        QCOMPARE(lines[1], QString("2024-02|261.0|29|9.0|29|29"));
+        QCOMPARE(lines.last(), QString("30d|2024-01-02|2024-01-31|30|30|met"));
         QCOMPARE(archive::csv_lines(periods).size(), 5001);
         QCOMPARE(archive::csv_lines(periods)[1],
                  QString("2024-01-01T22:00:00,2024-01-02T07:00:00,9.00"));

@@ -148,6 +148,9 @@ private slots:
         QTemporaryDir dir;
         const QString archive = dir.filePath("a.sqlite");
         write_file(dir.filePath("in/VO2-7_2021-05-01/Compliance_x.txt"), compliance_file(30));
+        // A visit that did not complete: its folder still names the device.
+        write_file(dir.filePath("in/VO2-6_2021-05-01_2_unvollstaendig/Compliance_y.txt"),
+                   compliance_file(10));
         write_file(dir.filePath("in/Compliance_VO2-8_20210501_101010.txt"),
                    compliance_file(20, QDate(2021, 1, 1)));
         const QString nameless = write_file(dir.filePath("nameless.txt"), compliance_file(5));
@@ -157,10 +160,10 @@ private slots:
         const Run first = run_cli({"--archive", archive, "archive", "import", dir.filePath("in")});
         QCOMPARE(first.exit_code, 0);
         QCOMPARE(lines_of(first.out),
-                 QStringList{"imported: 50 periods (50 new), 0 status entries, 0 reports"});
+                 QStringList{"imported: 60 periods (60 new), 0 status entries, 0 reports"});
         const Run again = run_cli({"--archive", archive, "archive", "import", dir.filePath("in")});
         QCOMPARE(lines_of(again.out),
-                 QStringList{"imported: 50 periods (0 new), 0 status entries, 0 reports"});
+                 QStringList{"imported: 60 periods (0 new), 0 status entries, 0 reports"});
 
         const Run refused = run_cli({"--archive", archive, "archive", "import", nameless, broken});
         QCOMPARE(refused.exit_code, 1);
@@ -174,7 +177,7 @@ private slots:
             run_cli({"--archive", archive, "archive", "import", "--sn", "VO2-9", nameless});
         QCOMPARE(lines_of(named.out),
                  QStringList{"imported: 5 periods (5 new), 0 status entries, 0 reports"});
-        QCOMPARE(lines_of(run_cli({"--archive", archive, "history"}).out).size(), 3);
+        QCOMPARE(lines_of(run_cli({"--archive", archive, "history"}).out).size(), 4);
         QCOMPARE(run_cli({"--archive", archive, "archive", "check"}).exit_code, 0);
     }
 

@@ -6,6 +6,7 @@
 #include "table.h"
 #include "terminal_stderr.h"
 
+#include <QElapsedTimer>
 #include <QFile>
 #include <QRegularExpression>
 #include <QStandardPaths>
@@ -81,8 +82,11 @@ private slots:
     void month_in_the_chosen_language_data() {
         // --lang, the system's language, the month's title, the month line
         const Table<QString, QString, QString, QString> row;
-        row("de on an English system", "de", "en_US.UTF-8", "März 2026", "2026-03|4.5|1|4.5|1\n");
-        row("en on a German system", "en", "de_DE.UTF-8", "March 2026", "2026-03|4,5|1|4,5|1\n");
+        const QString best = "30d|2026-03-02|2026-03-02|1|1|met\n";
+        row("de on an English system", "de", "en_US.UTF-8", "März 2026",
+            "2026-03|4.5|1|4.5|1|1\n" + best);
+        row("en on a German system", "en", "de_DE.UTF-8", "March 2026",
+            "2026-03|4,5|1|4,5|1|1\n" + best);
     }
     void month_in_the_chosen_language() {
         const auto [lang, lc_all, title, line] = Table<QString, QString, QString, QString>::fetch();
@@ -100,6 +104,60 @@ private slots:
         const QString text = pdf_text(pdf);
         QVERIFY2(text.contains(title) && text.contains("VO2-0012345"), qPrintable(text));
         QVERIFY2(text.contains(lc_all.startsWith("de") ? "4,5" : "4.5"), qPrintable(text));
+    }
+
+    // The figures of a loaded file as an insurer reads them, in the C
+    // locale: each moment once, days counted from the first record's day,
+    // and the best 30 days against the share asked for.
+    void figures_of_a_file_data() {
+        // file content, arguments after it, the lines
+        const Table<QByteArray, QStringList, QString> row;
+        const QByteArray example = "0|03.02.2021 22:00:00-05.02.2021 06:00:00\r\n"
+                                   "1|05.02.2021 08:00:00-05.02.2021 09:30:00\r\n";
+        row("prescription of 6 h", example, {"--prescribed-hours", "6"},
+            "2021-02|33.5|3|11.2|2|3\n30d|2021-02-03|2021-02-05|2|3|not met\n");
+        row("a share of 60 %", example, {"--prescribed-hours", "6", "--adherence-share", "60"},
+            "2021-02|33.5|3|11.2|2|3\n30d|2021-02-03|2021-02-05|2|3|met\n");
+        row("no prescription", example, {}, "2021-02|33.5|3|11.2\n");
+        row("overlapping records",
+            "0|01.02.2021 08:00:00-01.02.2021 12:00:00\r\n"
+            "1|01.02.2021 09:00:00-01.02.2021 13:00:00\r\n",
+            {"--prescribed-hours", "6"},
+            "2021-02|5.0|1|5.0|0|1\n30d|2021-02-01|2021-02-01|0|1|not met\n");
+    }
+    void figures_of_a_file() {
+        const auto [content, arguments, lines] = Table<QByteArray, QStringList, QString>::fetch();
+        QTemporaryDir dir;
+        const QString file = write_file(dir, "c.txt", content);
+        const Run r = run_cli(QStringList{"compliance", "--load", file} + arguments, 60000,
+                              {{"LC_ALL", "C"}});
+        QVERIFY2(r.exit_code == 0, qPrintable(r.err));
+        QCOMPARE(r.out, lines);
+    }
+
+    // A record that never comes: status 1 well within half a minute, one
+    // line on stderr naming it, and the file asked for left as it was.
+    void record_never_read_fails() {
+        QTemporaryDir dir;
+        const QString scenario = write_file(dir, "withheld.scn",
+                                            "COMPLIANCE_GENERATE=20\nCOMPLIANCE_FROM=-30d\n"
+                                            "COMPLIANCE_TO=-1d\nWITHHELD_RECORD=12\n");
+        const QString out = write_file(dir, "c.txt", "kept\r\n");
+        QElapsedTimer took;
+        took.start();
+        const Run r = run_cli({"--lang", "en", "--link", "sim:" + scenario, "compliance", "--out",
+                               out, "--pdf", dir.filePath("c.pdf")});
+        QVERIFY(took.elapsed() < 30000);
+        QCOMPARE(r.exit_code, 1);
+        QVERIFY(r.out.isEmpty());
+        QStringList err = r.err.split('\n', Qt::SkipEmptyParts);
+        err.removeIf([](const QString& l) { return l.startsWith("QStandardPaths:"); }); // Qt's own
+        QCOMPARE(err, QStringList{"The compliance memory was not read completely: no valid "
+                                  "answer for record 12 (records 0 to 20)."});
+        QFile kept(out);
+        QVERIFY(kept.open(QIODevice::ReadOnly));
+        QCOMPARE(kept.readAll(), QByteArray("kept\r\n"));
+        QVERIFY(!QFile::exists(dir.filePath("c.pdf")));
     }
 
     // On a terminal, a readout's progress is one line rewritten in place,
@@ -133,6 +191,10 @@ private slots:
         row("prescription above a day",
             {"compliance", "--load", "bad.txt", "--prescribed-hours", "25"}, 2,
             "--prescribed-hours takes a number from 0 to 24");
+        row("a share above all days",
+            {"compliance", "--load", "bad.txt", "--prescribed-hours", "6", "--adherence-share",
+             "101"},
+            2, "--adherence-share takes a share from 0 to 100");
         row("visit without a folder", {"visit"}, 2, "--out DIR");
         row("visit with an unknown field", {"visit", "--out", "v", "t_Name=x"}, 2,
             "unknown report field");
@@ -169,7 +231,8 @@ private slots:
         if (QStandardPaths::findExecutable("pdftotext").isEmpty())
             return;
         const QString chart = pdf_text(lines[0] + "/Compliance_VO2-0012345.pdf");
-        for (const char* seen : {"VO2-0012345", "January 2026", "Erika", "Days ≥ 15 h: 1 of 31"})
+        for (const char* seen : {"VO2-0012345", "January 2026", "Erika", "Days ≥ 15 h: 1 of 27",
+                                 "Best 30 days: 5 Jan–3 Feb 2026: 1 of 30 days ≥ 15 h – not met"})
             QVERIFY2(chart.contains(QString::fromUtf8(seen)), qPrintable(chart));
         const QString report = pdf_text(lines[5]);
         QVERIFY2(report.contains("Erika") && report.contains("VO2-0012345"), qPrintable(report));

@@ -7,6 +7,7 @@
 #include "protocol/commands.h"
 #include "protocol/payload_reader.h"
 #include "protocol/poll_cycle.h"
+#include "protocol/response_interpreter.h"
 #include "report_harness.h"
 #include "sim_helpers.h"
 #include "table.h"
@@ -32,6 +33,8 @@ struct Harness {
         });
         for (int n = 6001; n <= 6015; ++n)
             ctx->language.language_text[n] = QStringLiteral("text%1").arg(n);
+        ctx->language.language_text[8500] = QStringLiteral("record %1 of 0..%2 missing");
+        ctx->language.language_text[8501] = QStringLiteral("count missing");
         ctx->language.language_text[11102] = QStringLiteral("Record Nr.:");
         install_compliance(*ctx);
     }
@@ -49,7 +52,7 @@ struct Harness {
     // Clicks "Speicher auslesen" and polls until the readout has ended.
     void read() {
         cmd_complianceread_Click(*ctx);
-        for (int i = 0; i < 2000 && !ctx->compliance.state.has_data; ++i)
+        for (int i = 0; i < 2000 && ctx->compliance.readout.running(); ++i)
             tick();
     }
     // The record numbers of the "k" requests the device took, in order.
@@ -108,10 +111,8 @@ QByteArray memory(int records, const char* from = "2020-01-01", int ring = 0) {
 }
 
 using Ends = Table<QByteArray, int, bool, QString, bool>;
-using Paces = Table<QByteArray, int, bool>;
-using Answers = Table<QByteArray, int, Stamp, Stamp>;
-using Months = Table<QList<ComplianceRecord>, Stamp, Stamp, double, QByteArray, int, int, double>;
-using Prescriptions = Table<int, double, int, int, QString>;
+using Paces = Table<QByteArray, int, bool, bool, int>;
+using Answers = Table<QByteArray, int, QString, Stamp, Stamp>;
 using Loads = Table<QByteArray, int, double, int>;
 using Saves = Table<bool, bool, bool>;
 
@@ -167,16 +168,28 @@ private slots:
         QVERIFY(page.chart_shown && page.save_enabled);
     }
 
-    // Whatever the device's pace, every record arrives, each at its place.
-    void readout_reads_every_record_in_order_data() {
-        // device, answers lost once the readout runs, whether the rest of the
-        // readout waits 20 ms a record
+    // Whatever the device's pace and faults, the readout ends with records
+    // 0..count, each at its place and each once, or gives up naming the one
+    // missing and keeps the link; it never shifts or stretches a record. The
+    // requests stay in order: only a repetition asks for a record again.
+    void readout_takes_every_record_once_data() {
+        // device, answers lost once the readout runs, whether a record is
+        // asked for again, whether the rest of the readout waits 20 ms a
+        // record, the record given up (-1: none)
         const Paces row;
-        row("an answer lost: repeated, then paced", {}, 97, true);
-        row("a slow device: 25 ms per answer", "LATENCY_MS=25\n", 0, false);
+        row("an answer lost: repeated, then paced", {}, 97, true, true, -1);
+        row("a slow device: 25 ms per answer", "LATENCY_MS=25\n", 0, false, false, -1);
+        row("an answer later than the time-out", "LATE_ANSWER_RECORD=7\nLATE_ANSWER_MS=1600\n", 0,
+            true, true, -1);
+        row("a duplicated answer", "DUPLICATE_ANSWER_RECORD=7\n", 0, false, true, -1);
+        row("an answer for the wrong index", "WRONG_INDEX_RECORD=7\n", 0, true, true, -1);
+        row("a refused answer, then the record", "REFUSED_ANSWER_RECORD=7\nREFUSED_ANSWERS=1\n", 0,
+            true, false, -1);
+        row("a record always refused", "REFUSED_ANSWER_RECORD=7\n", 0, true, false, 7);
+        row("a record that never comes", "WITHHELD_RECORD=7\n", 0, true, true, 7);
     }
-    void readout_reads_every_record_in_order() {
-        const auto [device, drop_every, paced] = Paces::fetch();
+    void readout_takes_every_record_once() {
+        const auto [device, drop_every, repeated, paced, missing] = Paces::fetch();
         Harness quick(memory(300));
         quick.connect();
         quick.read();
@@ -188,163 +201,141 @@ private slots:
         faults.drop_every = drop_every;
         h.device->set_faults(faults);
         h.received.clear();
+        // Eight seconds to read a message: not the device's silence.
+        h.ui.on_message = [&h] { h.clock.advance_ms(8000); };
+        const qint64 started = h.clock.elapsed_ms();
         h.read();
-        QVERIFY(h.state().has_data && h.memory().page.chart_shown);
+        QCOMPARE(h.ctx->protocol.paced_reads, paced);
+        // Asked in order; a repetition only asks for its own record again.
+        const QList<int> asked = h.record_requests();
+        QCOMPARE(asked.first(), 0);
+        for (int i = 1; i < asked.size(); ++i)
+            QVERIFY(asked[i] == asked[i - 1] + 1 || asked[i] == asked[i - 1]);
+        const CompliancePage& page = h.memory().page;
+        if (missing >= 0) {
+            // The request and three repetitions, then the failure, well
+            // within half a minute; nothing to save or print, the device
+            // still connected and asked for its live values.
+            QCOMPARE(h.memory().readout.phase(), progress::Phase::failed);
+            QVERIFY(repeated);
+            QCOMPARE(asked.count(missing), 4);
+            QCOMPARE(asked.last(), missing);
+            QVERIFY(h.clock.elapsed_ms() - started < 30000 + 8000);
+            QCOMPARE(h.ui.messages, QStringList{"record 7 of 0..300 missing"});
+            QVERIFY(!h.state().has_data && !page.save_enabled && !page.print_enabled);
+            QVERIFY(!page.chart_shown && !page.record_visible && page.read_enabled);
+            h.received.clear();
+            for (int i = 0; i < 100; ++i)
+                h.tick();
+            QVERIFY(link_enabled(*h.ctx) && h.requests('I') > 10);
+            QVERIFY(h.record_requests().isEmpty());
+            return;
+        }
+        QVERIFY(h.state().has_data && page.chart_shown && h.ui.messages.isEmpty());
         QCOMPARE(h.state().last_index, 300);
         for (int i = 0; i < 300; ++i)
             QVERIFY2(h.memory().records[std::size_t(i)] == quick.memory().records[std::size_t(i)],
                      qPrintable(QString::number(i)));
+        // Only the running period ends "now".
         QCOMPARE(h.memory().records[300].start, quick.memory().records[300].start);
-        // Asked in order; a lost answer only repeats its own request.
-        const QList<int> asked = h.record_requests();
-        QCOMPARE(asked.first(), 0);
+        QVERIFY(h.memory().records[301] == ComplianceRecord{});
         QCOMPARE(asked.last(), 300);
-        for (int i = 1; i < asked.size(); ++i)
-            QVERIFY(asked[i] == asked[i - 1] + 1 || (drop_every && asked[i] == asked[i - 1]));
-        QCOMPARE(asked.size() > 301, drop_every > 0);
-        QCOMPARE(h.ctx->protocol.paced_reads, paced);
+        QCOMPARE(asked.size() > 301, repeated);
+    }
+
+    // Cancelled while an answer is on its way, and read again at once: the
+    // answer of the old run lands nowhere, the new run holds its own records.
+    void cancel_and_read_again_at_once() {
+        Harness quick(memory(40));
+        quick.connect();
+        quick.read();
+        Harness h(memory(40) + "LATENCY_MS=30\n", link::SimLink::WireTiming::realistic);
+        h.connect();
+        bool restarted = false;
+        h.clock.on_wait = [&](int) {
+            if (restarted || h.state().read_index != 10 || !h.ctx->protocol.waiting_reply)
+                return;
+            restarted = true;
+            compliance_cancel(*h.ctx);
+            cmd_complianceread_Click(*h.ctx);
+        };
+        h.received.clear();
+        h.read();
+        QVERIFY(restarted && h.state().has_data);
+        QCOMPARE(h.requests('K'), 2);
+        QCOMPARE(h.state().last_index, 40);
+        for (int i = 0; i < 40; ++i)
+            QVERIFY2(h.memory().records[std::size_t(i)] == quick.memory().records[std::size_t(i)],
+                     qPrintable(QString::number(i)));
+    }
+
+    // A count the device never gives readably: asked four times, then the
+    // readout says so; no record is asked for without it.
+    void count_never_readable() {
+        Harness h;
+        h.connect();
+        h.ctx->payload_handler = [&h](const QByteArray& p) {
+            protocol::dispatch_response(*h.ctx, p.startsWith('K') ? bytes_of({'K', 0x80, 0}) : p);
+        };
+        h.received.clear();
+        h.read();
+        QCOMPARE(h.memory().readout.phase(), progress::Phase::failed);
+        QCOMPARE(h.ui.messages, QStringList{"count missing"});
+        QCOMPARE(h.requests('K'), 4);
+        QCOMPARE(h.requests('k'), 0);
     }
 
     void answer_fields_data() {
-        // payload, the record index the answer is stored at (-1: refused,
-        // nothing changes), start, end
+        // payload, the record waited for (-1: the count), what becomes of
+        // it: "stored" at that index, "ignored" (logged, nothing stored) or
+        // "refused" (the interpreter throws), start, end
         const Answers row;
         const Stamp epoch = make_stamp(2000, 1, 1);
-        row("start 0x80...: empty start only", k_answer(0, 0x80000000u, 60), 0, 0, epoch + 60);
-        row("end erased", k_answer(0, 0x7FFFFFFFu, 0xFFFFFFFFu), 0, epoch + 0x7FFFFFFF, 0);
-        row("zero seconds is the epoch, not empty", k_answer(0, 0, 0), 0, epoch, epoch);
-        row("record 7 answered while 3 was asked: logged, stored at 3", k_answer(7, 100, 200), 3,
-            epoch + 100, epoch + 200);
-        row("count of 32768", bytes_of({'K', 0x80, 0}), -1, 0, 0);
-        row("record number of 32768", k_answer(0x8000, 1, 2), -1, 0, 0);
-        row("short record", bytes_of({'k', 0, 0, 1, 2, 3, 4, 5}), -1, 0, 0);
+        row("start 0x80...: empty start only", k_answer(0, 0x80000000u, 60), 0, "stored", 0,
+            epoch + 60);
+        row("end erased", k_answer(0, 0x7FFFFFFFu, 0xFFFFFFFFu), 0, "stored", epoch + 0x7FFFFFFF,
+            0);
+        row("zero seconds is the epoch, not empty", k_answer(0, 0, 0), 0, "stored", epoch, epoch);
+        row("record 3 while 3 is waited for", k_answer(3, 100, 200), 3, "stored", epoch + 100,
+            epoch + 200);
+        row("record 7 while 3 is waited for", k_answer(7, 100, 200), 3, "ignored", 0, 0);
+        row("record 2 again while 3 is waited for", k_answer(2, 100, 200), 3, "ignored", 0, 0);
+        row("a record while the count is waited for", k_answer(0, 100, 200), -1, "ignored", 0, 0);
+        row("count of 32768", bytes_of({'K', 0x80, 0}), -1, "refused", 0, 0);
+        row("record number of 32768", k_answer(0x8000, 1, 2), 0, "refused", 0, 0);
+        row("short record", bytes_of({'k', 0, 0, 1, 2, 3, 4, 5}), 0, "refused", 0, 0);
     }
     void answer_fields() {
-        const auto [payload, asked, start, end] = Answers::fetch();
+        const auto [payload, awaited, outcome, start, end] = Answers::fetch();
         Harness h;
+        ComplianceMemory& m = h.memory();
+        m.readout.start(0);
         h.state().record_count = 9;
-        h.state().read_index = std::max(asked, 0);
-        if (asked < 0) {
+        h.state().read_index = std::max(awaited, 0);
+        m.wait.record = awaited;
+        if (outcome == "refused") {
             QVERIFY_THROWS_EXCEPTION(protocol::InterpretError, compliance_answer(*h.ctx, payload));
             QCOMPARE(h.state().record_count, 9);
-            QCOMPARE(h.state().read_index, 0);
             QVERIFY(h.memory().records[0] == ComplianceRecord{});
             QCOMPARE(h.ctx->protocol.queue_count, 0);
             return;
         }
         compliance_answer(*h.ctx, payload);
-        const std::size_t at = std::size_t(asked);
+        const int number = int(protocol::PayloadReader(payload).be16_signed(2));
+        if (outcome == "ignored") {
+            QVERIFY(h.ctx->comm_log.comm_log.endsWith(
+                QStringLiteral("\r\n%1/%2").arg(std::max(awaited, 0)).arg(number)));
+            QVERIFY(h.memory().records[std::size_t(number)] == ComplianceRecord{});
+            QCOMPARE(h.state().read_index, std::max(awaited, 0));
+            QCOMPARE(h.ctx->protocol.queue_count, 0);
+            return;
+        }
+        const std::size_t at = std::size_t(awaited);
         QCOMPARE(h.memory().records[at].start, start);
         QCOMPARE(h.memory().records[at].end, end);
-        QCOMPARE(h.ctx->comm_log.comm_log.endsWith(QStringLiteral("\r\n3/7")), asked == 3);
-        QVERIFY(h.memory().records[7] == ComplianceRecord{});
         // Not the last record: the next one is asked for.
-        QCOMPARE(h.state().read_index, asked + 1);
-        QCOMPARE(h.ctx->protocol.send_queue[1], protocol::cmd::compliance_record(asked + 1));
-    }
-
-    // The month shown, its sums and the summary under the chart.
-    void month_pass_data() {
-        // records, month asked for, month shown, hours, neighbours with use
-        // ("<" before, ">" after), days of the month, days used, longest gap
-        // (-1: none)
-        const Months row;
-        using L = QList<ComplianceRecord>;
-        const Stamp march = make_stamp(2021, 3, 1);
-        row("22:00 on the 3rd to 06:00 on the 5th",
-            L{period("2021-03-03T22:00:00", "2021-03-05T06:00:00")}, 0, march, 32, "", 31, 3, -1);
-        row("begun in the previous month: from the 1st",
-            L{period("2021-02-27T20:00:00", "2021-03-01T02:30:00")}, make_stamp(2021, 3, 15), march,
-            2.5, "<", 31, 1, -1);
-        row("running into the next month: up to its start",
-            L{period("2021-02-28T23:00:00", "2021-03-01T01:00:00")}, make_stamp(2021, 2, 10),
-            make_stamp(2021, 2, 1), 1, ">", 28, 1, -1);
-        row("latest end chooses the month; start after end ignored",
-            L{period("2021-06-02T08:00:00", "2021-06-02T09:00:00"),
-              period("2022-01-05T10:00:00", "2022-01-04T10:00:00"),
-              period("2021-05-30T08:00:00", "2021-05-30T10:00:00")},
-            0, make_stamp(2021, 6, 1), 1, "<", 30, 1, -1);
-        row("empty start or end draws nothing",
-            L{{0, make_stamp(2021, 4, 2, 10)},
-              {make_stamp(2021, 4, 3, 8), 0},
-              period("2021-04-04T10:00:00", "2021-04-04T10:30:00")},
-            make_stamp(2021, 4, 1), make_stamp(2021, 4, 1), 0.5, "", 30, 1, -1);
-        row("no records: the present month, nothing used", L{}, 0, make_stamp(2026, 3, 1), 0, "",
-            31, 0, -1);
-        row("pause between two sessions",
-            L{period("2021-03-03T08:00:00", "2021-03-03T10:00:00"),
-              period("2021-03-05T08:00:00", "2021-03-05T12:00:00")},
-            0, march, 6, "", 31, 2, 46);
-        row("overlaps are one use, not a negative pause",
-            L{period("2021-03-10T08:00:00", "2021-03-10T12:00:00"),
-              period("2021-03-10T09:00:00", "2021-03-10T10:00:00"),
-              period("2021-03-10T13:00:00", "2021-03-10T14:00:00"),
-              period("2021-03-01T06:00:00", "2021-03-01T07:00:00")},
-            0, march, 7, "", 31, 2, 217);
-        row("ending at midnight uses no time on the next day",
-            L{period("2021-03-07T20:00:00", "2021-03-08T00:00:00")}, 0, march, 4, "", 31, 1, -1);
-    }
-    void month_pass() {
-        const auto [records, shown, month, hours, neighbours, days, days_used, gap] =
-            Months::fetch();
-        ComplianceMemory m;
-        fill(m, records);
-        m.state.shown_month = shown;
-        const Month result =
-            compliance_month_pass(m.state, m.records, make_stamp(2026, 3, 2, 10, 0, 0));
-        QCOMPARE(m.state.shown_month, month);
-        QCOMPARE(m.state.total_hours, hours);
-        QCOMPARE(m.state.has_prev_month, neighbours.contains('<'));
-        QCOMPARE(m.state.has_next_month, neighbours.contains('>'));
-        QCOMPARE(result.days, days);
-        const MonthSummary s = summarise(result);
-        QCOMPARE(s.days_used, days_used);
-        QCOMPARE(s.mean_hours_per_day_used, days_used ? hours / days_used : 0.0);
-        QCOMPARE(s.longest_gap_hours.value_or(-1.0), gap);
-        QCOMPARE(s.total_hours, hours);
-    }
-
-    void months_with_use_lists_each_month_touched() {
-        ComplianceMemory m;
-        // Ends at midnight on March 1st; the zero-length session is no use.
-        fill(m, {period("2021-01-31T22:00:00", "2021-03-01T00:00:00"),
-                 period("2020-11-05T10:00:00", "2020-11-05T10:00:00")});
-        const std::vector<Stamp> expected{make_stamp(2021, 1, 1), make_stamp(2021, 2, 1)};
-        QCOMPARE(months_with_use(m.records, m.state.last_index), expected);
-    }
-
-    // Days that reached a prescription of 15 h, of the days up to the last
-    // record: a known January (and the February the last record ends in).
-    void prescription_days_data() {
-        // month, prescribed hours, days meeting it, days counted, usage line.
-        // 5th: exactly 15 h; 6th: one second short; 7th/8th: 15 h across
-        // midnight, 7.5 h on each day; 9th: two stretches of 7.5 h.
-        const Prescriptions row;
-        row("January, wholly before the last record: all its days", 1, 15, 2, 31,
-            "2021-01|60.0|5|12.0|2");
-        row("a lower prescription counts the split days too", 1, 7.5, 5, 31,
-            "2021-01|60.0|5|12.0|5");
-        row("February up to the day of the last record's end", 2, 15, 0, 3, "2021-02|2.0|1|2.0|0");
-        row("no prescription: four fields as before", 2, 0, 0, 3, "2021-02|2.0|1|2.0");
-    }
-    void prescription_days() {
-        const auto [month, hours, meeting, counted, line] = Prescriptions::fetch();
-        ComplianceMemory m;
-        fill(m, {period("2021-01-05T06:00:00", "2021-01-05T21:00:00"),
-                 period("2021-01-06T06:00:00", "2021-01-06T20:59:59"),
-                 period("2021-01-07T16:30:00", "2021-01-08T07:30:00"),
-                 period("2021-01-09T06:00:00", "2021-01-09T13:30:00"),
-                 period("2021-01-09T14:00:00", "2021-01-09T21:30:00"),
-                 period("2021-02-03T10:00:00", "2021-02-03T12:00:00")});
-        const Stamp start = make_stamp(2021, month, 1);
-        const Month mo = month_periods(m.records, m.state.last_index, start);
-        if (hours > 0) {
-            const PrescriptionDays d =
-                compliance::prescription_days(mo, hours, last_record_end(m.records, 5));
-            QCOMPARE(d.meeting, meeting);
-            QCOMPARE(d.counted, counted);
-        }
-        QCOMPARE(month_usage_line(m.records, m.state.last_index, start, hours, QLocale::c()), line);
+        QCOMPARE(h.state().read_index, awaited + 1);
+        QCOMPARE(h.ctx->protocol.send_queue[1], protocol::cmd::compliance_record(awaited + 1));
     }
 
     void load_accepts_data() {

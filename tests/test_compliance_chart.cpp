@@ -69,6 +69,14 @@ config::LanguageTables print_texts(const char* days, const char* mean, const cha
         {7014, "Place, date"},    {8104, "Signature"}};
     for (const auto& [n, text] : captions)
         language.language_text[std::size_t(n)] = QString::fromLatin1(text);
+    const std::pair<int, const char*> adherence[] = {{8400, "%1 h: %2/%3 (%4%)"},
+                                                     {8510, "Best: %1-%2: %3/%4 %5 h %6 (%7%)"},
+                                                     {8511, "met"},
+                                                     {8512, "not met"},
+                                                     {8513, "d.M."},
+                                                     {8514, "d.M.yyyy"}};
+    for (const auto& [n, text] : adherence)
+        language.language_text[std::size_t(n)] = QString::fromLatin1(text);
     return language;
 }
 
@@ -184,6 +192,11 @@ private slots:
         row("a name longer than the page", "long", "Compliance",
             "Month:|March 2021|Hours:|36.0|Printed on:|1 Apr 2021 10:30:00|Patient:|…",
             "Days: 4   Mean: 9.0   Pause: 98.0", 4);
+        // With 8 h prescribed: the 4th alone reached it, of the 3rd to the
+        // 9th; the best 30 days follow the summary.
+        row("a prescription", "prescribed", "Compliance",
+            "Month:|March 2021|Hours:|36.0|Printed on:|1 Apr 2021 10:30:00",
+            "Days: 4   Mean: 9.0   Pause: 98.0", 4);
         // One session: the mean rounds up, and there is no pause.
         row("test data say so in the title", "test", "Compliance \u2013 Test data",
             "Month:|March 2021|Hours:|32.0|Printed on:|1 Apr 2021 10:30:00",
@@ -203,6 +216,8 @@ private slots:
             printed_for.patient = "Erika O'Neill"; // printed as typed, not read as markup
         } else if (origin == "long") {
             printed_for.patient = QString(200, 'W');
+        } else if (origin == "prescribed") {
+            printed_for.prescribed_hours = 8;
         } else if (origin == "file") {
             memory.state.file_name = "Compliance_VO2-7_20210401_103000.txt";
             memory.state.serial_number = serial_from_file_name(memory.state.file_name);
@@ -228,6 +243,10 @@ private slots:
                 chart_bottom = std::max(chart_bottom, std::max(l.y1, l.y2));
         QVERIFY(summary->y > chart_bottom);
         QCOMPARE(int(page.boxes.size()), boxes);
+        const RecordedRun* best =
+            page.find_run(QStringLiteral("Best: 3.3.-9.3.2021: 1/7 8 h not met (70%)"));
+        QCOMPARE(best != nullptr, origin == "prescribed");
+        QVERIFY(!best || best->y > summary->y);
 
         // The identity under the summary, in order, nothing else among it.
         const QStringList texts = page.run_texts();

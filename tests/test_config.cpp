@@ -93,12 +93,15 @@ private slots:
         QCOMPARE(::load(path), ">" + summary(saved));
     }
 
-    // A prescription typed into the file survives every rewrite (a dialog
-    // that remembers its folder), as typed; a file without one stays without.
+    // A prescription or share typed into the file survives every rewrite (a
+    // dialog that remembers its folder), as typed; a file without one stays
+    // without.
     void prescription_survives_a_rewrite_data() {
         const Table<QByteArray> row;
         row("set", "VERORDNUNG|15,5")("none", QByteArray());
         row("no number: kept for the person to see", "VERORDNUNG|viel");
+        row("both", "VERORDNUNG|6\r\nADHERENZ_ANTEIL|80");
+        row("a share alone", "ADHERENZ_ANTEIL|75,5");
     }
     void prescription_survives_a_rewrite() {
         const auto [line] = Table<QByteArray>::fetch();
@@ -112,7 +115,8 @@ private slots:
         QVERIFY(save_config(config, path));
         const QByteArray written = read_file(path);
         QVERIFY(written.contains("INITDIR|/chosen/\r\n"));
-        QCOMPARE(written.contains("VERORDNUNG"), !line.isEmpty());
+        QCOMPARE(written.contains("VERORDNUNG"), line.contains("VERORDNUNG"));
+        QCOMPARE(written.contains("ADHERENZ_ANTEIL"), line.contains("ADHERENZ_ANTEIL"));
         QVERIFY2(line.isEmpty() || written.endsWith(line + "\r\n"), written.constData());
     }
 
@@ -127,6 +131,18 @@ private slots:
         const auto [text, hours] = Table<QString, double>::fetch();
         QLocale::setDefault(QLocale(QLocale::German, QLocale::Germany));
         QCOMPARE(config::prescribed_hours(text).value_or(-1.0), hours);
+    }
+
+    void adherence_share_data() {
+        const Table<QString, double> row; // text, share (-1: refused)
+        row("empty: the default", "", 70.0)("whole", "80", 80.0)("comma", "66,5", 66.5);
+        row("none at all", "0", 0.0)("every day", "100", 100.0)("above", "100.5", -1.0);
+        row("with a percent sign", "70 %", -1.0);
+    }
+    void adherence_share() {
+        const auto [text, share] = Table<QString, double>::fetch();
+        QLocale::setDefault(QLocale(QLocale::German, QLocale::Germany));
+        QCOMPARE(config::adherence_share(text).value_or(-1.0), share);
     }
 };
 

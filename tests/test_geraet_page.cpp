@@ -3,6 +3,7 @@
 // keeps what is being typed, the acoustic pictures and the timing buttons
 // send, and the preset buttons show the files found.
 
+#include "apply_language.h"
 #include "controls.h"
 #include "fake_link_context.h"
 #include "link/sim_link.h"
@@ -11,10 +12,14 @@
 #include "report_harness.h"
 #include "sim/concentrator.h"
 #include "sim/scenario.h"
+#include "startup.h"
 #include "window_harness.h"
 
 #include <QDir>
+#include <QGroupBox>
 #include <QRegularExpression>
+#include <QScrollArea>
+#include <QScrollBar>
 #include <QStyle>
 #include <QStyleOptionFrame>
 #include <QTemporaryDir>
@@ -181,22 +186,30 @@ private slots:
                  QStringLiteral("Restzeit vom Gerät bestätigt: 12"));
     }
 
-    // Every simulated family at the smallest and a large window: each value
-    // box shows the widest value the family sent whole, the whole
-    // "Messwerte" box is there, no control is squeezed below what it needs
-    // and none overlaps another (what does not fit scrolls).
+    // Every simulated family in the window a 1024 x 768 screen with a panel
+    // gets, in German and English, and in a large window: each value box
+    // shows the widest value the family sent whole, the whole "Messwerte"
+    // box is there, no control is squeezed below what it needs and none
+    // overlaps another. On the small screen every box is in sight without a
+    // scroll bar.
     void page_fits_every_family_data() {
         const QDir folder(QStringLiteral(VELTRAKO_SOURCE_DIR "/sim/scenarios"));
         const QStringList files = folder.entryList({"*.scn"}, QDir::Files);
         QVERIFY(files.size() >= 5);
-        Table<QString, QSize> row;
-        for (const QString& file : files)
-            for (const QSize size : {QSize(1024, 768), QSize(1400, 1000)})
-                row(QString("%1 %2x%3").arg(file).arg(size.width()).arg(size.height()).toUtf8(),
-                    folder.filePath(file), size);
+        // 40 pixels of the screen's height go to a panel.
+        const QSize small = ui::form_size(QSize(1024, 768 - 40));
+        QVERIFY(small.width() <= 1024 && small.height() <= 768 - 40);
+        Table<QString, QSize, QString> row;
+        for (const QString& file : files) {
+            for (const char* language : {"de", "en"})
+                row(QString("%1 1024x768 %2").arg(file, language).toUtf8(), folder.filePath(file),
+                    small, QString(language));
+            row(QString("%1 1400x1000").arg(file).toUtf8(), folder.filePath(file),
+                QSize(1400, 1000), QString("de"));
+        }
     }
     void page_fits_every_family() {
-        const auto [scenario, window] = Table<QString, QSize>::fetch();
+        const auto [scenario, window, language] = Table<QString, QSize, QString>::fetch();
         // The family's values without its faults: a lost answer would end in
         // a message box, and the values are what counts here.
         static const QRegularExpression fault(
@@ -206,6 +219,9 @@ private slots:
             if (!fault.match(QString::fromUtf8(line)).hasMatch())
                 scenario_text += line + '\n';
         PageHarness p(scenario_text);
+        QVERIFY(config::load_language(
+            p.ctx.language, QString(VELTRAKO_SOURCE_DIR "/lang/lang%1.txt").arg(language), p.form));
+        ui::apply_language(p.form, p.ctx.language);
         p.form.resize(window);
         p.form.show();
         QMap<QString, QString> widest; // box -> widest text it showed
@@ -234,6 +250,17 @@ private slots:
                 box->textMargins().left() - box->textMargins().right() - 2 * 2;
             QVERIFY2(box->fontMetrics().horizontalAdvance(it.value()) <= room,
                      qPrintable(it.key() + ": " + it.value()));
+        }
+        if (window.width() <= 1024) {
+            auto* area = p.form.findChild<QScrollArea*>("page_geraet_scroll");
+            QVERIFY(!area->horizontalScrollBar()->isVisible());
+            QVERIFY(!area->verticalScrollBar()->isVisible());
+            const QRect seen(page->mapTo(area->viewport(), QPoint(0, 0)), page->size());
+            QVERIFY(area->viewport()->rect().contains(seen));
+            for (QGroupBox* box : page->findChildren<QGroupBox*>())
+                QVERIFY2(!box->isVisibleTo(page) ||
+                             page->rect().contains(QRect(box->mapTo(page, QPoint()), box->size())),
+                         qPrintable(box->objectName()));
         }
         QWidget* values = p.form.control("frm_messwerte");
         QWidget* phase = p.form.control("lbl_Phase");

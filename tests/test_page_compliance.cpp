@@ -76,6 +76,12 @@ private slots:
     void testdaten_fills_the_page_and_the_chart_follows_its_size() {
         Window p;
         p.ctx.language.language_text[6012] = QStringLiteral("Days with use");
+        p.ctx.language.language_text[8510] = QStringLiteral("%1-%2 %3/%4 %5 h %6 %7%");
+        p.ctx.language.language_text[8511] = QStringLiteral("met");
+        p.ctx.language.language_text[8513] = QStringLiteral("dd.MM.yyyy");
+        p.ctx.language.language_text[8514] = QStringLiteral("dd.MM.yyyy");
+        p.ctx.compliance.prescribed_hours = 6;
+        auto* adherence = p.get<QLabel>("l_complianceadherence");
         const compliance::ComplianceState& state = p.ctx.compliance.state;
         QWidget* chart = p.form.control(QStringLiteral("p_compliance"));
         QVERIFY(!p.get("cmd_complianceprint")->isEnabled());
@@ -91,6 +97,10 @@ private slots:
         QVERIFY(!p.get("cmd_compliancedelete")->isEnabled());
         QVERIFY(p.get<QLineEdit>("t_compliancedauer")->text().contains('.'));
         QVERIFY(p.label("l_compliancesummary").startsWith("Days with use: 30"));
+        // Every day of January 2007 reached 6 h: the best 30 days, under the
+        // summary whatever month is shown.
+        QCOMPARE(adherence->text(), "01.01.2007-30.01.2007 30/30 6 h met 70%");
+        QVERIFY(adherence->isVisible());
 
         chart->resize(600, 400);
         const int small = green_pixels(chart->grab().toImage());
@@ -108,6 +118,7 @@ private slots:
         QCOMPARE(state.total_hours, 24.0 + 48.75);
         QVERIFY(p.get("cmd_prevmonth")->isEnabled() && p.get("cmd_nextmonth")->isEnabled());
         QVERIFY(green_pixels(chart->grab().toImage()) < large);
+        QCOMPARE(adherence->text(), "01.01.2007-30.01.2007 30/30 6 h met 70%");
 
         // The printout names the patient typed on the report page, and its
         // PDF the month shown and that these are test data.
@@ -115,6 +126,10 @@ private slots:
         QCOMPARE(compliance_printed_for(p.form, p.ctx).patient, QString("Erika Muster"));
         QCOMPARE(compliance::compliance_pdf_name(state, p.ctx.compliance.records, 0),
                  QString("Compliance_Testdaten_2006-12.pdf"));
+        // Without a prescription, no line for it.
+        p.ctx.compliance.prescribed_hours = 0;
+        p.get("cmd_compliance_test")->click();
+        QVERIFY(adherence->text().isEmpty() && !adherence->isVisible());
     }
 
     // A readout from the simulated device: the progress row while the

@@ -129,6 +129,7 @@ private slots:
     // answer.
     void silent_device_is_given_up_with_one_message_per_loss() {
         Harness h;
+        h.ui.page = Page::protokoll; // a report being typed
         connect_routine(*h.ctx);
         h.set_silent(true);
         h.tick(101); // the first sends "?"
@@ -141,7 +142,7 @@ private slots:
         QCOMPARE(h.received.mid(0, 4), (QList<QByteArray>{"?", "?", "?", "?"}));
         QCOMPARE(h.ui.messages, QStringList{"text4\r\ntext5"});
         QVERIFY(lines.contains("Device Closed"));
-        QCOMPARE(h.ui.page, Page::geraet);
+        QCOMPARE(h.ui.page, Page::protokoll); // left where the technician is
         QVERIFY(h.ctx->timer1.enabled());
 
         h.tick(600); // 30 s more
@@ -275,7 +276,9 @@ private slots:
         QVERIFY(h.received.isEmpty());
     }
 
-    void closed_link_reconnects_by_itself_on_the_first_page() {
+    // On every page but the developer's, where the device is opened and
+    // closed by hand.
+    void closed_link_reconnects_by_itself() {
         Harness h;
         h.set(&sim::Faults::unplug, true);
         connect_routine(*h.ctx); // no device: one message
@@ -283,8 +286,8 @@ private slots:
         h.ui.page = Page::entwickler;
         h.set(&sim::Faults::unplug, false);
         h.tick(3);
-        QCOMPARE(h.ctx->link.device_handle, 0u); // not while another page is on top
-        h.ui.page = Page::geraet;
+        QCOMPARE(h.ctx->link.device_handle, 0u); // not while the link buttons are on top
+        h.ui.page = Page::protokoll;
         h.tick(40);
         QVERIFY(h.ctx->link.device_handle != 0);
         QVERIFY(h.ctx->device.live_valid);

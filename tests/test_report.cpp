@@ -7,10 +7,14 @@
 #include "config/text_file.h"
 #include "device/parameter_values.h"
 #include "inspected_device.h"
+#include "report/report_draft.h"
 #include "report/report_file.h"
 #include "report_harness.h"
 #include "status/status_readout.h"
 #include "table.h"
+
+#include <QElapsedTimer>
+#include <QFileInfo>
 
 using namespace veltrako;
 using namespace veltrako::report;
@@ -20,7 +24,7 @@ namespace {
 
 struct Harness : Desk {
     Harness() {
-        for (int n : {3, 7001, 7004, 7005, 7006, 7007, 8200, 8201})
+        for (int n : {3, 7001, 7004, 7005, 7006, 7007, 8200, 8201, 8552})
             ctx.language.language_text[static_cast<std::size_t>(n)] =
                 QStringLiteral("text%1").arg(n);
     }
@@ -299,6 +303,154 @@ private slots:
     void proposed_names_are_file_names() {
         const auto [proposed, expected] = Table<QString, QString>::fetch();
         QCOMPARE(proposed, expected);
+    }
+
+    // "Speichern" in the question before the program ends saves, or says
+    // why it cannot and keeps the program; saved or discarded, the report
+    // leaves no draft and counts as saved.
+    void quit_save_saves_or_says_why_data() {
+        // device data, answer, quits, messages, draft left
+        Table<bool, int, bool, QStringList, bool> row;
+        row("no device data", false, int(SaveAnswer::save), false, QStringList{"text8552"}, true);
+        row("saved", true, int(SaveAnswer::save), true, QStringList{"text7005"}, false);
+        row("discarded", true, int(SaveAnswer::discard), true, QStringList{}, false);
+    }
+    void quit_save_saves_or_says_why() {
+        const auto [valid, answer, quits, messages, draft_left] =
+            Table<bool, int, bool, QStringList, bool>::fetch();
+        Harness h;
+        device::DeviceRecord d = inspected_device();
+        d.live_valid = valid;
+        take_snapshot(h.ctx.report, d, true);
+        h.ctx.report.set_value(QStringLiteral("t_Patient"), QStringLiteral("Erika"));
+        h.ctx.report.report_changed = true;
+        QVERIFY(config::write_text_lines(draft_path(h.ctx),
+                                         draft_lines(h.ctx.report, h.clock.now(), QLocale())));
+        h.ui.save_answers = {SaveAnswer(answer)};
+        h.ui.file_answers = {h.path(QStringLiteral("r.txt"))};
+        QCOMPARE(checksaved(h.ctx, [&] { return save_report(h.ctx); }), quits);
+        QCOMPARE(h.ui.messages, messages);
+        QCOMPARE(QFile::exists(draft_path(h.ctx)), draft_left);
+        QCOMPARE(h.ctx.report.report_changed, !quits || answer == int(SaveAnswer::discard));
+    }
+
+    // The draft holds the report whole and is never taken for a report: not
+    // a ".txt" file the report dialogs list, its own first line, unsaved
+    // when restored; a report file is no draft.
+    void draft_both_ways() {
+        Harness h;
+        take_snapshot(h.ctx.report, inspected_device(), true);
+        h.ctx.report.set_value(QStringLiteral("t_Bemerkungen"), QStringLiteral("a|b\r\nzwei"));
+        h.ctx.report.set_value(QStringLiteral("ck_stk"), QStringLiteral("1"));
+        QVERIFY(!draft_path(h.ctx).endsWith(QStringLiteral(".txt")));
+        QCOMPARE(QFileInfo(draft_path(h.ctx)).absolutePath(),
+                 QFileInfo(h.ctx.config_path).absolutePath());
+        const QStringList lines = draft_lines(h.ctx.report, h.clock.now(), QLocale());
+        const std::optional<Draft> draft = parse_draft_lines(lines);
+        QVERIFY(draft);
+        QCOMPARE(draft->written, h.clock.now());
+        QVERIFY(draft->report.report_changed && draft->report.device_valid());
+        QCOMPARE(draft->report.value(QStringLiteral("t_Bemerkungen")),
+                 QStringLiteral("a/b\r\nzwei"));
+        QCOMPARE(draft->report.report_device.SN, inspected_device().SN);
+        QVERIFY(!parse_draft_lines(report_file_lines(h.ctx.report, QLocale())));
+        // A report without device data comes back without them.
+        h.ctx.report.report_device.live_valid = false;
+        QVERIFY(!parse_draft_lines(draft_lines(h.ctx.report, h.clock.now(), QLocale()))
+                     ->report.device_valid());
+        // Typed text is what counts, not the date and time a report starts with.
+        ReportRecord fresh;
+        set_report_defaults(fresh, h.clock.now());
+        QVERIFY(!has_typed_text(fresh));
+        fresh.set_value(QStringLiteral("ck_Visuell"), QStringLiteral("1"));
+        QVERIFY(has_typed_text(fresh));
+    }
+
+    // Written a second after the last edit, by the clock moved by hand: an
+    // edit in between puts it off; an unsaved report emptied again has none,
+    // a report shown unchanged gets none. At start-up Yes restores it
+    // unsaved, No removes it.
+    void draft_a_second_after_the_last_edit() {
+        Harness h;
+        const QString path = draft_path(h.ctx);
+        int collected = 0;
+        h.ctx.report_draft.collect = [&] { ++collected; };
+        h.ctx.report.set_value(QStringLiteral("t_Patient"), QStringLiteral("Erika"));
+        h.ctx.report.report_changed = true;
+        h.ctx.report_draft.edited();
+        h.clock.advance_ms(600);
+        h.ctx.report_draft.edited();
+        h.clock.advance_ms(999);
+        h.ctx.report_draft.tick();
+        QVERIFY(!QFile::exists(path) && h.ctx.report_draft.waiting());
+        h.clock.advance_ms(1);
+        h.ctx.report_draft.tick();
+        QVERIFY(QFile::exists(path) && !h.ctx.report_draft.waiting());
+        QCOMPARE(collected, 1);
+        QCOMPARE(read_draft(path)->report.value(QStringLiteral("t_Patient")),
+                 QStringLiteral("Erika"));
+
+        h.ctx.report.set_value(QStringLiteral("t_Patient"), QString());
+        h.ctx.report_draft.edited();
+        h.clock.advance_ms(1000);
+        h.ctx.report_draft.tick();
+        QVERIFY(!QFile::exists(path));
+        h.ctx.report.set_value(QStringLiteral("t_Patient"), QStringLiteral("aus Datei"));
+        h.ctx.report.report_changed = false;
+        h.ctx.report_draft.edited();
+        h.clock.advance_ms(1000);
+        h.ctx.report_draft.tick();
+        QVERIFY(!QFile::exists(path));
+
+        // A draft that cannot be written is said once, not every second.
+        h.ctx.language.language_text[8553] = QStringLiteral("nicht geschrieben:");
+        h.ctx.config_path = h.path(QStringLiteral("gone/veltrako2.ini"));
+        h.ctx.report.report_changed = true;
+        for (int i = 0; i < 2; ++i) {
+            h.ctx.report_draft.edited();
+            h.clock.advance_ms(1000);
+            h.ctx.report_draft.tick();
+        }
+        QCOMPARE(h.ui.notes.size(), 1);
+        QVERIFY(h.ui.notes[0].startsWith(QStringLiteral("nicht geschrieben: ")));
+        QCOMPARE(h.ui.note_icon, MsgIcon::exclamation);
+        h.ctx.config_path = h.path(QStringLiteral("veltrako2.ini"));
+
+        h.ctx.language.language_text[8550] = QStringLiteral("Entwurf vom %1 wiederherstellen?");
+        h.ctx.report.report_changed = true;
+        QVERIFY(
+            config::write_text_lines(path, draft_lines(h.ctx.report, h.clock.now(), QLocale())));
+        h.ui.yes_no_answers = {true, false};
+        const std::optional<ReportRecord> restored = offer_draft(h.ctx);
+        QVERIFY(restored && restored->report_changed);
+        QCOMPARE(restored->value(QStringLiteral("t_Patient")), QStringLiteral("aus Datei"));
+        QCOMPARE(h.ui.questions, QStringList{"Entwurf vom 02.03.2026 14:05:14 wiederherstellen?"});
+        QVERIFY(QFile::exists(path)); // until saved or discarded
+        QVERIFY(!offer_draft(h.ctx));
+        QVERIFY(!QFile::exists(path));
+        QVERIFY(!offer_draft(h.ctx)); // none: no question
+        QCOMPARE(h.ui.questions.size(), 2);
+    }
+
+    // The same on the program's own timer and event loop: nothing at once,
+    // the draft about a second later.
+    void draft_on_the_real_timer() {
+        SystemClock clock;
+        FakeUserInterface ui;
+        AppContext ctx(clock, ui, std::make_unique<FakeLink>());
+        QTemporaryDir dir;
+        ctx.config_path = dir.filePath(QStringLiteral("veltrako2.ini"));
+        ctx.report.set_value(QStringLiteral("t_Patient"), QStringLiteral("Erika"));
+        ctx.report.report_changed = true;
+        QElapsedTimer waited;
+        waited.start();
+        ctx.report_draft.edited();
+        QTest::qWait(300);
+        QVERIFY(!QFile::exists(draft_path(ctx)));
+        QTRY_VERIFY_WITH_TIMEOUT(QFile::exists(draft_path(ctx)), 10000);
+        QVERIFY2(waited.elapsed() >= DraftKeeper::delay_ms,
+                 qPrintable(QString::number(waited.elapsed())));
+        QVERIFY(!ctx.report_draft.waiting());
     }
 };
 

@@ -2,10 +2,14 @@
 // mark it, the typed report outlasts the connection, showing the record fills the controls and
 // counts as unchanged, collecting reads them back, and the device-data picture draws the snapshot.
 
+#include "link/device_connection.h"
 #include "protocol/poll_cycle.h"
+#include "report/report_draft.h"
 #include "report/report_record.h"
 #include "report_page.h"
 #include "window_harness.h"
+
+#include <QTemporaryDir>
 
 using namespace veltrako;
 using namespace veltrako::ui;
@@ -19,7 +23,10 @@ struct Harness : Window {
         ctx.device.SN = QStringLiteral("VO2-1");
         ctx.device.BSTD = QStringLiteral("000012:30");
         ctx.language.language_text[11011] = QStringLiteral("Seriennummer");
+        ctx.language.language_text[8551] = QStringLiteral("verwerfen?");
+        ctx.config_path = dir.filePath(QStringLiteral("veltrako2.ini"));
     }
+    QTemporaryDir dir; // the configuration's folder, where the draft goes
     void open_page() {
         form.tab1()->setCurrentIndex(static_cast<int>(Page::geraet));
         form.tab1()->setCurrentIndex(static_cast<int>(Page::protokoll));
@@ -47,9 +54,21 @@ private slots:
         QVERIFY(marks([&] { h.get<QPlainTextEdit>("t_bemerkungen")->setPlainText("x"); }));
         QVERIFY(marks([&] { h.get<QLineEdit>("t_Datum")->setText(QStringLiteral("01.01.2000")); }));
 
+        // What the controls show is kept a second after the last edit.
+        const QString draft = report::draft_path(h.ctx);
+        h.clock.advance_ms(report::DraftKeeper::delay_ms);
+        h.ctx.report_draft.tick();
+        const auto kept = report::read_draft(draft);
+        QVERIFY(kept);
+        QCOMPARE(kept->report.value(QStringLiteral("t_Patient")), QStringLiteral("Otto"));
+        QCOMPARE(kept->report.value(QStringLiteral("ck_stk")), QStringLiteral("1"));
+
         h.clock.set_now(QDateTime(QDate(2026, 4, 8), QTime(17, 0, 1), Qt::UTC));
         h.ctx.device.live_valid = false;
+        BoxAnswers discard({QMessageBox::Yes});
         h.open_page();
+        QCOMPARE(discard.texts, QStringList{"verwerfen?"});
+        QVERIFY(!QFile::exists(draft)); // discarded on purpose
         QVERIFY(h.get<QLineEdit>("t_patient")->text().isEmpty());
         QVERIFY(!h.get<QCheckBox>("ck_stk")->isChecked());
         QCOMPARE(h.get<QLineEdit>("t_Datum")->text(), QStringLiteral("08.04.2026"));
@@ -110,13 +129,68 @@ private slots:
         QVERIFY(!h.get<QLineEdit>("t_Datum")->text().isEmpty());
         QVERIFY(h.ctx.report.report_changed);
 
+        // The silent reconnection found the device before it answered: the
+        // report keeps the device data of its snapshot, and can be saved.
         h.ctx.device = device::DeviceRecord{};
         QVERIFY(h.ctx.hooks.device_found);
         h.ctx.hooks.device_found();
-        QVERIFY(!h.ctx.report.device_valid());
-        QVERIFY(!h.get<QPushButton>("cmd_save")->isEnabled());
+        QVERIFY(h.ctx.report.device_valid());
+        QCOMPARE(h.ctx.report.report_device.SN, QStringLiteral("VO2-9"));
+        QVERIFY(h.get<QPushButton>("cmd_save")->isEnabled());
         QVERIFY(h.ctx.report.report_changed);
         QCOMPARE(h.get<QLineEdit>("t_patient")->text(), QStringLiteral("Otto"));
+
+        // Back to the page: asked first; No (the default) keeps everything,
+        // the device data of the report's own device too.
+        h.ctx.device.live_valid = true;
+        h.ctx.device.SN = QStringLiteral("VO2-1");
+        int preset = 0;
+        when_modal([&preset](QWidget* modal) {
+            auto* box = qobject_cast<QMessageBox*>(modal);
+            preset = int(box->standardButton(box->defaultButton()));
+            box->defaultButton()->click();
+        });
+        h.open_page();
+        QCOMPARE(preset, int(QMessageBox::No));
+        QCOMPARE(h.get<QLineEdit>("t_patient")->text(), QStringLiteral("Otto"));
+        QCOMPARE(h.get<QPlainTextEdit>("t_zubehoer")->toPlainText(), QStringLiteral("Maske"));
+        QCOMPARE(h.ctx.report.report_device.SN, QStringLiteral("VO2-9"));
+        QVERIFY(h.ctx.report.report_changed);
+        // Nothing typed: no question, a fresh report.
+        h.get<QLineEdit>("t_patient")->clear();
+        h.get<QPlainTextEdit>("t_zubehoer")->clear();
+        h.open_page();
+        QVERIFY(!h.ctx.report.report_changed);
+    }
+
+    // What a technician met: the device stops answering while the report is
+    // typed. The window stays on "Protokoll", the report keeps its entries
+    // and its device data through the lost connection and the silent
+    // reconnection, and can still be saved.
+    void device_lost_while_typing() {
+        Harness h;
+        h.ctx.config.TIMEOUT = 0.5;
+        h.form.show();
+        h.open_page();
+        QVERIFY(link::open_device(h.ctx, true));
+        h.get<QLineEdit>("t_patient")->setText(QStringLiteral("Erika"));
+        h.get<QCheckBox>("ck_stk")->setChecked(true);
+        BoxAnswers lost; // "does not answer any more"
+        for (int tick = 0; tick < 10 && h.ctx.link.device_handle != 0; ++tick) {
+            h.clock.advance_ms(600);
+            protocol::timer1_tick(h.ctx);
+        }
+        QCOMPARE(lost.texts.size(), 1);
+        QCOMPARE(h.form.current_page(), Page::protokoll);
+        QVERIFY(!h.ctx.device.live_valid);
+        protocol::timer1_tick(h.ctx); // found again, not answering yet
+        QVERIFY(h.ctx.link.device_handle != 0);
+        QCOMPARE(h.form.current_page(), Page::protokoll);
+        QCOMPARE(h.get<QLineEdit>("t_patient")->text(), QStringLiteral("Erika"));
+        QVERIFY(h.get<QCheckBox>("ck_stk")->isChecked());
+        QVERIFY(h.ctx.report.device_valid() && h.ctx.report.report_changed);
+        QCOMPARE(h.ctx.report.report_device.SN, QStringLiteral("VO2-1"));
+        QVERIFY(h.get<QPushButton>("cmd_save")->isEnabled());
     }
 
     void picture_draws_the_snapshot() {

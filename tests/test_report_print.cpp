@@ -130,7 +130,40 @@ private slots:
                 return run.page == last->page && run.x > last->x && run.y == last->y;
             });
             QVERIFY2(value != s.runs.end(), qPrintable(at));
-            QCOMPARE(s.find_run(QStringLiteral("L7013"))->page, s.page);
+            // The signature ends the last page, never alone there: the last
+            // rows of the device data go with it; no caption ends a page.
+            const auto* signature = s.find_run(QStringLiteral("L7013"));
+            QCOMPARE(signature->page, s.page);
+            const auto* last_value =
+                s.find_run(device_data_rows(r, captions(), QLocale()).back().first);
+            const auto* lower =
+                std::pair(last->page, last->y) > std::pair(last_value->page, last_value->y)
+                    ? last
+                    : last_value;
+            QVERIFY2(lower->page == s.page && lower->y < signature->y, qPrintable(at));
+            QVERIFY2(s.find_run(QStringLiteral("L11070"))->page ==
+                         s.find_run(QStringLiteral("L7016"))->page,
+                     qPrintable(at));
+        }
+    }
+
+    // A report as technicians fill it in, for every model, takes one page
+    // with the signature at its foot under the device data.
+    void usual_report_takes_one_page() {
+        for (const QString& family : {QStringLiteral("25"), QStringLiteral("30"),
+                                      QStringLiteral("52"), QStringLiteral("7E")}) {
+            ReportRecord r = filled(family);
+            r.set_value(QStringLiteral("t_Bemerkungen"),
+                        QStringLiteral("Filter gewechselt\r\nAlarme geprüft\r\nFlow 2 l/min"));
+            r.set_value(QStringLiteral("t_Zubehoer"), QStringLiteral("Maske\r\nSchlauch 2 m"));
+            RecordingSurface s(11339.0, 16271.0);
+            print_report(s, r, captions(), QLocale());
+            QVERIFY2(s.page == 0, qPrintable(family));
+            const auto* signature = s.find_run(QStringLiteral("L7013"));
+            const auto lowest =
+                std::max_element(s.runs.begin(), s.runs.end(),
+                                 [](const auto& a, const auto& b) { return a.y < b.y; });
+            QVERIFY2(signature->y == lowest->y, qPrintable(family));
         }
     }
 

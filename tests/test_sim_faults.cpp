@@ -70,6 +70,33 @@ private slots:
                  good.isEmpty() ? 0 : 1);
     }
 
+    // Faults aimed at one record of the usage memory: record 3 asked for
+    // twice in one go, and what comes back within `wait` ms.
+    void record_faults_data() {
+        // faults, ms waited, the record numbers answered (-1: an answer too
+        // short to be a record)
+        const Table<QByteArray, int, QList<int>> row;
+        row("none", "", 50, {3, 3});
+        row("late: nothing yet", "LATE_ANSWER_RECORD=3\nLATE_ANSWER_MS=500", 400, {});
+        row("late: both, in order", "LATE_ANSWER_RECORD=3\nLATE_ANSWER_MS=500", 600, {3, 3});
+        row("duplicated once", "DUPLICATE_ANSWER_RECORD=3", 50, {3, 3, 3});
+        row("wrong index once", "WRONG_INDEX_RECORD=3", 50, {4, 3});
+        row("refused always", "REFUSED_ANSWER_RECORD=3", 50, {-1, -1});
+        row("refused once", "REFUSED_ANSWER_RECORD=3\nREFUSED_ANSWERS=1", 50, {-1, 3});
+        row("withheld", "WITHHELD_RECORD=3", 500, {});
+        row("another record is not hit", "WITHHELD_RECORD=4\nWRONG_INDEX_RECORD=2", 50, {3, 3});
+    }
+    void record_faults() {
+        const auto [faults, wait, numbers] = Table<QByteArray, int, QList<int>>::fetch();
+        DirectDevice d(quiet + "COMPLIANCE_GENERATE=9\nCOMPLIANCE_FROM=-9d\nCOMPLIANCE_TO=-1d\n" +
+                       faults + "\n");
+        const QByteArray ask = protocol::build_frame(bytes_of({'k', 0, 3}));
+        QList<int> got;
+        for (const QByteArray& p : frame_payloads(d.send_raw(ask + ask, wait)))
+            got << (p.size() == 11 ? int(be_at(p, 2, 2)) : -1);
+        QCOMPARE(got, numbers);
+    }
+
     // The answer is due the device's latency plus the delay after the
     // command, and no earlier. A split answer leaves in two parts, the second
     // a few ms after the first, so a reader in between finds half a frame.

@@ -101,9 +101,12 @@ private slots:
         const QStringList visit = *config::read_text_lines(v.folder() + "/Besuch.txt");
         QCOMPARE(visit.mid(0, 2), (QStringList{"SN|VO2-0012345", "LP|LP1240010077"}));
         QVERIFY(visit.contains("VERORDNUNG|15"));
-        // The 5th reached 15 h exactly and counts; the 6th did not.
-        QVERIFY2(visit.contains("2026-01|30.0|2|15.0|1"), qPrintable(visit.join('\n')));
-        QVERIFY2(visit.contains("2026-02|4.0|1|4.0|0"), qPrintable(visit.join('\n')));
+        // The 5th reached 15 h exactly and counts; the 6th did not. Days
+        // count from the first record's day; the day of the readout, in
+        // March, is not over and does not count. The best 30 days close it.
+        QCOMPARE(visit.mid(visit.indexOf("VERORDNUNG|15") + 1),
+                 (QStringList{"2026-01|30.0|2|15.0|1|27", "2026-02|4.0|1|4.0|0|28",
+                              "2026-03|0.0|1|0.0|0|1", "30d|2026-01-05|2026-02-03|1|30|not met"}));
         const QStringList report = *config::read_text_lines(v.written()[3]);
         QVERIFY(report.contains("t_Patient|Erika"));
 
@@ -111,13 +114,21 @@ private slots:
         const visit::Visit& again = s.run(dir.filePath("visits"));
         QCOMPARE(again.outcome(), visit::Outcome::written);
         QCOMPARE(QFileInfo(again.folder()).fileName(), QStringLiteral("VO2-0012345_2026-03-02_2"));
+        QCOMPARE(QDir(dir.filePath("visits")).entryList(QDir::Dirs | QDir::NoDotAndDotDot),
+                 (QStringList{"VO2-0012345_2026-03-02", "VO2-0012345_2026-03-02_2"}));
     }
 
     void failure_keeps_what_was_written_data() {
         // fault, the step that failed, files written, the reason given
         const Failures row;
+        const QString not_read =
+            "The compliance memory was not read completely: no valid answer for record ";
         row("device silent during the usage readout", "silent", "Read the compliance memory", 1,
-            "The device stopped answering.");
+            not_read);
+        row("one record always refused", "refused", "Read the compliance memory", 1,
+            not_read + "2 (records 0 to 3).");
+        row("the status readout stalls", "stall", "Read the system status", 0,
+            "No usable answer from the device for 10 s.");
         row("folder whose parent is a regular file", "file parent", "Make the folder", 0,
             "The folder could not be made in");
         row("disk full at the first PDF", "pdf", "Write the compliance PDF", 2,
@@ -137,15 +148,29 @@ private slots:
                                               QString*) { return false; };
         const visit::Visit& v =
             s.run(base, fault == "pdf" ? full_disk : visit::PdfWriter(Session::write_pdf),
-                  [&](visit::Visit& running) {
+                  [&, stalled = false](visit::Visit& running) mutable {
                       if (fault == "silent" && running.step() == visit::Step::usage_read) {
                           sim::Faults silent;
                           silent.silent = true;
                           s.d.device->set_faults(silent);
                       }
+                      if (fault == "refused" && running.step() == visit::Step::usage_read) {
+                          sim::Faults refused;
+                          refused.refused_answer_record = 2;
+                          s.d.device->set_faults(refused);
+                      }
+                      // The request for the first status record never goes
+                      // out, while the device goes on answering the rest.
+                      if (fault == "stall" && !stalled) {
+                          stalled = true;
+                          protocol::drop_queued(s.d.ctx, 'e');
+                      }
                   });
         QCOMPARE(v.outcome(), visit::Outcome::failed);
         QCOMPARE(visit::step_text(v.step(), s.d.ctx.language), step);
+        // A folder made stays marked as incomplete.
+        QCOMPARE(v.folder().isEmpty(), written == 0);
+        QVERIFY(v.folder().isEmpty() || v.folder().endsWith("_unvollstaendig"));
         QCOMPARE(v.written().size(), written);
         // Exactly the files written are there, each whole: nothing half-written.
         if (!v.folder().isEmpty()) {

@@ -2,6 +2,7 @@
 
 #include <QCheckBox>
 #include <QComboBox>
+#include <QFontDatabase>
 #include <QGroupBox>
 #include <QLabel>
 #include <QLineEdit>
@@ -57,12 +58,32 @@ QLabel* make_label(const QString& name, int tag, const QString& text) {
     return label;
 }
 
+namespace {
+
+// A lamp is never narrower than its caption, whatever the language, nor
+// than a small square for the short ones ("E1"): a layout short of room
+// squeezes other things first. A lamp without a caption (a picture) has the
+// size it is given.
+class Lamp final : public QLabel {
+public:
+    explicit Lamp(const QString& text) : QLabel(text), floor_(text.isEmpty() ? 0 : 28) {}
+    QSize minimumSizeHint() const override {
+        return QLabel::minimumSizeHint().expandedTo(QSize(floor_, 0));
+    }
+
+private:
+    int floor_;
+};
+
+} // namespace
+
 QLabel* make_lamp(const QString& name, int tag, const QString& text) {
-    QLabel* label = make_label(name, tag, text);
+    QLabel* label = new Lamp(text);
+    label->setObjectName(name);
+    set_tag(label, tag);
     label->setFrameShape(QFrame::Box);
     label->setAlignment(Qt::AlignCenter);
     label->setAutoFillBackground(true);
-    label->setMinimumWidth(28);
     QPalette p = label->palette();
     p.setColor(QPalette::Window, Qt::white);
     p.setColor(QPalette::WindowText, lamp_text_colour(Qt::white));
@@ -128,6 +149,21 @@ void fit_to_text(QLabel* label, const QString& widest) {
 
 QColor lamp_text_colour(const QColor&) {
     return Qt::black;
+}
+
+QFont fixed_pitch_font() {
+    QFont font = QFontDatabase::systemFont(QFontDatabase::FixedFont);
+    // The generic family after the desktop's own: fontconfig then picks a
+    // face it knows as monospaced should the first be missing.
+    QStringList families = font.families();
+    if (families.isEmpty())
+        families << font.family();
+    if (!families.contains(QStringLiteral("monospace")))
+        families << QStringLiteral("monospace");
+    font.setFamilies(families);
+    font.setStyleHint(QFont::TypeWriter);
+    font.setFixedPitch(true);
+    return font;
 }
 
 } // namespace veltrako::ui

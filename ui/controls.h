@@ -8,6 +8,7 @@
 #include <QString>
 
 class QCheckBox;
+class QFont;
 class QComboBox;
 class QGroupBox;
 class QLabel;
@@ -54,6 +55,11 @@ QComboBox* make_selector(const QString& name, int index);
 // digit.
 void fit_to_text(QLineEdit* box, const QString& widest);
 void fit_to_text(QLabel* label, const QString& widest);
+
+// The font of fixed-width text (tables, the message log): the desktop's
+// fixed font, asked for as fixed pitch by family and style hint as well, so
+// that a desktop whose fixed font is not marked fixed still lines up columns.
+QFont fixed_pitch_font();
 
 // Text colour on a lamp of `background`: black, which stands out from both
 // lamp colours (contrast 5.3:1 on red, 15.3:1 on green, 21:1 on white).

@@ -210,7 +210,7 @@ void show_month(FrmMain& form, AppContext& ctx, PageState& state, compliance::St
     if (m.state.has_data) {
         const compliance::Month shown =
             compliance::month_periods(*m.table.records, m.table.last_index, m.state.shown_month);
-        summary = compliance::month_summary_line(shown, *m.table.records, m.table.last_index,
+        summary = compliance::month_summary_line(shown, *m.table.records, m.state,
                                                  ctx.compliance.prescribed_hours, ctx.language,
                                                  QLocale());
     }

@@ -7,10 +7,13 @@
 #include <QPaintEvent>
 #include <QPainter>
 #include <QPolygonF>
+#include <QStringList>
 
 #include <algorithm>
 #include <climits>
 #include <cmath>
+#include <utility>
+#include <vector>
 
 namespace veltrako::ui {
 
@@ -147,17 +150,69 @@ QLocale axis_locale() {
     return locale;
 }
 
-} // namespace
+// Where the legend's entries and the time axis title stand: from the plot's
+// left edge, on as many lines as a narrow diagram needs, the time axis title
+// at the right end of the last line. Nothing overlaps, in any language.
+struct LegendItem {
+    int x = 0; // the start of the entry's stroke, or of the title's text
+    int line = 0;
+};
+struct Legend {
+    std::vector<LegendItem> entries; // in the order of the entries given
+    LegendItem time;
+    int lines = 1;
+};
 
-QRect live_chart_plot_area(const QFontMetrics& fm, const QRect& area, const ChartRanges& r,
-                           bool pressure_only) {
+constexpr int legend_stroke = 24; // the stroke of an entry and the room after it
+
+Legend legend_layout(const QFontMetrics& fm, const QStringList& entries, const QString& time,
+                     int left, int right) {
+    Legend legend;
+    int x = left;
+    int line = 0;
+    for (const QString& text : entries) {
+        const int width = legend_stroke + fm.horizontalAdvance(text);
+        if (x > left && x + width > right) {
+            ++line;
+            x = left;
+        }
+        legend.entries.push_back({x, line});
+        x += width + 3 * gap;
+    }
+    const int time_width = fm.horizontalAdvance(time);
+    if (x > left && x + time_width > right)
+        ++line;
+    legend.time = {std::max(left, right - time_width), line};
+    legend.lines = line + 1;
+    return legend;
+}
+
+QStringList legend_texts(const ChartTexts& texts, bool pressure_only) {
+    if (pressure_only)
+        return {texts.pressure};
+    return {texts.o2, texts.flow, texts.set_flow, texts.pressure};
+}
+
+// The plot's left and right edges inside `area`: room for the axis labels.
+std::pair<int, int> plot_sides(const QFontMetrics& fm, const QRect& area, const ChartRanges& r,
+                               bool pressure_only) {
     const QLocale locale = axis_locale();
     const int o2_width = pressure_only ? 0 : widest_label(fm, r.o2, locale) + 2 * gap;
     const int flow_width = pressure_only ? 0 : widest_label(fm, r.flow, locale) + 2 * gap;
     const int pressure_width = widest_label(fm, r.pressure, locale) + 2 * gap;
-    const int legend_height = fm.height() + 2 * gap;
-    return area.adjusted(gap + o2_width + flow_width, legend_height, -(gap + pressure_width),
-                         -(fm.height() + 2 * gap));
+    return {area.left() + gap + o2_width + flow_width, area.right() - (gap + pressure_width)};
+}
+
+} // namespace
+
+QRect live_chart_plot_area(const QFontMetrics& fm, const QRect& area, const ChartRanges& r,
+                           bool pressure_only, const ChartTexts& texts) {
+    const auto [left, right] = plot_sides(fm, area, r, pressure_only);
+    const Legend legend =
+        legend_layout(fm, legend_texts(texts, pressure_only), texts.time, left, right);
+    const int legend_height = legend.lines * fm.height() + 2 * gap;
+    return QRect(QPoint(left, area.top() + legend_height),
+                 QPoint(right, area.bottom() - (fm.height() + 2 * gap)));
 }
 
 ChartTexts chart_texts(const config::LanguageTables& language) {
@@ -212,7 +267,7 @@ void draw_live_chart(QPainter& p, const QRect& area, const Samples& samples, boo
     const QLocale locale = axis_locale();
     const QFontMetrics fm = p.fontMetrics();
     const ChartRanges r = chart_ranges(samples);
-    const QRect plot = live_chart_plot_area(fm, area, r, pressure_only);
+    const QRect plot = live_chart_plot_area(fm, area, r, pressure_only, texts);
     const int o2_width = pressure_only ? 0 : widest_label(fm, r.o2, locale) + 2 * gap;
     if (plot.width() < 10 || plot.height() < 10) {
         p.restore();
@@ -251,30 +306,32 @@ void draw_live_chart(QPainter& p, const QRect& area, const Samples& samples, boo
     draw_axis_labels(p, fm, r.pressure, map, plot.right() + gap, false, chart_colour::pressure,
                      locale);
 
-    // Legend on the top line, the time axis title at its right end.
+    // Legend over the plot, the time axis title at the right end of its
+    // last line.
     struct Entry {
-        const QString& text;
         const QColor& colour;
         Qt::PenStyle style;
-        bool pressure;
     };
-    const Entry all[] = {{texts.o2, chart_colour::o2, Qt::SolidLine, false},
-                         {texts.flow, chart_colour::flow, Qt::SolidLine, false},
-                         {texts.set_flow, chart_colour::set_flow, Qt::DashLine, false},
-                         {texts.pressure, chart_colour::pressure, Qt::SolidLine, true}};
-    int x = plot.left();
-    const int baseline = area.top() + gap + fm.ascent();
-    const int mid = area.top() + gap + fm.height() / 2;
-    for (const Entry& e : all) {
-        if (pressure_only && !e.pressure)
-            continue;
-        p.setPen(QPen(e.colour, 2, e.style));
-        p.drawLine(x, mid, x + 20, mid);
+    const QStringList entries = legend_texts(texts, pressure_only);
+    const std::vector<Entry> strokes =
+        pressure_only ? std::vector<Entry>{{chart_colour::pressure, Qt::SolidLine}}
+                      : std::vector<Entry>{{chart_colour::o2, Qt::SolidLine},
+                                           {chart_colour::flow, Qt::SolidLine},
+                                           {chart_colour::set_flow, Qt::DashLine},
+                                           {chart_colour::pressure, Qt::SolidLine}};
+    const Legend legend = legend_layout(fm, entries, texts.time, plot.left(), plot.right());
+    const auto baseline = [&](int line) {
+        return area.top() + gap + line * fm.height() + fm.ascent();
+    };
+    for (std::size_t i = 0; i < strokes.size(); ++i) {
+        const LegendItem& at = legend.entries[i];
+        const int mid = area.top() + gap + at.line * fm.height() + fm.height() / 2;
+        p.setPen(QPen(strokes[i].colour, 2, strokes[i].style));
+        p.drawLine(at.x, mid, at.x + 20, mid);
         p.setPen(Qt::black);
-        p.drawText(x + 24, baseline, e.text);
-        x += 24 + fm.horizontalAdvance(e.text) + 3 * gap;
+        p.drawText(at.x + legend_stroke, baseline(at.line), entries[static_cast<qsizetype>(i)]);
     }
-    p.drawText(plot.right() - fm.horizontalAdvance(texts.time), baseline, texts.time);
+    p.drawText(legend.time.x, baseline(legend.time.line), texts.time);
 
     // Curves, clipped to the plot.
     if (!samples.empty()) {

@@ -59,9 +59,10 @@ struct ChartRanges {
 ChartRanges chart_ranges(const std::deque<device::LiveSample>& samples);
 
 // The rectangle of the curves inside `area`, given the font the diagram is
-// drawn with; axes, labels and legend lie outside it.
+// drawn with; axes, labels and legend lie outside it. A narrow diagram puts
+// its legend on more lines, and the plot starts lower.
 QRect live_chart_plot_area(const QFontMetrics& fm, const QRect& area, const ChartRanges& ranges,
-                           bool pressure_only);
+                           bool pressure_only, const ChartTexts& texts = {});
 
 // Draws the whole diagram into `area`.
 void draw_live_chart(QPainter& painter, const QRect& area,

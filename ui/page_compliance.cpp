@@ -66,6 +66,7 @@ QWidget* build_page_compliance() {
     auto* right = new QVBoxLayout;
     right->addWidget(new ComplianceChartWidget, 1);
     right->addWidget(make_label(QStringLiteral("l_compliancesummary"), 0, QString()));
+    right->addWidget(make_label(QStringLiteral("l_complianceadherence"), 0, QString()));
     right->addWidget(new ProgressRow(QStringLiteral("compliance"), true));
     layout->addLayout(right, 1);
     return page;
@@ -94,6 +95,9 @@ void refresh_page(FrmMain& form, const compliance::CompliancePage& p, bool repai
     record->setVisible(p.record_visible);
     form.control_as<QLabel>(QStringLiteral("l_compliancesummary"))
         ->setText(p.chart_shown ? p.summary_text : QString());
+    auto* adherence = form.control_as<QLabel>(QStringLiteral("l_complianceadherence"));
+    adherence->setText(p.chart_shown ? p.adherence_text : QString());
+    adherence->setVisible(!adherence->text().isEmpty());
     if (repaint_chart)
         form.control(QStringLiteral("p_compliance"))->update();
 }
@@ -125,7 +129,7 @@ void compliance_print(FrmMain& form, AppContext& ctx) {
 compliance::PrintedFor compliance_printed_for(const FrmMain& form, const AppContext& ctx) {
     const auto* patient = form.control_as<QLineEdit>(QStringLiteral("t_patient"));
     return {patient ? patient->text() : QString(), compliance::to_stamp(ctx.clock.now()),
-            ctx.compliance.prescribed_hours};
+            ctx.compliance.prescribed_hours, ctx.compliance.adherence_share};
 }
 
 void bind_page_compliance(FrmMain& form, AppContext& ctx) {

@@ -4,7 +4,7 @@
 #include "controls.h"
 #include "pages.h"
 
-#include <QFontDatabase>
+#include <QFont>
 #include <QGridLayout>
 #include <QHBoxLayout>
 #include <QLabel>
@@ -24,7 +24,7 @@ QWidget* build_page_entwickler() {
     auto* out = new QPlainTextEdit;
     out->setObjectName(QStringLiteral("out"));
     out->setReadOnly(true);
-    out->setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
+    out->setFont(fixed_pitch_font());
     layout->addWidget(out, 1);
 
     auto* command = new QHBoxLayout;

@@ -10,6 +10,7 @@
 #include <QComboBox>
 #include <QGridLayout>
 #include <QGroupBox>
+#include <QHBoxLayout>
 #include <QLabel>
 #include <QLineEdit>
 #include <QLocale>
@@ -44,8 +45,10 @@ QGroupBox* identity_frame() {
         // A full date and time fits, in any language's short form.
         fit_to_text(box, QStringLiteral("88.88.8888 88:88:88"));
         grid->addWidget(box, row, 1);
+        // A single button spans both button columns: the two narrow ones of
+        // the hours set their width, not the widest caption.
         if (b1)
-            grid->addWidget(b1, row, 2);
+            grid->addWidget(b1, row, 2, 1, b2 ? 1 : 2);
         if (b2)
             grid->addWidget(b2, row, 3);
         ++row;
@@ -112,25 +115,31 @@ QGroupBox* values_frame() {
         {"lbl_sollvolumenstrom", 11028, "Soll-Volumenstrom (l/min)", "t_sollvolumenstrom", "888.8"},
         {"lbl_druck", 11029, "Druck (hPa)", "t_druck", "88888"},
         {"lbl_c", 11030, "Schallgeschwindigkeit (m/s)", "t_c", "8888.8"},
-        {"lbl_gastemp", 11031, "Gastemperatur (°C)", "t_gastemp", "-888.8"},
+        // The compressor's temperature before the gas's: the longest
+        // captions share the first column, which keeps the box narrow.
         {"lbl_kompressortemp", 11032, "Kompressortemperatur (°C)", "t_kompressortemp", "88888"},
+        {"lbl_gastemp", 11031, "Gastemperatur (°C)", "t_gastemp", "-888.8"},
         {"lbl_spannung", 11033, "Spannung (V)", "t_spannung", "-888.8"},
         {"lbl_ventiloeffnung", 11034, "Ventilöffnung (%)", "t_ventiloeffnung", "888.8"},
         {"lbl_sensor1", 11035, "Sensor 1", "t_sensor1", "888.8"},
         {"lbl_sensor2", 11036, "Sensor 2", "t_sensor2", "888.8"},
     };
+    // Two columns of six, so that the box sits under the identity and leaves
+    // the height of the page to the diagram: the whole page fits 1024 x 768.
+    constexpr int per_column = 6;
     int row = 0;
     for (const Row& r : rows) {
+        const int column = row / per_column * 2;
         grid->addWidget(make_label(QLatin1String(r.label), r.tag, QString::fromUtf8(r.caption)),
-                        row, 0);
+                        row % per_column, column);
         QLineEdit* box = make_box(QLatin1String(r.box), true);
         box->setAlignment(Qt::AlignRight);
         fit_to_text(box, QLatin1String(r.widest));
-        grid->addWidget(box, row, 1);
+        grid->addWidget(box, row % per_column, column + 1);
         ++row;
     }
     grid->addWidget(make_label(QStringLiteral("lbl_Phasetext"), 11037, QStringLiteral("Phase")),
-                    row, 0);
+                    row % per_column, 2);
     QLabel* phase = make_label(QStringLiteral("lbl_Phase"), 0, QString());
     // Framed like the value boxes above it, and as high.
     phase->setFrameShape(QFrame::Box);
@@ -139,36 +148,40 @@ QGroupBox* values_frame() {
     phase->setMargin(2);
     phase->setMinimumHeight(QLineEdit().sizeHint().height());
     fit_to_text(phase, QStringLiteral("888"));
-    grid->addWidget(phase, row, 1);
-    grid->setRowStretch(row + 1, 1);
+    grid->addWidget(phase, row % per_column, 3);
+    grid->setRowStretch(per_column, 1);
     // Room the window grows by goes to the captions; the boxes keep their width.
     grid->setColumnStretch(0, 1);
+    grid->setColumnStretch(2, 1);
     return frame;
 }
 
 QLabel* acoustic_picture(const QString& name) {
     QLabel* pic = make_lamp(name, 0, QString());
-    pic->setFixedSize(18, 18);
+    // Room for the note it shows while the alarm sounds, in whatever face
+    // the desktop draws that sign with.
+    QLabel note(QString(QChar(0x266A)));
+    note.setFrameShape(QFrame::Box);
+    pic->setFixedSize(note.sizeHint().expandedTo(QSize(18, 18)));
     pic->setCursor(Qt::PointingHandCursor);
     return pic;
 }
 
-QWidget* lamps_column() {
-    auto* column = new QWidget;
-    auto* layout = new QVBoxLayout(column);
-    layout->setContentsMargins(0, 0, 0, 0);
-
+QGroupBox* valves_frame() {
     QGroupBox* valves = make_frame(QStringLiteral("frm_ventile"), 11038, QStringLiteral("Ventile"));
     auto* vgrid = new QGridLayout(valves);
     const char* valve_names[] = {"lbl_VentilE1", "lbl_VentilE2", "lbl_VentilA1", "lbl_VentilA2",
                                  "lbl_VentilSP"};
     const char* valve_captions[] = {"E1", "E2", "A1", "A2", "SP"};
+    // Two rows, so that the box is no wider than the alarms above it.
     for (int i = 0; i < 5; ++i)
         vgrid->addWidget(
             make_lamp(QLatin1String(valve_names[i]), 11039 + i, QLatin1String(valve_captions[i])),
-            0, i);
-    layout->addWidget(valves);
+            i / 3, i % 3);
+    return valves;
+}
 
+QGroupBox* alarms_frame() {
     QGroupBox* alarms = make_frame(QStringLiteral("frm_alarme"), 11044, QStringLiteral("Alarme"));
     auto* agrid = new QGridLayout(alarms);
     struct Alarm {
@@ -195,8 +208,11 @@ QWidget* lamps_column() {
             agrid->addWidget(acoustic_picture(QLatin1String(a.picture)), row, 1);
         ++row;
     }
-    layout->addWidget(alarms);
+    agrid->setRowStretch(row, 1);
+    return alarms;
+}
 
+QGroupBox* alarm_level_frame() {
     QGroupBox* level =
         make_frame(QStringLiteral("frm_alarmstufe"), 11053, QStringLiteral("Alarmstufe"));
     auto* lgrid = new QGridLayout(level);
@@ -206,9 +222,7 @@ QWidget* lamps_column() {
                      1);
     lgrid->addWidget(make_lamp(QStringLiteral("lbl_Alarmhigh"), 11056, QStringLiteral("hoch")), 0,
                      2);
-    layout->addWidget(level);
-    layout->addStretch(1);
-    return column;
+    return level;
 }
 
 QGroupBox* timings_frame() {
@@ -253,16 +267,32 @@ QGroupBox* timings_frame() {
 } // namespace
 
 QWidget* build_page_geraet() {
+    // Every box fits a 1024 x 768 screen without scrolling, in every language
+    // and for every model, whichever sans-serif face the desktop has. Left:
+    // the identity and the measured values under it; right: the lamps (the
+    // alarms, the valves, the alarm level) and the timings, and under them
+    // the diagram, which takes all the room the window grows by.
     auto* page = new QWidget;
     page->setObjectName(QStringLiteral("page_geraet"));
-    auto* grid = new QGridLayout(page);
-    grid->addWidget(identity_frame(), 0, 0);
-    grid->addWidget(values_frame(), 0, 1);
-    grid->addWidget(lamps_column(), 0, 2);
-    grid->addWidget(timings_frame(), 0, 3);
-    // The diagram takes all the room the window grows by.
-    grid->addWidget(new LiveChart, 1, 0, 1, 4);
-    grid->setRowStretch(1, 1);
+    auto* columns = new QHBoxLayout(page);
+    auto* left = new QVBoxLayout;
+    left->addWidget(identity_frame());
+    left->addWidget(values_frame());
+    left->addStretch(1);
+    columns->addLayout(left);
+    auto* right = new QVBoxLayout;
+    auto* boxes = new QHBoxLayout;
+    auto* lamps = new QVBoxLayout;
+    lamps->addWidget(alarms_frame());
+    lamps->addWidget(valves_frame());
+    lamps->addWidget(alarm_level_frame());
+    lamps->addStretch(1);
+    boxes->addLayout(lamps);
+    boxes->addWidget(timings_frame());
+    boxes->addStretch(1);
+    right->addLayout(boxes);
+    right->addWidget(new LiveChart, 1);
+    columns->addLayout(right, 1);
     return page;
 }
 

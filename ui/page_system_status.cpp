@@ -8,7 +8,7 @@
 #include "pages.h"
 #include "progress_row.h"
 
-#include <QFontDatabase>
+#include <QFont>
 #include <QHBoxLayout>
 #include <QPlainTextEdit>
 #include <QPushButton>
@@ -26,7 +26,7 @@ QWidget* build_page_system_status() {
     table->setObjectName(QStringLiteral("sysstatout"));
     table->setReadOnly(true);
     table->setLineWrapMode(QPlainTextEdit::NoWrap);
-    table->setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
+    table->setFont(fixed_pitch_font());
     layout->addWidget(table, 1);
 
     auto* buttons = new QHBoxLayout;

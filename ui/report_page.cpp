@@ -4,6 +4,7 @@
 #include "frm_main.h"
 #include "painter_surface.h"
 #include "printing.h"
+#include "report/report_draft.h"
 #include "report/report_file.h"
 #include "report/report_print.h"
 
@@ -34,6 +35,9 @@ void DeviceDataPicture::paintEvent(QPaintEvent* event) {
 }
 
 namespace {
+
+// Opening the page with unsaved entries: discard them?
+constexpr int text_discard_question = 8551;
 
 // The control of a report key; its name is matched without regard to case.
 QWidget* report_control(const FrmMain& form, const QString& key) {
@@ -106,6 +110,25 @@ void refresh_report(FrmMain& form, AppContext& ctx) {
     show_device_data(form, ctx);
 }
 
+void start_fresh_report(FrmMain& form, AppContext& ctx) {
+    report::take_snapshot(ctx.report, ctx.device, true);
+    report::set_report_defaults(ctx.report, ctx.clock.now());
+    show_report(form, ctx);
+}
+
+bool restore_report_draft(FrmMain& form, AppContext& ctx) {
+    std::optional<report::ReportRecord> draft = report::offer_draft(ctx);
+    if (!draft)
+        return false;
+    // The page opens on a fresh report first, then shows the draft over it:
+    // opening the page asks nothing about a report that is not there yet.
+    form.select_page(Page::protokoll);
+    ctx.report = std::move(*draft);
+    show_report(form, ctx);
+    ctx.report.report_changed = true; // restored, not saved
+    return true;
+}
+
 bool cmd_save_click(FrmMain& form, AppContext& ctx) {
     collect_report(form, ctx);
     return report::save_report(ctx);
@@ -132,8 +155,12 @@ void cmd_print_click(FrmMain& form, AppContext& ctx) {
 }
 
 void bind_protokoll_page(FrmMain& form, AppContext& ctx) {
-    // Every edit marks the report, and nothing else.
-    const auto changed = [&ctx] { ctx.report.report_changed = true; };
+    // Every edit marks the report, and a second later keeps it as a draft.
+    const auto changed = [&ctx] {
+        ctx.report.report_changed = true;
+        ctx.report_draft.edited();
+    };
+    ctx.report_draft.collect = [&form, &ctx] { collect_report(form, ctx); };
     const QStringList& keys = report::report_keys();
     for (qsizetype i = 1; i < keys.size(); ++i) {
         QWidget* control = report_control(form, keys[i]);
@@ -153,13 +180,26 @@ void bind_protokoll_page(FrmMain& form, AppContext& ctx) {
         });
 
     // Every visit to the page starts a fresh report from the present device
-    // state; what was typed on an earlier visit is dropped without a question.
+    // state. Deliberately unlike the original, which dropped what was typed
+    // without a word: a report with unsaved entries is discarded only when
+    // the technician says so (No, the default, keeps it), since changing
+    // pages must never cost a half-written report.
     QObject::connect(form.tab1(), &QTabWidget::currentChanged, &form, [&form, &ctx](int index) {
         if (index != static_cast<int>(Page::protokoll))
             return;
-        report::take_snapshot(ctx.report, ctx.device, true);
-        report::set_report_defaults(ctx.report, ctx.clock.now());
-        show_report(form, ctx);
+        collect_report(form, ctx);
+        if (ctx.report.report_changed && report::has_typed_text(ctx.report)) {
+            if (!ctx.ui.confirm_change(ctx.language.text(text_discard_question))) {
+                // Kept as it is; only a report without device data takes
+                // them from a device that has them now.
+                if (!ctx.report.device_valid())
+                    refresh_report(form, ctx);
+                return;
+            }
+            ctx.report_draft.cancel();
+            report::remove_draft(ctx);
+        }
+        start_fresh_report(form, ctx);
     });
 
     QObject::connect(form.control_as<QPushButton>(QStringLiteral("cmd_save")),

@@ -49,8 +49,15 @@ void collect_report(FrmMain& form, AppContext& ctx);
 void show_other_device_note(FrmMain& form, const AppContext& ctx);
 
 // The report's device data follows the device record (start-up, connecting,
-// a device found again).
+// a device found again); without live data it keeps its snapshot.
 void refresh_report(FrmMain& form, AppContext& ctx);
+
+// A fresh report from the present device state, dated now, on the page.
+void start_fresh_report(FrmMain& form, AppContext& ctx);
+
+// At start-up: a draft left by a crash or an earlier run is offered; when
+// the technician takes it, it is on the "Protokoll" page, unsaved. True then.
+bool restore_report_draft(FrmMain& form, AppContext& ctx);
 
 // cmd_save_Click: collect, then save; true when a file was written.
 bool cmd_save_click(FrmMain& form, AppContext& ctx);

@@ -41,23 +41,28 @@ void initialise(AppContext& ctx, const StartupOptions& options) {
         ctx.compliance.prescribed_hours = *hours;
     else
         show_msg(ctx, ctx.language.text(8401) + QLatin1Char(' ') + ctx.config.VERORDNUNG);
+    // A share that is no percentage is said once; the default stands for it.
+    if (const std::optional<double> share = config::adherence_share(ctx.config.ADHERENZ_ANTEIL))
+        ctx.compliance.adherence_share = *share;
+    else
+        show_msg(ctx, ctx.language.text(8502) + QLatin1Char(' ') + ctx.config.ADHERENZ_ANTEIL);
     ctx.comm_log.log_start = seconds_since_midnight(ctx.clock.now());
     protocol::reset_link_state(ctx);
 }
 
 void size_form(FrmMain& form) {
     const QScreen* screen = QGuiApplication::primaryScreen();
-    // Room for the whole "Gerät" page where the screen has it; on a smaller
-    // screen the pages scroll.
-    const QSize wanted(1320, 900);
-    if (!screen) {
-        form.resize(wanted);
-        return;
-    }
-    form.resize(wanted.boundedTo(screen->availableSize() * 0.95));
+    form.resize(form_size(screen ? screen->availableSize() : QSize()));
 }
 
 } // namespace
+
+QSize form_size(const QSize& available) {
+    // Room for the diagram to grow where the screen has it; the pages fit
+    // the window chosen for a 1024 x 768 screen without scrolling.
+    const QSize wanted(1320, 900);
+    return available.isValid() ? wanted.boundedTo(available * 0.95) : wanted;
+}
 
 void form_load(FrmMain& form, AppContext& ctx, const StartupOptions& options) {
     initialise(ctx, options);
@@ -67,6 +72,9 @@ void form_load(FrmMain& form, AppContext& ctx, const StartupOptions& options) {
     apply_language(form, ctx.language);
     size_form(form);
     form.select_page(Page::geraet);
+    // A report that was being typed when the program last ended without
+    // saving it (a crash, a power cut) comes back if the technician wants it.
+    restore_report_draft(form, ctx);
     protocol::connect_routine(ctx);
 }
 

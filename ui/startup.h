@@ -4,6 +4,7 @@
 
 #include "config/config_location.h"
 
+#include <QSize>
 #include <QString>
 
 namespace veltrako {
@@ -24,5 +25,9 @@ struct StartupOptions {
 };
 
 void form_load(FrmMain& form, AppContext& ctx, const StartupOptions& options);
+
+// The window's size on a screen whose free area (less its panels) is
+// `available`; without a screen, the size the pages are designed for.
+QSize form_size(const QSize& available);
 
 } // namespace veltrako::ui

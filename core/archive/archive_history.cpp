@@ -118,13 +118,16 @@ MonthTable month_table(const Periods& periods, compliance::Stamp month) {
     for (const compliance::ComplianceRecord& p : periods) {
         if (p.start >= end)
             break; // sorted by start: nothing later touches the month
-        if (p.end < start || t.last_index + 1 >= compliance::table_upper)
+        if (p.end < start || t.last_index + 2 >= compliance::table_upper)
             continue;
         r[static_cast<std::size_t>(++t.last_index)] = p;
     }
-    // The period with the latest end, wherever it lies: the days counted
-    // against a prescription end with it. Outside the month it adds nothing
-    // to the month's figures.
+    // The device's first period and the one with the latest end, wherever
+    // they lie: the days counted against a prescription begin with the one
+    // and end with the other. Outside the month they add nothing to the
+    // month's figures, and a period already in the table counts once.
+    if (!periods.empty())
+        r[static_cast<std::size_t>(++t.last_index)] = periods.front(); // sorted by start
     const auto latest = std::max_element(
         periods.begin(), periods.end(), [](const auto& a, const auto& b) { return a.end < b.end; });
     if (latest != periods.end())
@@ -146,13 +149,29 @@ std::vector<compliance::Stamp> archive_months(const Periods& periods) {
     return {months.begin(), months.end()};
 }
 
-QStringList usage_lines(const Periods& periods, double prescribed_hours, const QLocale& locale) {
+QStringList usage_lines(const Periods& periods, double prescribed_hours, double adherence_share,
+                        const QLocale& locale, compliance::Stamp running_end) {
     QStringList lines;
     for (const compliance::Stamp month : archive_months(periods)) {
         const MonthTable t = month_table(periods, month);
-        lines << compliance::month_usage_line(*t.records, t.last_index, month, prescribed_hours,
-                                              locale);
+        compliance::ComplianceState state;
+        state.last_index = t.last_index;
+        // The period with the latest end closes the table: when it was still
+        // running, the table ends as a readout's does.
+        if (running_end != 0 && t.last_index >= 0 &&
+            (*t.records)[static_cast<std::size_t>(t.last_index)].end == running_end) {
+            state.from_device = true;
+            state.record_count = t.last_index;
+        }
+        lines << compliance::month_usage_line(*t.records, state, month, prescribed_hours, locale);
     }
+    std::vector<compliance::Period> all;
+    for (const compliance::ComplianceRecord& p : periods)
+        if (p.start != 0 && p.end != 0 && p.start < p.end)
+            all.push_back({p.start, p.end});
+    if (const auto window = compliance::best_window(all, compliance::counted_days(all, running_end),
+                                                    prescribed_hours, adherence_share))
+        lines << compliance::adherence_line(*window);
     return lines;
 }
 

@@ -40,8 +40,9 @@ QString event_summary(const EventRow& e, const config::LanguageTables& language)
 QStringList csv_lines(const Periods& periods);
 
 // One month of an archive's periods as the compliance code takes them: the
-// periods that touch the month, and the device's last period, so that the
-// days counted against a prescription end where the records end.
+// periods that touch the month, and the device's first and last period, so
+// that the days counted against a prescription begin and end where the
+// records do.
 struct MonthTable {
     std::unique_ptr<compliance::ComplianceRecords> records =
         std::make_unique<compliance::ComplianceRecords>();
@@ -52,8 +53,12 @@ MonthTable month_table(const Periods& periods, compliance::Stamp month);
 
 // First days of the months with use, ascending.
 std::vector<compliance::Stamp> archive_months(const Periods& periods);
-// The "compliance" month lines over every period.
-QStringList usage_lines(const Periods& periods, double prescribed_hours, const QLocale& locale);
+// The "compliance" lines over every period: the month lines and, with a
+// prescription, the best 30 days. `running_end`: the end of the period still
+// running at the last readout (0: none), whose day is not counted, as in the
+// readout's own lines.
+QStringList usage_lines(const Periods& periods, double prescribed_hours, double adherence_share,
+                        const QLocale& locale, compliance::Stamp running_end = 0);
 
 // A month for the chart: the compliance state as the chart and its month
 // buttons need it, and the table it draws. shown_month 0 chooses the month

@@ -34,9 +34,11 @@ QString value_of(const QStringList& lines, const QString& key) {
 }
 
 // The serial number in a visit folder's name: "<SN>_<yyyy-mm-dd>", maybe
-// with "_2", "_3" for later visits of the day.
+// with "_2", "_3" for later visits of the day, and "_unvollstaendig" while
+// the visit is not complete (what it wrote is the device's all the same).
 QString serial_from_folder_name(const QString& name) {
-    static const QRegularExpression form(QStringLiteral(R"(^(.+)_\d{4}-\d{2}-\d{2}(_\d+)?$)"));
+    static const QRegularExpression form(
+        QStringLiteral(R"(^(.+)_\d{4}-\d{2}-\d{2}(_\d+)?(_unvollstaendig)?$)"));
     return form.match(name).captured(1);
 }
 

@@ -445,20 +445,29 @@ std::optional<std::vector<EventRow>> ArchiveStore::events(const QString& sn, QSt
     return rows;
 }
 
-std::optional<std::vector<compliance::ComplianceRecord>> ArchiveStore::periods(const QString& sn,
-                                                                               QString* error) {
+std::optional<std::vector<compliance::ComplianceRecord>>
+ArchiveStore::periods(const QString& sn, QString* error, compliance::Stamp* running_end) {
     if (!open(error))
         return std::nullopt;
     QSqlQuery q(database());
     q.setForwardOnly(true);
-    q.prepare(QStringLiteral(
-        "SELECT start_time, end_time FROM usage_periods WHERE sn = ? ORDER BY start_time"));
+    q.prepare(QStringLiteral("SELECT start_time, end_time, running FROM usage_periods"
+                             " WHERE sn = ? ORDER BY start_time"));
     if (!run(q, {sn}, error))
         return std::nullopt;
     std::vector<compliance::ComplianceRecord> periods;
-    while (q.next())
+    compliance::Stamp latest_end = 0;
+    bool latest_running = false;
+    while (q.next()) {
         periods.push_back({stamp_from_archive(q.value(0).toLongLong()),
                            stamp_from_archive(q.value(1).toLongLong())});
+        if (periods.back().end >= latest_end) {
+            latest_end = periods.back().end;
+            latest_running = q.value(2).toInt() != 0;
+        }
+    }
+    if (running_end)
+        *running_end = latest_running ? latest_end : 0;
     return periods;
 }
 

@@ -109,9 +109,11 @@ public:
     bool has_device(const QString& sn, QString* error);
     // Oldest first.
     std::optional<std::vector<EventRow>> events(const QString& sn, QString* error);
-    // Every archived period of the device, by start.
-    std::optional<std::vector<compliance::ComplianceRecord>> periods(const QString& sn,
-                                                                     QString* error);
+    // Every archived period of the device, by start. `running_end`, when
+    // given, becomes the end of the period with the latest end if that one
+    // was still running at its readout (the readout's day), else 0.
+    std::optional<std::vector<compliance::ComplianceRecord>>
+    periods(const QString& sn, QString* error, compliance::Stamp* running_end = nullptr);
     // Visits, and reports filed outside a visit, oldest first.
     std::optional<std::vector<VisitRow>> visits(const QString& sn, QString* error);
     // When each status entry of the device was first archived (PC time).

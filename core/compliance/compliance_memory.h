@@ -4,6 +4,8 @@
 // monthly chart, and what the "Compliance" page shows. One instance lives in
 // the application context.
 
+#include "config/config.h"
+#include "progress/deadline.h"
 #include "progress/progress.h"
 
 #include <QString>
@@ -66,6 +68,25 @@ struct CompliancePage {
     bool record_visible = false;
     bool chart_shown = false; // p_compliance holds the chart of shown_month
     QString summary_text;     // the month summary under the chart
+    // The best 30 days against the prescription, under the summary; empty
+    // without a prescription.
+    QString adherence_text;
+};
+
+// What a running readout waits for: the count ("K") or one record ("k"),
+// asked for last at asked_ms.
+struct ReadoutWait {
+    static constexpr int count = -1;
+    int record = count;
+    qint64 asked_ms = 0;
+    int repetitions = 0; // asked again by the readout
+
+    // Runs out when the count or the record has not come in the time of its
+    // request and three repetitions.
+    progress::Deadline give_up;
+    // A failure is said in a message box (the page's button, the command
+    // line); a visit says it in its own result instead.
+    bool tell_failure = true;
 };
 
 struct ComplianceMemory {
@@ -75,12 +96,19 @@ struct ComplianceMemory {
     // A readout from the device: records read of the records asked for.
     // Cancelled, it keeps the number read until the table is cleared.
     progress::Progress readout;
+    ReadoutWait wait;
+    // Why the last readout failed, in the user's language; empty when it
+    // did not. Kept until the next readout starts.
+    QString failure;
     // Called after the page's values changed.
     std::function<void()> page_changed;
     // Hours of use a day the patient is prescribed; 0: none. Set at start-up
     // from the configuration (or the command line) and kept while tables come
     // and go.
     double prescribed_hours = 0;
+    // The share of days, in percent, that the best 30 days must meet the
+    // prescription on (ADHERENZ_ANTEIL, --adherence-share).
+    double adherence_share = config::default_adherence_share;
 };
 
 } // namespace veltrako::compliance

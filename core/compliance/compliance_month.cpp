@@ -16,17 +16,19 @@ constexpr int text_prescription = 8400;
 
 const qint64 origin_julian_day = QDate(1899, 12, 30).toJulianDay();
 
-qint64 day_of(Stamp s) {
-    // Stamps before the origin do not occur; floor division keeps them sane anyway.
-    return s >= 0 ? s / seconds_per_day : -((-s + seconds_per_day - 1) / seconds_per_day);
-}
-
 QDate date_of(Stamp s) {
-    return QDate::fromJulianDay(origin_julian_day + day_of(s));
+    return QDate::fromJulianDay(origin_julian_day + day_number(s));
 }
 
 Stamp stamp_of(const QDate& d) {
     return (d.toJulianDay() - origin_julian_day) * seconds_per_day;
+}
+
+qint64 seconds_of(const std::vector<Period>& periods) {
+    qint64 seconds = 0;
+    for (const Period& p : periods)
+        seconds += p.end - p.start;
+    return seconds;
 }
 
 } // namespace
@@ -40,7 +42,7 @@ Stamp to_stamp(const QDateTime& t) {
 QDateTime from_stamp(Stamp s) {
     if (s == 0)
         return {};
-    const Stamp day = day_of(s);
+    const Stamp day = day_number(s);
     return QDateTime(date_of(s), QTime(0, 0), Qt::UTC).addSecs(s - day * seconds_per_day);
 }
 
@@ -54,8 +56,7 @@ Stamp month_start_of(Stamp s) {
 }
 
 Stamp add_months(Stamp s, int months) {
-    const Stamp day_start = day_of(s) * seconds_per_day;
-    return stamp_of(date_of(s).addMonths(months)) + (s - day_start);
+    return stamp_of(date_of(s).addMonths(months)) + (s - day_start(day_number(s)));
 }
 
 std::optional<Period> clip_to_month(const ComplianceRecord& r, Stamp month_start, Stamp month_end) {
@@ -100,7 +101,6 @@ Month compliance_month_pass(ComplianceState& state, const ComplianceRecords& rec
     }
     Month m = month_periods(records, last, state.shown_month);
     state.shown_month = m.start;
-    qint64 seconds = 0;
     for (int i = 0; i <= last; ++i) {
         const ComplianceRecord& r = records[static_cast<std::size_t>(i)];
         if (r.start > r.end)
@@ -110,49 +110,28 @@ Month compliance_month_pass(ComplianceState& state, const ComplianceRecords& rec
         if (r.end != 0 && r.end >= m.end)
             state.has_next_month = true;
     }
-    for (const Period& p : m.periods)
-        seconds += p.end - p.start;
-    state.total_hours = static_cast<double>(seconds) / 3600.0;
+    // Deliberately each moment once: adding the periods as they stand would
+    // count the ring-wrap duplicate of the readout, or a day the device
+    // clock went back over, twice.
+    state.total_hours = static_cast<double>(seconds_of(merged_periods(m.periods))) / 3600.0;
     return m;
 }
 
 MonthSummary summarise(const Month& month) {
     MonthSummary s;
-    qint64 seconds = 0;
-    std::vector<bool> used(static_cast<std::size_t>(month.days), false);
-    for (const Period& p : month.periods) {
-        seconds += p.end - p.start;
-        if (p.end <= p.start)
-            continue;
-        // Days touched by [start, end): the end itself belongs to no use.
-        const qint64 first = (p.start - month.start) / seconds_per_day;
-        const qint64 last = (p.end - 1 - month.start) / seconds_per_day;
-        for (qint64 d = first; d <= last && d < month.days; ++d)
-            used[static_cast<std::size_t>(d)] = true;
-    }
-    s.total_hours = static_cast<double>(seconds) / 3600.0;
-    s.days_used = static_cast<int>(std::count(used.begin(), used.end(), true));
+    // Overlapping stretches count once, in the hours as in the days.
+    const std::vector<Period> merged = merged_periods(month.periods);
+    const std::vector<qint64> seconds = use_per_day(merged, day_number(month.start), month.days);
+    s.total_hours = static_cast<double>(seconds_of(merged)) / 3600.0;
+    s.days_used = static_cast<int>(
+        std::count_if(seconds.begin(), seconds.end(), [](qint64 v) { return v > 0; }));
     if (s.days_used > 0)
         s.mean_hours_per_day_used = s.total_hours / s.days_used;
-
-    // Overlapping or touching stretches count as one use; the pauses lie between.
-    std::vector<Period> sorted;
-    for (const Period& p : month.periods)
-        if (p.end > p.start)
-            sorted.push_back(p);
-    std::sort(sorted.begin(), sorted.end(),
-              [](const Period& a, const Period& b) { return a.start < b.start; });
-    if (!sorted.empty()) {
-        Stamp covered_to = sorted.front().end;
-        qint64 longest = -1;
-        for (std::size_t i = 1; i < sorted.size(); ++i) {
-            if (sorted[i].start > covered_to)
-                longest = std::max(longest, sorted[i].start - covered_to);
-            covered_to = std::max(covered_to, sorted[i].end);
-        }
-        if (longest >= 0)
-            s.longest_gap_hours = static_cast<double>(longest) / 3600.0;
-    }
+    qint64 longest = -1;
+    for (std::size_t i = 1; i < merged.size(); ++i)
+        longest = std::max(longest, merged[i].start - merged[i - 1].end);
+    if (longest >= 0)
+        s.longest_gap_hours = static_cast<double>(longest) / 3600.0;
     return s;
 }
 
@@ -167,42 +146,14 @@ QString summary_text(const MonthSummary& s, const config::LanguageTables& langua
            language.text(6014) + QStringLiteral(": ") + gap;
 }
 
-PrescriptionDays prescription_days(const Month& month, double hours, Stamp last_end) {
-    PrescriptionDays d;
-    if (month.days <= 0 || last_end <= month.start)
-        return d;
-    // The end itself is no use: a record ending at midnight leaves that day out.
-    const qint64 last_day = (last_end - 1 - month.start) / seconds_per_day;
-    d.counted = static_cast<int>(std::min<qint64>(last_day + 1, month.days));
-    std::vector<qint64> seconds(static_cast<std::size_t>(month.days), 0);
-    for (const Period& p : month.periods) {
-        for (Stamp from = p.start; from < p.end;) {
-            const qint64 day = (from - month.start) / seconds_per_day;
-            if (day < 0 || day >= month.days)
-                break;
-            const Stamp day_end = month.start + (day + 1) * seconds_per_day;
-            const Stamp to = std::min(p.end, day_end);
-            seconds[static_cast<std::size_t>(day)] += to - from;
-            from = to;
-        }
-    }
-    // Whole seconds, so that 15 h means 54000 s and not a rounding error short of it.
-    const qint64 needed = std::llround(hours * 3600.0);
-    for (int day = 0; day < d.counted; ++day)
-        if (seconds[static_cast<std::size_t>(day)] >= needed)
-            ++d.meeting;
-    return d;
-}
-
-Stamp last_record_end(const ComplianceRecords& records, int last_index) {
-    Stamp last = 0;
-    const int end = std::clamp(last_index, -1, table_upper);
-    for (int i = 0; i <= end; ++i) {
-        const ComplianceRecord& r = records[static_cast<std::size_t>(i)];
-        if (r.start != 0 && r.end > r.start)
-            last = std::max(last, r.end);
-    }
-    return last;
+PrescriptionDays prescription_days(const ComplianceRecords& records, const ComplianceState& state,
+                                   Stamp month, double hours) {
+    const Stamp first = month_start_of(month);
+    const DayRange in_month{day_number(first), day_number(add_months(first, 1)) - 1};
+    const DayRange days = counted_days(records, state).within(in_month);
+    const std::vector<DayRange> meeting =
+        days_meeting(merged_periods(record_periods(records, state.last_index)), hours);
+    return {static_cast<int>(meeting_in(meeting, days)), static_cast<int>(days.count())};
 }
 
 QString prescription_text(const PrescriptionDays& days, double hours,
@@ -216,31 +167,30 @@ QString prescription_text(const PrescriptionDays& days, double hours,
              device::format_value(days.counted, 0, locale), percent);
 }
 
-QString month_summary_line(const Month& month, const ComplianceRecords& records, int last_index,
-                           double hours, const config::LanguageTables& language,
-                           const QLocale& locale) {
+QString month_summary_line(const Month& month, const ComplianceRecords& records,
+                           const ComplianceState& state, double hours,
+                           const config::LanguageTables& language, const QLocale& locale) {
     QString line = summary_text(summarise(month), language, locale);
     if (hours > 0)
-        line +=
-            QStringLiteral("   ") +
-            prescription_text(prescription_days(month, hours, last_record_end(records, last_index)),
-                              hours, language, locale);
+        line += QStringLiteral("   ") +
+                prescription_text(prescription_days(records, state, month.start, hours), hours,
+                                  language, locale);
     return line;
 }
 
-QString month_usage_line(const ComplianceRecords& records, int last_index, Stamp month,
-                         double hours, const QLocale& locale) {
-    const Month m = month_periods(records, last_index, month);
+QString month_usage_line(const ComplianceRecords& records, const ComplianceState& state,
+                         Stamp month, double hours, const QLocale& locale) {
+    const Month m = month_periods(records, state.last_index, month);
     const MonthSummary s = summarise(m);
     QString line = from_stamp(month).toString(QStringLiteral("yyyy-MM")) + QLatin1Char('|') +
                    device::format_value(s.total_hours, 1, locale) + QLatin1Char('|') +
                    device::format_value(s.days_used, 0, locale) + QLatin1Char('|') +
                    device::format_value(s.mean_hours_per_day_used, 1, locale);
-    if (hours > 0)
-        line += QLatin1Char('|') +
-                device::format_value(
-                    prescription_days(m, hours, last_record_end(records, last_index)).meeting, 0,
-                    locale);
+    if (hours > 0) {
+        const PrescriptionDays d = prescription_days(records, state, m.start, hours);
+        line += QLatin1Char('|') + device::format_value(d.meeting, 0, locale) + QLatin1Char('|') +
+                device::format_value(d.counted, 0, locale);
+    }
     return line;
 }
 

@@ -3,7 +3,9 @@
 // each record clipped to that month, the month's usage in hours, whether
 // there is use before or after it, and the summary a home-care provider
 // asks for first (days with use, mean hours on those days, longest pause).
+// Every sum counts each moment of use once (compliance_days.h).
 
+#include "compliance/compliance_days.h"
 #include "compliance/compliance_memory.h"
 
 #include <QDateTime>
@@ -30,13 +32,6 @@ Stamp month_start_of(Stamp s);
 // `s` moved by `months` calendar months (the day held to the month's end).
 Stamp add_months(Stamp s, int months);
 
-// A stretch of use inside one month.
-struct Period {
-    Stamp start = 0;
-    Stamp end = 0;
-    friend bool operator==(const Period&, const Period&) = default;
-};
-
 // The part of `r` inside [month_start, month_end). Nothing for a record with
 // an empty time, one that starts after it ends, or one wholly outside.
 std::optional<Period> clip_to_month(const ComplianceRecord& r, Stamp month_start, Stamp month_end);
@@ -45,6 +40,7 @@ struct Month {
     Stamp start = 0; // 00:00 on the 1st
     Stamp end = 0;   // 00:00 on the 1st of the next month
     int days = 0;    // 28 to 31
+    // Clipped to the month, in table order (the chart draws each of them).
     std::vector<Period> periods;
 };
 
@@ -74,19 +70,16 @@ QString summary_text(const MonthSummary& s, const config::LanguageTables& langua
                      const QLocale& locale);
 
 // Measured against a prescription of `hours` a day: the days of the month on
-// which the use reached it (exactly `hours` counts), of the days counted.
-// Counted are the days from the 1st up to the day of the last record's end;
-// a month that lies wholly before that day counts all its days, so a month
-// read in the middle is not judged on days that have not come yet.
+// which the use reached it (exactly `hours` counts), of the month's days that
+// count (counted_days: none before the patient's first record, none that
+// has not come yet, not the day of the readout while it runs).
 struct PrescriptionDays {
     int meeting = 0;
     int counted = 0;
 };
 
-PrescriptionDays prescription_days(const Month& month, double hours, Stamp last_end);
-
-// The latest end of records 0..last_index; 0 when there is none.
-Stamp last_record_end(const ComplianceRecords& records, int last_index);
+PrescriptionDays prescription_days(const ComplianceRecords& records, const ComplianceState& state,
+                                   Stamp month, double hours);
 
 // "Tage ≥ H h: N von D (P %)" in the user's language and locale.
 QString prescription_text(const PrescriptionDays& days, double hours,
@@ -94,15 +87,16 @@ QString prescription_text(const PrescriptionDays& days, double hours,
 
 // The month's summary line of the page and the printout: summary_text, and
 // the prescription's days when one is set (`hours` above 0).
-QString month_summary_line(const Month& month, const ComplianceRecords& records, int last_index,
-                           double hours, const config::LanguageTables& language,
-                           const QLocale& locale);
+QString month_summary_line(const Month& month, const ComplianceRecords& records,
+                           const ComplianceState& state, double hours,
+                           const config::LanguageTables& language, const QLocale& locale);
 
 // One month as scripts and the visit's file read it:
 // "yyyy-mm|hours|days used|mean hours per day used", and with a prescription
-// (`hours` above 0) "|days meeting it". Numbers in `locale`'s form.
-QString month_usage_line(const ComplianceRecords& records, int last_index, Stamp month,
-                         double hours, const QLocale& locale);
+// (`hours` above 0) "|days meeting it|days counted". Numbers in `locale`'s
+// form.
+QString month_usage_line(const ComplianceRecords& records, const ComplianceState& state,
+                         Stamp month, double hours, const QLocale& locale);
 
 // First days of every month with use, ascending.
 std::vector<Stamp> months_with_use(const ComplianceRecords& records, int last_index);

@@ -99,11 +99,17 @@ void compliance_print_page(print::DrawingSurface& surface, ComplianceState& stat
     surface.set_font_size(11);
     surface.set_bold(false);
     surface.move_to(0, top + height + surface.text_height(tall));
-    print::print_line(
-        surface,
-        markup_safe(month_summary_line(month, records, state.last_index,
-                                       printed_for.prescribed_hours, language, locale)),
-        {margin}, print_page_left);
+    // The summary, the prescription's days and the best 30 days on lines of
+    // their own: together they are wider than the page.
+    QStringList summary{summary_text(summarise(month), language, locale)};
+    const double hours = printed_for.prescribed_hours;
+    if (hours > 0)
+        summary << prescription_text(prescription_days(records, state, month.start, hours), hours,
+                                     language, locale);
+    if (const auto window = best_window(records, state, hours, printed_for.adherence_share))
+        summary << adherence_text(*window, hours, printed_for.adherence_share, language, locale);
+    for (const QString& line : summary)
+        print::print_line(surface, markup_safe(line), {margin}, print_page_left);
 
     // Whose usage: one line each, captions in a column and values after
     // them, printed as they stand (a patient's name may hold a quote, which

@@ -1,11 +1,13 @@
 #pragma once
 // The printed compliance page: a title line, the chart of the shown month
-// across the page, the month's summary, the lines that say whose usage it is
+// across the page, the month's summary (and with a prescription the best 30
+// days), the lines that say whose usage it is
 // (device, month, hours, print date, patient) and, at the foot, the lines to
 // sign on as on the inspection report. A printed month must be told apart
 // from another device's without the screen beside it.
 
 #include "compliance/compliance_chart.h"
+#include "config/config.h"
 
 #include <QLocale>
 #include <QString>
@@ -25,6 +27,8 @@ struct PrintedFor {
     Stamp printed = 0; // the print date
     // The prescription the month is measured against (hours a day); 0: none.
     double prescribed_hours = 0;
+    // The share of days, in percent, the best 30 days must meet it on.
+    double adherence_share = config::default_adherence_share;
 };
 
 // The title line's text: "Compliance", and for "Testdaten" that it shows

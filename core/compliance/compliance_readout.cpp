@@ -21,6 +21,10 @@ namespace {
 
 // Tag of l_recordnumber; its caption comes from the language file.
 constexpr int record_label_tag = 11102;
+// "... not read completely: no valid answer for record %1 (records 0 to %2)."
+constexpr int text_record_missing = 8500;
+// "... not read completely: no valid answer giving the number of records."
+constexpr int text_count_missing = 8501;
 
 void notify(ComplianceMemory& memory) {
     if (memory.page_changed)
@@ -78,6 +82,55 @@ void finish_readout(AppContext& ctx) {
     }
 }
 
+QByteArray request_for(int record) {
+    return record == ReadoutWait::count
+               ? protocol::cmd::compliance_count()
+               : protocol::cmd::compliance_record(static_cast<std::uint16_t>(record));
+}
+
+// Asks for the count or a record for the first time. Its request and three
+// repetitions get the answer time-out each; whatever mix of silence and
+// unusable answers meets them, the record is given up one time-out later.
+void ask_for(AppContext& ctx, int record) {
+    ReadoutWait& w = ctx.compliance.wait;
+    w.record = record;
+    w.repetitions = 0;
+    w.asked_ms = ctx.clock.elapsed_ms();
+    w.give_up.arm(w.asked_ms, 5 * protocol::answer_timeout_ms(ctx));
+    protocol::queue_command(ctx, request_for(record));
+}
+
+bool queued(const protocol::ProtocolState& p, const QByteArray& request) {
+    const auto waiting = p.send_queue.begin() + 1;
+    return std::find(waiting, waiting + p.queue_count, request) != waiting + p.queue_count;
+}
+
+void fail_readout(AppContext& ctx, bool on_the_wire) {
+    ComplianceMemory& m = ctx.compliance;
+    protocol::drop_queued(ctx, 'K');
+    protocol::drop_queued(ctx, 'k');
+    const QLocale locale;
+    m.failure = m.wait.record == ReadoutWait::count
+                    ? ctx.language.text(text_count_missing)
+                    : ctx.language.text(text_record_missing)
+                          .arg(device::format_value(m.wait.record, 0, locale),
+                               device::format_value(std::min(m.state.record_count, table_upper), 0,
+                                                    locale));
+    m.wait.give_up.disarm();
+    m.page.record_visible = false;
+    m.readout.fail(ctx.clock.elapsed_ms());
+    compliance_buttons(ctx, link_enabled(ctx));
+    if (m.wait.tell_failure) {
+        ctx.ui.show_msg(m.failure, MsgIcon::critical);
+        // The time spent reading it is not the device's silence.
+        protocol::restart_answer_clock(ctx);
+    }
+    // The record is given up, not the device: the poll cycle goes on, and
+    // its own time-out still notices a device that has gone silent.
+    if (on_the_wire)
+        protocol::give_up_outstanding(ctx);
+}
+
 } // namespace
 
 bool link_enabled(const AppContext& ctx) {
@@ -96,6 +149,7 @@ void install_compliance(AppContext& ctx) {
     ctx.hooks.compliance_answer = [&ctx](const QByteArray& payload) {
         compliance_answer(ctx, payload);
     };
+    ctx.hooks.answer_watch = [&ctx] { watch_readout(ctx); };
     ctx.hooks.link_reset = [&ctx] {
         compliance_clear(ctx.compliance);
         compliance_buttons(ctx, link_enabled(ctx));
@@ -107,6 +161,8 @@ void compliance_clear(ComplianceMemory& memory) {
     memory.state = ComplianceState{};
     memory.page.chart_shown = false;
     memory.page.summary_text.clear();
+    memory.page.adherence_text.clear();
+    memory.wait = ReadoutWait{};
     // Whatever ends the table's contents ends a readout too.
     memory.page.record_visible = false;
     memory.readout.reset();
@@ -136,33 +192,74 @@ void compliance_show(AppContext& ctx) {
     ComplianceMemory& m = ctx.compliance;
     const Month month = compliance_month_pass(m.state, m.records, to_stamp(ctx.clock.now()));
     m.page.chart_shown = true;
-    m.page.summary_text = month_summary_line(month, m.records, m.state.last_index,
-                                             m.prescribed_hours, ctx.language, QLocale());
+    m.page.summary_text =
+        month_summary_line(month, m.records, m.state, m.prescribed_hours, ctx.language, QLocale());
+    const auto window = best_window(m.records, m.state, m.prescribed_hours, m.adherence_share);
+    m.page.adherence_text = window ? adherence_text(*window, m.prescribed_hours, m.adherence_share,
+                                                    ctx.language, QLocale())
+                                   : QString();
     compliance_buttons(ctx, link_enabled(ctx));
 }
 
-void cmd_complianceread_Click(AppContext& ctx) {
+void start_readout(AppContext& ctx, bool tell_failure) {
     if (ctx.link.device_handle == 0)
         return;
     ComplianceMemory& m = ctx.compliance;
     if (m.readout.running())
         return;
     compliance_clear(m);
+    m.failure.clear();
+    m.wait.tell_failure = tell_failure;
     ctx.protocol.paced_reads = false;
     m.readout.start(ctx.clock.elapsed_ms());
     compliance_buttons(ctx, link_enabled(ctx));
     m.page.record_caption = ctx.language.text(record_label_tag);
     m.page.record_visible = true;
     notify(m);
-    protocol::queue_command(ctx, protocol::cmd::compliance_count());
-    protocol::queue_command(
-        ctx, protocol::cmd::compliance_record(static_cast<std::uint16_t>(m.state.read_index)));
+    // Record 0 is asked for once the count has come: a record before the
+    // count could not be told from the running period.
+    ask_for(ctx, ReadoutWait::count);
+}
+
+void cmd_complianceread_Click(AppContext& ctx) {
+    start_readout(ctx, true);
+}
+
+void watch_readout(AppContext& ctx) {
+    ComplianceMemory& m = ctx.compliance;
+    if (!m.readout.running())
+        return;
+    ReadoutWait& w = m.wait;
+    const protocol::ProtocolState& p = ctx.protocol;
+    const QByteArray request = request_for(w.record);
+    const qint64 now = ctx.clock.elapsed_ms();
+    const bool on_the_wire = p.waiting_reply && p.last_command == request;
+    // No answer at all: the poll cycle repeats the request three times and
+    // then gives the device up. The readout gives the record up first, so
+    // that the person learns which record is missing.
+    const bool unanswered = on_the_wire && p.retry_count >= 3 && protocol::answer_overdue(ctx);
+    if (w.give_up.expired(now) || unanswered) {
+        fail_readout(ctx, on_the_wire);
+        return;
+    }
+    if (on_the_wire || queued(p, request) || now - w.asked_ms < protocol::answer_timeout_ms(ctx))
+        return;
+    // Answered, but with nothing the readout could take (late, twice,
+    // another record, refused by the interpreter): asked again, three times.
+    if (w.repetitions >= 3) {
+        fail_readout(ctx, false);
+        return;
+    }
+    w.repetitions += 1;
+    w.asked_ms = now;
+    protocol::queue_command(ctx, request);
 }
 
 void compliance_cancel(AppContext& ctx) {
     ComplianceMemory& m = ctx.compliance;
     if (!m.readout.running())
         return;
+    m.wait.give_up.disarm();
     // The request on the wire, if any, is answered and ignored.
     protocol::drop_queued(ctx, 'K');
     protocol::drop_queued(ctx, 'k');
@@ -181,51 +278,64 @@ Stamp device_time(const QByteArray& payload, int position) {
 void compliance_answer(AppContext& ctx, const QByteArray& payload) {
     ComplianceMemory& m = ctx.compliance;
     ComplianceState& s = m.state;
-    if (m.readout.phase() == progress::Phase::cancelled)
-        return;
     const protocol::PayloadReader r(payload);
     if (payload.startsWith('K')) {
-        s.record_count = r.be16_signed(2);
+        const int count = r.be16_signed(2);
+        if (!m.readout.running() || m.wait.record != ReadoutWait::count)
+            return;
+        s.record_count = count;
         // Records 0 to the count are asked for, as far as the table reaches.
         m.readout.set_total(std::min(s.record_count, table_upper) + 1, ctx.clock.elapsed_ms());
+        s.read_index = 0;
+        ask_for(ctx, 0);
         return;
     }
     const int number = r.be16_signed(2);
     const Stamp start = device_time(payload, 4);
     const Stamp end = device_time(payload, 8);
-    if (s.read_index < 0 || s.read_index > table_upper)
-        throw protocol::InterpretError("record index outside the table");
-    if (number != s.read_index) {
-        // The record is kept at the index asked for; the log notes the difference.
+    // Deliberately stored at the index the answer's own number names, and
+    // only while the readout waits for exactly that record. Storing every
+    // answer at the index asked last, whatever number it carries, lets one
+    // answer that comes after its repetition was sent shift every record
+    // behind it by one: the last one is never asked for, the one before it
+    // is stretched to "now", and months of use appear that never happened.
+    const bool awaited =
+        m.readout.running() && m.wait.record != ReadoutWait::count && number == m.wait.record;
+    if (!awaited) {
+        // Late, twice, another record, or after a cancel: the log notes the
+        // record waited for and the one received, and nothing else changes.
         QString& log = ctx.comm_log.comm_log;
         log += QStringLiteral("\r\n") + QString::number(s.read_index) + QLatin1Char('/') +
                QString::number(number);
         if (log.size() > protocol::comm_log_limit)
             log.truncate(protocol::comm_log_kept);
         // A device that answers out of step is not read at full speed.
-        ctx.protocol.paced_reads = true;
+        if (m.readout.running())
+            ctx.protocol.paced_reads = true;
+        return;
     }
-    ComplianceRecord& record = m.records[static_cast<std::size_t>(s.read_index)];
+    ComplianceRecord& record = m.records[static_cast<std::size_t>(number)];
     record = {start, end};
     const QLocale locale;
     m.page.record_caption = ctx.language.text(record_label_tag) +
-                            device::format_value(s.read_index, 0, locale) + QStringLiteral(" / ") +
+                            device::format_value(number, 0, locale) + QStringLiteral(" / ") +
                             device::format_value(s.record_count, 0, locale);
     // The device's ring holds a power of two of records; asked past its end
     // it answers with its first record again. That duplicate stays as the
     // last entry.
-    const bool wrapped = is_ring_size(s.read_index) && record == m.records[0];
-    s.last_index = s.read_index;
-    if (s.read_index == s.record_count)
+    const bool wrapped = is_ring_size(number) && record == m.records[0];
+    s.last_index = number;
+    // The running period is the record the count names, and only that one.
+    if (number == s.record_count)
         record.end = running_period_end(ctx, record.start);
     notify(m);
-    m.readout.advance(s.read_index + 1, ctx.clock.elapsed_ms());
-    if (s.read_index < table_upper && !wrapped && s.read_index < s.record_count) {
-        s.read_index += 1;
-        protocol::queue_command(
-            ctx, protocol::cmd::compliance_record(static_cast<std::uint16_t>(s.read_index)));
+    m.readout.advance(number + 1, ctx.clock.elapsed_ms());
+    if (number < table_upper && !wrapped && number < s.record_count) {
+        s.read_index = number + 1;
+        ask_for(ctx, s.read_index);
         return;
     }
+    m.wait.give_up.disarm();
     finish_readout(ctx);
 }
 

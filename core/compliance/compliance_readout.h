@@ -35,14 +35,24 @@ void compliance_buttons(AppContext& ctx, bool enable);
 // has the page draw the chart.
 void compliance_show(AppContext& ctx);
 
-// "Speicher auslesen": asks for the count, then for record 0. Does nothing
-// while a readout runs.
+// Asks for the count, then for the records 0 up to it, one after the other.
+// Does nothing without a device or while a readout runs. `tell_failure`: a
+// readout that gives up says so in a message; otherwise only `failure` holds
+// it, for the caller to say.
+void start_readout(AppContext& ctx, bool tell_failure);
+// "Speicher auslesen": start_readout, telling a failure.
 void cmd_complianceread_Click(AppContext& ctx);
+// Every tick while a readout runs: a request whose answer has not come, or
+// came as nothing it could take, is asked again up to three times; then the
+// readout fails, naming what is missing, with nothing to save or print.
+void watch_readout(AppContext& ctx);
 // "Abbrechen" during a readout: no further record is asked for; the records
 // read so far stay in the table, with no chart and nothing to save or print.
 void compliance_cancel(AppContext& ctx);
 // A "K" or "k" answer. Throws protocol::InterpretError on a malformed one.
-// After a cancelled readout, answers still on their way are ignored.
+// A record is taken only as the one its own number names, and only while
+// the readout waits for exactly that one; every other answer (late, twice,
+// another record, after a cancel) is logged and ignored.
 void compliance_answer(AppContext& ctx, const QByteArray& payload);
 // "Speicher löschen", after an OK/Cancel question.
 void cmd_compliancedelete_Click(AppContext& ctx);

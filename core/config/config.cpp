@@ -17,6 +17,7 @@ constexpr QLatin1String key_initdir("INITDIR");
 constexpr QLatin1String key_autosave("AUTOSAVE");
 constexpr QLatin1String key_autosavedir("AUTOSAVEDIR");
 constexpr QLatin1String key_verordnung("VERORDNUNG");
+constexpr QLatin1String key_adherenz("ADHERENZ_ANTEIL");
 constexpr QLatin1String key_archiv("ARCHIV");
 constexpr QLatin1String key_archiv_server("ARCHIV_SERVER");
 constexpr QLatin1String key_wartung_monate("WARTUNG_MONATE");
@@ -30,6 +31,7 @@ bool apply_line(Config& config, const QString& line) {
                           : key == key_autosave        ? &config.AUTOSAVE
                           : key == key_autosavedir     ? &config.AUTOSAVEDIR
                           : key == key_verordnung      ? &config.VERORDNUNG
+                          : key == key_adherenz        ? &config.ADHERENZ_ANTEIL
                           : key == key_archiv          ? &config.ARCHIV
                           : key == key_archiv_server   ? &config.ARCHIV_SERVER
                           : key == key_wartung_monate  ? &config.WARTUNG_MONATE
@@ -121,6 +123,8 @@ bool save_config(const Config& config, const QString& path) {
     // the person who typed it sees it again; a file without it stays without.
     if (!config.VERORDNUNG.isEmpty())
         lines << line(key_verordnung, config.VERORDNUNG);
+    if (!config.ADHERENZ_ANTEIL.isEmpty())
+        lines << line(key_adherenz, config.ADHERENZ_ANTEIL);
     if (!config.ARCHIV.isEmpty())
         lines << line(key_archiv, config.ARCHIV);
     if (!config.ARCHIV_SERVER.isEmpty())
@@ -132,23 +136,35 @@ bool save_config(const Config& config, const QString& path) {
     return write_text_lines(path, lines);
 }
 
-std::optional<double> prescribed_hours(const QString& text) {
-    const QString t = text.trimmed();
-    if (t.isEmpty())
-        return 0.0;
-    // "15.5" reads the same on every system; "15,5" where that is the form.
+namespace {
+
+// A number from `low` to `high`, "15.5" as on every system or "15,5" where
+// that is the form.
+std::optional<double> number_within(const QString& t, double low, double high) {
     QLocale c = QLocale::c();
     c.setNumberOptions(QLocale::RejectGroupSeparator);
     bool ok = false;
-    double hours = c.toDouble(t, &ok);
+    double value = c.toDouble(t, &ok);
     if (!ok) {
         const std::optional<double> local = text_to_number(t);
         ok = local.has_value();
-        hours = local.value_or(0);
+        value = local.value_or(0);
     }
-    if (!ok || !(hours >= 0 && hours <= 24))
+    if (!ok || !(value >= low && value <= high))
         return std::nullopt;
-    return hours;
+    return value;
+}
+
+} // namespace
+
+std::optional<double> prescribed_hours(const QString& text) {
+    const QString t = text.trimmed();
+    return t.isEmpty() ? 0.0 : number_within(t, 0, 24);
+}
+
+std::optional<double> adherence_share(const QString& text) {
+    const QString t = text.trimmed();
+    return t.isEmpty() ? default_adherence_share : number_within(t, 0, 100);
 }
 
 } // namespace veltrako::config

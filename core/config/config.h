@@ -24,6 +24,9 @@ struct Config {
     // Prescribed hours of use a day, as the file holds it; empty when the
     // file has no such line. prescribed_hours() reads it.
     QString VERORDNUNG;
+    // The share of days, in percent, the best 30 days must meet the
+    // prescription on; empty: the default. adherence_share() reads it.
+    QString ADHERENZ_ANTEIL;
     // The archive file; "none" turns the archive off; empty: where the
     // location puts it (config_location.h). Written back only when set.
     QString ARCHIV;
@@ -36,10 +39,16 @@ struct Config {
     QString WARTUNG_STUNDEN;
 };
 
+inline constexpr double default_adherence_share = 70;
+
 // The prescribed hours of `text` (VERORDNUNG or --prescribed-hours): 0 for an
 // empty text (none), the number for 0 to 24 (with "." or the locale's decimal
 // separator), nothing for anything else.
 std::optional<double> prescribed_hours(const QString& text);
+// The share of ADHERENZ_ANTEIL or --adherence-share, in percent: the default
+// for an empty text, the number for 0 to 100 (with "." or the locale's
+// decimal separator), nothing for anything else.
+std::optional<double> adherence_share(const QString& text);
 
 // The folder of the program with a trailing "/", so that file names can be
 // appended to it as they stand.
@@ -60,7 +69,7 @@ bool load_config(Config& config, const QString& path, const QString& default_dir
 bool load_config_lines(Config& config, const QStringList& lines, const QString& default_dir,
                        UserInterface& ui);
 
-// Writes the five lines, and VERORDNUNG when it is set; TIMEOUT in the
+// Writes the five lines, and VERORDNUNG and ADHERENZ_ANTEIL when set; TIMEOUT in the
 // user's locale, as load_config reads it. False on any error, without a
 // message.
 bool save_config(const Config& config, const QString& path);

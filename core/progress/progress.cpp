@@ -57,6 +57,14 @@ void Progress::cancel(qint64 now_ms) {
     notify();
 }
 
+void Progress::fail(qint64 now_ms) {
+    if (phase_ != Phase::running)
+        return;
+    phase_ = Phase::failed;
+    last_ms_ = now_ms;
+    notify();
+}
+
 void Progress::reset() {
     if (phase_ == Phase::idle)
         return;

@@ -18,6 +18,7 @@ enum class Phase {
     running,
     finished,  // ran to its end
     cancelled, // stopped by the person watching
+    failed,    // gave up: the device did not give what the job needed
 };
 
 struct Standing {
@@ -45,6 +46,8 @@ public:
     // The job has ended; what was done becomes the total.
     void finish(qint64 now_ms);
     void cancel(qint64 now_ms);
+    // The job gave up; what was done stays as it is.
+    void fail(qint64 now_ms);
     // Back to idle, as after start-up.
     void reset();
 

@@ -45,6 +45,26 @@ bool send_permitted(const AppContext& ctx, const QByteArray& head) {
     return true;
 }
 
+qint64 answer_timeout_ms(const AppContext& ctx) {
+    return std::max<qint64>(1, std::llround(ctx.config.TIMEOUT * 1000.0));
+}
+
+bool answer_overdue(const AppContext& ctx) {
+    return since_midnight_difference(seconds_since_midnight(ctx.clock.now()),
+                                     ctx.device.last_answer_time) > ctx.config.TIMEOUT;
+}
+
+void restart_answer_clock(AppContext& ctx) {
+    ctx.device.last_answer_time = seconds_since_midnight(ctx.clock.now());
+}
+
+void give_up_outstanding(AppContext& ctx) {
+    ProtocolState& p = ctx.protocol;
+    p.waiting_reply = false;
+    p.retry_count = 0;
+    restart_answer_clock(ctx);
+}
+
 namespace {
 
 // Clears the tick's re-entrancy guard on every way out.
@@ -61,7 +81,7 @@ void handle_timeout(AppContext& ctx) {
     const float now = seconds_since_midnight(ctx.clock.now());
     // Deliberately not looking at waiting_reply: a device that stays silent
     // longer than the time-out is asked again even with nothing outstanding.
-    if (since_midnight_difference(now, ctx.device.last_answer_time) <= ctx.config.TIMEOUT)
+    if (!answer_overdue(ctx))
         return;
     if (p.retry_count < 3) {
         p.retry_count += 1;
@@ -84,7 +104,9 @@ void handle_timeout(AppContext& ctx) {
     if (newly_lost)
         show_msg(ctx, ctx.language.text(4) + crlf + ctx.language.text(5));
     reset_link_state(ctx);
-    ctx.ui.select_page(Page::geraet);
+    // Deliberately the window stays on the page the technician is on (the
+    // original turned to "Gerät"): a report half typed on "Protokoll" must
+    // not be taken out of sight, the reconnection below runs from there too.
     // Back on, so the silent reconnection runs from the next tick.
     ctx.timer1.set_enabled(true);
 }
@@ -96,10 +118,6 @@ bool input_or_failure(AppContext& ctx) {
         return true;
     std::uint32_t rx = 0;
     return ctx.link.backend->get_queue_status(ctx.link.device_handle, rx) != link::FT_OK || rx > 0;
-}
-
-qint64 answer_timeout_ms(const AppContext& ctx) {
-    return std::max<qint64>(1, std::llround(ctx.config.TIMEOUT * 1000.0));
 }
 
 void receive(AppContext& ctx) {
@@ -237,7 +255,12 @@ void timer1_tick(AppContext& ctx) {
     p.tick_count = static_cast<qint32>(static_cast<quint32>(p.tick_count) + 1u);
 
     if (ctx.link.device_handle == 0) {
-        if (ctx.ui.current_page() == Page::geraet && link::open_device(ctx, true)) {
+        // The silent reconnection runs on every page but the developer's,
+        // where the device is opened and closed by hand and must stay as the
+        // buttons left it. Deliberately wider than the original, which
+        // waited for "Gerät" to be shown, while its message promises a
+        // reconnection as soon as the device answers.
+        if (ctx.ui.current_page() != Page::entwickler && link::open_device(ctx, true)) {
             if (ctx.hooks.device_found)
                 ctx.hooks.device_found();
             connect_routine(ctx);
@@ -245,6 +268,10 @@ void timer1_tick(AppContext& ctx) {
         return;
     }
 
+    // A job waiting for an answer looks first: it may give up its request
+    // before the time-out below would give up the device.
+    if (ctx.hooks.answer_watch)
+        ctx.hooks.answer_watch();
     handle_timeout(ctx);
     receive(ctx);
 

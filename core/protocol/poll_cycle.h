@@ -23,6 +23,18 @@ void drop_queued(AppContext& ctx, char letter);
 bool send_permitted(const AppContext& ctx, const QByteArray& payload);
 // One tick of Timer1.
 void timer1_tick(AppContext& ctx);
+// The answer time-out of the configuration in milliseconds, at least one.
+qint64 answer_timeout_ms(const AppContext& ctx);
+// Nothing has been heard for longer than the answer time-out: the next tick
+// repeats the last command, or gives the device up after three repetitions.
+bool answer_overdue(const AppContext& ctx);
+// A pause that was not the device's (a person reading a message inside the
+// tick): the answer time-out counts from now.
+void restart_answer_clock(AppContext& ctx);
+// The command on the wire is given up by whoever sent it: no answer is
+// waited for and it is not repeated. The answer clock starts again, so a
+// device that answers nothing else is still given up by the time-out.
+void give_up_outstanding(AppContext& ctx);
 // Empties the receive buffer and the queue, forgets the outstanding command,
 // clears the device record and its displays, switches Timer1 off.
 void reset_link_state(AppContext& ctx);

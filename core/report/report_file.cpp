@@ -8,6 +8,7 @@
 #include "config/text_file.h"
 #include "device/parameter_values.h"
 #include "protocol/response_interpreter.h"
+#include "report/report_draft.h"
 
 #include <QDir>
 #include <QFileInfo>
@@ -42,6 +43,9 @@ void store_device_value(device::DeviceRecord& d, const QString& key, const QStri
     else
         device::set_parameter_value(d, key, value);
 }
+
+// Why a report without device data is not saved.
+constexpr int text_no_device_data = 8552;
 
 QString file_filter(const AppContext& ctx) {
     return ctx.language.text(7001) + QStringLiteral(" (*.txt)|*.txt");
@@ -126,8 +130,12 @@ bool load_report_file(ReportRecord& report, const QString& path) {
 
 bool save_report(AppContext& ctx) {
     ReportRecord& report = ctx.report;
-    if (!report.device_valid())
+    if (!report.device_valid()) {
+        // Said, not silent: "Speichern" in the question before the program
+        // ends must never do nothing; the draft keeps what was typed.
+        ctx.ui.show_msg(ctx.language.text(text_no_device_data), MsgIcon::exclamation);
         return false;
+    }
     FileDialogRequest request;
     request.title = ctx.language.text(7002);
     request.start_dir = ctx.config.INITDIR;
@@ -152,6 +160,12 @@ bool save_report(AppContext& ctx) {
         return false;
     }
     hand_on_report(ctx, report, path, false);
+    // Saved: nothing is unsaved any more, so neither the question before the
+    // program ends nor the one before a fresh report comes up for it, and
+    // the draft has done its work.
+    report.report_changed = false;
+    ctx.report_draft.cancel();
+    remove_draft(ctx);
     ctx.ui.show_msg(ctx.language.text(7005), MsgIcon::information);
     return true;
 }
@@ -189,6 +203,8 @@ bool checksaved(AppContext& ctx, const std::function<bool()>& save_click) {
     case SaveAnswer::save:
         return save_click();
     case SaveAnswer::discard:
+        ctx.report_draft.cancel();
+        remove_draft(ctx);
         return true;
     case SaveAnswer::cancel:
         break;

@@ -51,8 +51,9 @@ void hand_on_report(AppContext& ctx, const ReportRecord& report, const QString& 
 bool load_report_file(ReportRecord& report, const QString& path);
 
 // cmd_save, after the page has collected its controls: only with valid device
-// data, asks for the file (overwrite question), remembers its folder, writes
-// it and says so. True when a file was written.
+// data (else it says why not), asks for the file (overwrite question),
+// remembers its folder, writes it and says so. True when a file was written;
+// the report then counts as saved and its draft is removed.
 bool save_report(AppContext& ctx);
 
 // cmd_open: asks for a file, reads it into a fresh record, marks the device
@@ -64,8 +65,8 @@ bool open_report(AppContext& ctx, const std::function<void()>& show);
 // Before the program ends: when the report has unsaved changes, asks Save,
 // Discard or Cancel. Save runs `save_click` (the cmd_save action, true when a
 // file was written). True when the program may end: nothing to save, saved,
-// or discarded; Cancel, or a save that wrote nothing, keeps it running with
-// the report as it is.
+// or discarded (the draft goes with it); Cancel, or a save that wrote
+// nothing, keeps it running with the report as it is.
 bool checksaved(AppContext& ctx, const std::function<bool()>& save_click);
 
 } // namespace veltrako::report

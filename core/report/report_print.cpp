@@ -146,9 +146,11 @@ public:
         y = s_.current_y();
     }
 
-    void heading(const QString& caption) {
+    // A band with the caption; `keep_with` twips of what follows must fit
+    // under it, so a caption never ends a page alone.
+    void heading(const QString& caption, double keep_with = 500) {
         y += 160;
-        need(900, bottom);
+        need(400 + keep_with, bottom);
         use_font(s_, 10.5, true);
         const double h = s_.text_height(QStringLiteral("X"));
         s_.fill_box(left, y - 30, right, y + h + 30, band_grey);
@@ -262,19 +264,28 @@ public:
     }
 
     // Two columns of rows side by side, from `left` to x_mid_end and from
-    // x_mid to `right`, the right one under its title. Rows go line by line:
-    // a line that does not fit above the foot of the page goes on the next
-    // one, where the right column's title comes again if it has rows left.
+    // x_mid to `right`, the right one under its title. More than seven right
+    // rows stand in two halves side by side, so that fourteen valve timings
+    // take no more lines than seven. Rows go line by line: a line that does
+    // not fit above the foot of the page goes on the next one, where the
+    // right column's title comes again if it has rows left. The last line
+    // goes on only with `tail` twips of room under it, so that what follows
+    // (the signature) is never left on a page of its own.
     void paired_rows(const CaptionRows& left_rows, double x_mid_end, const QString& right_title,
-                     const CaptionRows& right_rows, double x_mid) {
+                     const CaptionRows& right_rows, double x_mid, double tail) {
         use_font(s_, 9.5);
+        const std::size_t halves = right_rows.size() > 7 ? 2 : 1;
+        const std::size_t right_lines = (right_rows.size() + halves - 1) / halves;
+        const double half_width = (right - x_mid) / static_cast<double>(halves);
         std::size_t l = 0;
-        std::size_t r = 0;
+        std::size_t r = 0; // right lines done
         bool title_due = true;
-        while (l < left_rows.size() || r < right_rows.size() || title_due) {
+        while (l < left_rows.size() || r < right_lines || title_due) {
             const double above = y;
-            need(row_height(), bottom);
-            if (y < above && r < right_rows.size())
+            const bool last_line =
+                l + 1 >= left_rows.size() && (title_due ? right_lines == 0 : r + 1 >= right_lines);
+            need(row_height() + (last_line ? tail : 0), bottom);
+            if (y < above && r < right_lines)
                 title_due = true;
             if (l < left_rows.size()) {
                 row(left_rows[l].first, left_rows[l].second, left, x_mid_end, y);
@@ -283,8 +294,16 @@ public:
             if (title_due) {
                 row(right_title, std::nullopt, x_mid, right, y);
                 title_due = false;
-            } else if (r < right_rows.size()) {
-                row(right_rows[r].first, right_rows[r].second, x_mid, right, y);
+            } else if (r < right_lines) {
+                for (std::size_t h = 0; h < halves; ++h) {
+                    const std::size_t i = r + h * right_lines;
+                    if (i >= right_rows.size())
+                        break;
+                    const double x = x_mid + static_cast<double>(h) * half_width;
+                    // A gap between the halves; the outer edge stays the column's.
+                    const double x_end = h + 1 < halves ? x + half_width - 150 : right;
+                    row(right_rows[i].first, right_rows[i].second, x, x_end, y);
+                }
                 ++r;
             }
             y += row_height();
@@ -443,15 +462,18 @@ void print_report(DrawingSurface& s, const ReportRecord& report,
     page.heading(language.text(11090));
     page.text_box(value("t_Zubehoer"), 2);
 
-    // The device data of the snapshot: values left, valve timings right.
-    page.heading(language.text(11070));
-    page.need(2600, page.bottom);
-    page.paired_rows(device_data_rows(report, language, locale), mid - 250, language.text(7016),
-                     timing_rows(report, language, locale), mid);
-
-    // Signature, at the foot of the page.
+    // The device data of the snapshot: values left, valve timings right;
+    // the caption goes on with a few rows under it.
     use_font(s, 9);
-    page.need(1300, page.bottom);
+    const double signature_room = 1000 + 60 + s.text_height(QStringLiteral("X")) + 40;
+    page.heading(language.text(11070), 2600);
+    page.paired_rows(device_data_rows(report, language, locale), mid - 250, language.text(7016),
+                     timing_rows(report, language, locale), mid, signature_room);
+
+    // Signature, at the foot of the page of the last rows: they kept room
+    // for it.
+    use_font(s, 9);
+    page.need(signature_room, page.bottom);
     const double line_y =
         std::max(page.y + 1000, page.bottom - s.text_height(QStringLiteral("X")) - 100);
     s.draw_line(left, line_y, left + 4200, line_y, print::black);

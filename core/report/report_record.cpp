@@ -55,17 +55,21 @@ void ReportRecord::set_value(const QString& key, const QString& value) {
 }
 
 void take_snapshot(ReportRecord& report, const device::DeviceRecord& device, bool clear_fields) {
-    refresh_report_device(report, device);
+    if (device.live_valid)
+        report.report_device = device;
+    else
+        device::clear_device_record(report.report_device);
     if (clear_fields)
         report.report_values.fill(QString());
     report.report_changed = false;
 }
 
 void refresh_report_device(ReportRecord& report, const device::DeviceRecord& device) {
+    // Deliberately unlike a snapshot: without live data (a lost connection,
+    // the search for the device going on) the report keeps the device data
+    // it has, so that the report being typed can still be saved.
     if (device.live_valid)
         report.report_device = device;
-    else
-        device::clear_device_record(report.report_device);
 }
 
 QString other_device_note(const ReportRecord& report, const device::DeviceRecord& connected,

@@ -52,9 +52,10 @@ struct ReportRecord {
 void take_snapshot(ReportRecord& report, const device::DeviceRecord& device, bool clear_fields);
 
 // The report's device part follows the device record after a connection
-// change. Unlike take_snapshot it leaves what was typed, and whether it was
-// changed, alone: a reconnection must not pass an unsaved report off as
-// saved.
+// change, when the record holds live data; without it the report keeps the
+// device data of its last snapshot. Unlike take_snapshot it leaves what was
+// typed, and whether it was changed, alone: a reconnection must not pass an
+// unsaved report off as saved.
 void refresh_report_device(ReportRecord& report, const device::DeviceRecord& device);
 
 // When a report opened from a file names another serial number than the

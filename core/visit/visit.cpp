@@ -37,6 +37,8 @@ constexpr int text_folder_failed = 8429;
 constexpr int text_done = 8422;
 constexpr int text_usage_not_read = 8430;
 constexpr int text_kept_in = 8431;
+constexpr int text_step_silent = 8530; // "No usable answer from the device for %1 s."
+constexpr int text_not_renamed = 8531; // "The folder could not be renamed:"
 
 QString native(const QString& path) {
     return QDir::toNativeSeparators(path);
@@ -56,13 +58,14 @@ QString make_visit_folder(const QString& base_dir, const QString& serial, const 
         config::file_name_part(serial).isEmpty() ? QStringLiteral("Besuch")
                                                  : config::file_name_part(serial),
         {day.toString(QStringLiteral("yyyy-MM-dd"))}, QString());
-    // A second visit of the day gets a folder of its own: nothing of the
-    // first is ever replaced.
+    const QString suffix = QLatin1String(incomplete_suffix);
+    // A second visit of the day gets a folder of its own, whether the first
+    // was completed or not: nothing of the first is ever replaced.
     for (int n = 1; n < 1000; ++n) {
         const QString candidate = n == 1 ? name : name + QStringLiteral("_%1").arg(n);
-        if (base.exists(candidate))
+        if (base.exists(candidate) || base.exists(candidate + suffix))
             continue;
-        return base.mkdir(candidate) ? base.filePath(candidate) : QString();
+        return base.mkdir(candidate + suffix) ? base.filePath(candidate + suffix) : QString();
     }
     return {};
 }
@@ -81,6 +84,7 @@ Visit::Visit(AppContext& ctx, VisitRequest request) : ctx_(ctx), request_(std::m
 
 void Visit::enter(Step step) {
     step_ = step;
+    step_deadline_.disarm();
     if (changed)
         changed();
 }
@@ -90,6 +94,7 @@ void Visit::fail(const QString& why) {
     outcome_ = Outcome::failed;
     // A readout of the visit that is still running stops with it.
     compliance::compliance_cancel(ctx_);
+    ctx_.status.readout.cancel(ctx_.clock.elapsed_ms());
     ctx_.ui.set_busy(false);
     hand_on();
     if (changed)
@@ -143,6 +148,22 @@ void Visit::start() {
     status::cmd_sysstatread_Click(ctx_);
 }
 
+bool Visit::step_answered() {
+    const progress::Standing now = standing();
+    const qint64 now_ms = ctx_.clock.elapsed_ms();
+    // Anything the step's readout could use moves its standing on.
+    if (!step_deadline_.armed() || now.phase != seen_.phase || now.done != seen_.done ||
+        now.total != seen_.total) {
+        seen_ = now;
+        step_deadline_.arm(now_ms, step_deadline_ms);
+        return true;
+    }
+    if (!step_deadline_.expired(now_ms))
+        return true;
+    fail(ctx_.language.text(text_step_silent).arg(step_deadline_ms / 1000));
+    return false;
+}
+
 void Visit::poll() {
     if (!running())
         return;
@@ -151,6 +172,12 @@ void Visit::poll() {
         fail(ctx_.language.text(text_no_answer));
         return;
     }
+    // Deliberately no step waits for ever: a readout whose answers stop
+    // coming (a refused answer, a request that never went out) would
+    // otherwise hold the visit on one step while the device keeps answering
+    // everything else.
+    if (reading && !step_answered())
+        return;
     if (step_ == Step::status_read && ctx_.status.readout.phase() == progress::Phase::finished) {
         enter(Step::folder);
         folder_ = make_visit_folder(request_.base_dir, ctx_.device.SN, started_.date());
@@ -166,15 +193,17 @@ void Visit::poll() {
             }))
             return;
         enter(Step::usage_read);
-        compliance::cmd_complianceread_Click(ctx_);
+        // Its failure, naming the record missing, becomes the visit's reason.
+        compliance::start_readout(ctx_, false);
         return;
     }
     if (step_ == Step::usage_read) {
-        const progress::Phase phase = ctx_.compliance.readout.phase();
-        if (phase == progress::Phase::finished && ctx_.compliance.state.has_data)
+        const compliance::ComplianceMemory& m = ctx_.compliance;
+        const progress::Phase phase = m.readout.phase();
+        if (phase == progress::Phase::finished && m.state.has_data)
             write_files();
         else if (phase != progress::Phase::running)
-            fail(ctx_.language.text(text_usage_not_read));
+            fail(m.failure.isEmpty() ? ctx_.language.text(text_usage_not_read) : m.failure);
     }
 }
 
@@ -208,7 +237,7 @@ void Visit::write_files() {
     const compliance::Stamp now = compliance::to_stamp(ctx_.clock.now());
     const report::ReportRecord& r = request_.report;
     const compliance::PrintedFor printed_for{r.value(QStringLiteral("t_Patient")), now,
-                                             m.prescribed_hours};
+                                             m.prescribed_hours, m.adherence_share};
     files_.start(ctx_.clock.elapsed_ms(), 5);
     const auto advance = [&] {
         files_.advance(static_cast<int>(written_.size()) - 1, ctx_.clock.elapsed_ms());
@@ -256,10 +285,27 @@ void Visit::write_files() {
             return config::write_text_lines(path, visit_lines());
         }))
         return;
+    if (!mark_complete()) {
+        fail(ctx_.language.text(text_not_renamed) + QLatin1Char(' ') + native(folder_));
+        return;
+    }
     files_.finish(ctx_.clock.elapsed_ms());
     outcome_ = Outcome::written;
     hand_on();
     enter(Step::done);
+}
+
+bool Visit::mark_complete() {
+    const QString suffix = QLatin1String(incomplete_suffix);
+    if (!folder_.endsWith(suffix))
+        return false;
+    const QString complete = folder_.left(folder_.size() - suffix.size());
+    if (QFileInfo::exists(complete) || !QDir().rename(folder_, complete))
+        return false;
+    for (QString& path : written_)
+        path = QDir(complete).filePath(QFileInfo(path).fileName());
+    folder_ = complete;
+    return true;
 }
 
 QStringList Visit::visit_lines() const {
@@ -280,14 +326,17 @@ QStringList Visit::visit_lines() const {
             locale.toString(m.prescribed_hours, 'g', QLocale::FloatingPointShortest));
     for (const compliance::Stamp month :
          compliance::months_with_use(m.records, m.state.last_index)) {
-        QString line = compliance::month_usage_line(m.records, m.state.last_index, month,
-                                                    m.prescribed_hours, locale);
-        // Every month line has five fields; without a prescription the last
-        // one is "-".
+        QString line =
+            compliance::month_usage_line(m.records, m.state, month, m.prescribed_hours, locale);
+        // Without a prescription a month line has five fields, the last one
+        // "-"; with one, six: the days that reached it and the days counted.
         if (m.prescribed_hours <= 0)
             line += QStringLiteral("|-");
         lines << line;
     }
+    if (const auto window =
+            compliance::best_window(m.records, m.state, m.prescribed_hours, m.adherence_share))
+        lines << compliance::adherence_line(*window);
     return lines;
 }
 

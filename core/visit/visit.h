@@ -7,6 +7,7 @@
 // like the readouts it starts, so the window and the command line watch the
 // same steps.
 
+#include "progress/deadline.h"
 #include "progress/progress.h"
 #include "report/report_record.h"
 
@@ -66,10 +67,20 @@ enum class Outcome { running, written, failed, cancelled };
 // The name of a step in the user's language.
 QString step_text(Step step, const config::LanguageTables& language);
 
+// What a folder's name ends in while its visit is not complete: the visit
+// makes it so and takes it off once every file is written, so a visit that
+// failed, was cancelled or never ended (a crash, a pulled plug) is seen as
+// such in any file manager.
+inline constexpr auto incomplete_suffix = "_unvollstaendig";
+
+// How long a step that waits for the device waits without getting anything
+// it can use before it fails.
+inline constexpr qint64 step_deadline_ms = 10000;
+
 // "<serial number>_<yyyy-mm-dd>", then "_2", "_3", ... for further visits of
-// the day: the first of these that does not exist yet, made inside
-// `base_dir` (which is made first when missing). Empty when no folder could
-// be made.
+// the day: the first of these that does not exist yet, with or without
+// incomplete_suffix, made inside `base_dir` (which is made first when
+// missing) with that suffix. Empty when no folder could be made.
 QString make_visit_folder(const QString& base_dir, const QString& serial, const QDate& day);
 
 // The months the compliance PDF shows: those with use among the `months`
@@ -84,8 +95,8 @@ public:
     // without a device ends at once, failed.
     void start();
     // After every tick of the poll timer: moves on when a readout has ended,
-    // notices a device that stopped answering, and writes the files once
-    // everything is read.
+    // notices a device that stopped answering or a step that got nothing for
+    // step_deadline_ms, and writes the files once everything is read.
     void poll();
     // Abbrechen: no further step; the files written so far stay.
     void cancel();
@@ -97,6 +108,8 @@ public:
     int step_number() const { return static_cast<int>(step_) + 1; }
     // The running readout's progress; files count as one unit each.
     progress::Standing standing() const;
+    // The visit's folder; it carries incomplete_suffix unless the visit was
+    // written completely.
     QString folder() const { return folder_; }
     // Full paths, in the order written.
     QStringList written() const { return written_; }
@@ -112,12 +125,17 @@ public:
 private:
     void enter(Step step);
     void fail(const QString& why);
+    // False, after failing the visit, when a step that waits for the device
+    // got nothing it could use for step_deadline_ms.
+    bool step_answered();
     void write_files();
     // The visit's end to the device's history, once.
     void hand_on();
     bool write_step(Step step, const QString& name,
                     const std::function<bool(const QString&)>& write);
     QStringList visit_lines() const;
+    // The folder without incomplete_suffix, the written files with it.
+    bool mark_complete();
 
     AppContext& ctx_;
     VisitRequest request_;
@@ -129,6 +147,9 @@ private:
     QStringList planned_; // file names, in the order they are written
     QStringList written_;
     progress::Progress files_;
+    // The device step's patience, and what it had got when last armed.
+    progress::Deadline step_deadline_;
+    progress::Standing seen_;
     bool handed_on_ = false;
 };
 

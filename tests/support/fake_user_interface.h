@@ -4,6 +4,8 @@
 
 #include "user_interface.h"
 
+#include <functional>
+
 #include <QList>
 #include <QStringList>
 
@@ -11,7 +13,11 @@ namespace veltrako::testing {
 
 class FakeUserInterface final : public UserInterface {
 public:
-    void show_msg(const QString& text, MsgIcon, const QString&) override { messages << text; }
+    void show_msg(const QString& text, MsgIcon, const QString&) override {
+        messages << text;
+        if (on_message)
+            on_message(); // the person reads it (a test may let time pass)
+    }
     bool ask_yes_no(const QString& text, const QString&) override {
         questions << text;
         return take(yes_no_answers, false);
@@ -31,6 +37,7 @@ public:
         questions << text;
         return save_answers.isEmpty() ? SaveAnswer::cancel : save_answers.takeFirst();
     }
+    std::function<void()> on_message;
     std::optional<QString> input_box(const QString& prompt, const QString&,
                                      const QString&) override {
         questions << prompt;
