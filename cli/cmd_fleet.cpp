@@ -57,11 +57,11 @@ int run_fleet(CommandEnv& env) {
 CliCommand fleet_command() {
     CliCommand c;
     c.name = QStringLiteral("fleet");
-    c.help =
-        QStringLiteral("fleet [--due] [--server URI]\n"
-                       "                     one line per device in the team archive: "
-                       "SN|last visit|BSTD at it|due reasons\n"
-                       "                     (visit, hours); --due only the devices that are due");
+    c.help = QStringLiteral(
+        "fleet [--due] [--server URI]\n"
+        "                     one line per device in the team archive: "
+        "SN|last visit|BSTD at it|due reasons\n"
+        "                     (visit, hours, adherence); --due only the devices that are due");
     c.options = [] {
         return QList<QCommandLineOption>{
             {due_opt, QStringLiteral("fleet: only the devices that are due")}, server_option()};

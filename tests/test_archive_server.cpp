@@ -535,6 +535,15 @@ private slots:
         archive_into(s, {archive::usage_event(since, "t")});
         archive_into(s, {archive::report_event(filed_report("VO2-C", lately, "000100:00"), "t")});
         archive_into(s, {archive::usage_event(readout("VO2-D", 0, 5), "t")});
+        // The last readouts of C and E judged their 30 days against 6 and 9
+        // hours: 8 hours a night meet the one and not the other.
+        for (const auto& [sn, hours] : {std::pair{"VO2-C", 6.0}, std::pair{"VO2-E", 9.0}}) {
+            jobs::UsageReadout r = readout(sn, 0, 40);
+            r.at = lately.addDays(1);
+            r.prescribed_hours = hours;
+            archive_into(s, {archive::usage_event(r, "t")});
+        }
+        archive_into(s, {archive::report_event(filed_report("VO2-E", lately, "000200:00"), "t")});
         const auto fleet = [&](const QStringList& ini, const QStringList& arguments) {
             return cli_with_ini(ini)->run(QStringList{"fleet", "--server", pg->uri("office", db)} +
                                           arguments);
@@ -543,9 +552,11 @@ private slots:
         const QString b = "VO2-B|" + lately.toString("yyyy-MM-dd") + "|004990:00|hours";
         const QString c = "VO2-C|" + lately.toString("yyyy-MM-dd") + "|000100:00|";
         const QString d = "VO2-D|||visit";
-        QCOMPARE(lines_of(fleet({"WARTUNG_STUNDEN|5000"}, {}).out), (QStringList{a, b, c, d}));
-        QCOMPARE(lines_of(fleet({"WARTUNG_STUNDEN|5000"}, {"--due"}).out), (QStringList{a, b, d}));
-        QCOMPARE(lines_of(fleet({"WARTUNG_MONATE|12"}, {"--due"}).out), QStringList{d});
+        const QString e = "VO2-E|" + lately.toString("yyyy-MM-dd") + "|000200:00|adherence";
+        QCOMPARE(lines_of(fleet({"WARTUNG_STUNDEN|5000"}, {}).out), (QStringList{a, b, c, d, e}));
+        QCOMPARE(lines_of(fleet({"WARTUNG_STUNDEN|5000"}, {"--due"}).out),
+                 (QStringList{a, b, d, e}));
+        QCOMPARE(lines_of(fleet({"WARTUNG_MONATE|12"}, {"--due"}).out), (QStringList{d, e}));
         const ProgramRun bad = fleet({"WARTUNG_MONATE|sechs"}, {});
         QCOMPARE(bad.exit_code, 2);
         QVERIFY2(bad.err.contains("WARTUNG_MONATE sechs"), qPrintable(bad.err));

@@ -41,7 +41,7 @@ constexpr int text_empty = 8827;
 constexpr int text_usage = 8828;
 constexpr int text_due = 8967;
 constexpr int text_bad_rules = 8966;
-constexpr int text_reason_first = 8959; // visit, hours
+constexpr int text_reason_first = 8959; // visit, hours, adherence
 
 QTableWidget* make_table(const QString& name, int columns) {
     auto* table = new QTableWidget(0, columns);
@@ -256,7 +256,8 @@ void show_device(FrmMain& form, AppContext& ctx, archive::ArchiveService& servic
 
 // The reasons in the program's language.
 QString reasons_text(const QStringList& reasons, const config::LanguageTables& language) {
-    static const QStringList codes{QStringLiteral("visit"), QStringLiteral("hours")};
+    static const QStringList codes{QStringLiteral("visit"), QStringLiteral("hours"),
+                                   QStringLiteral("adherence")};
     QStringList words;
     for (const QString& r : reasons)
         words << (codes.contains(r) ? language.text(text_reason_first + codes.indexOf(r)) : r);

@@ -65,6 +65,8 @@ QStringList due_reasons(const FleetRow& row, const MaintenanceRules& rules, cons
                 reasons << QStringLiteral("hours");
         }
     }
+    if (row.last_adherence.endsWith(QLatin1String("|not met")))
+        reasons << QStringLiteral("adherence");
     return reasons;
 }
 
@@ -78,6 +80,10 @@ std::optional<std::vector<FleetRow>> read_fleet(ArchiveStore& store, const Maint
     q.prepare(QStringLiteral("SELECT CAST(sum(CASE WHEN start_time >= ? THEN end_time - start_time"
                              " ELSE end_time - ? END) AS BIGINT)"
                              " FROM usage_periods WHERE sn = ? AND end_time > ?"));
+    QSqlQuery last_readout(store.database());
+    last_readout.prepare(
+        QStringLiteral("SELECT u.adherence FROM events e JOIN usage_readouts u ON u.event_id = e.id"
+                       " WHERE e.sn = ? ORDER BY e.at DESC, e.id DESC LIMIT 1"));
     std::vector<FleetRow> rows;
     for (const DeviceRow& d : *devices) {
         FleetRow row;
@@ -95,6 +101,14 @@ std::optional<std::vector<FleetRow>> read_fleet(ArchiveStore& store, const Maint
             }
             row.hours_since_visit = q.value(0).toDouble() / 3600.0;
         }
+        last_readout.bindValue(0, d.sn);
+        if (!last_readout.exec()) {
+            if (error)
+                *error = last_readout.lastError().text();
+            return std::nullopt;
+        }
+        if (last_readout.next())
+            row.last_adherence = last_readout.value(0).toString();
         row.reasons = due_reasons(row, rules, today);
         rows.push_back(std::move(row));
     }

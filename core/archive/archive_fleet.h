@@ -9,7 +9,9 @@
 // - `hours`: only with WARTUNG_STUNDEN set: it has run past the next
 //   multiple of those hours above its operating hours at the last visit.
 //   The hours it ran since are those of the usage periods archived after
-//   that visit.
+//   that visit;
+// - `adherence`: its last usage readout's 30-day rule was not met (judged
+//   then, against the prescription the readout was made with).
 
 #include "archive/archive_store.h"
 
@@ -36,7 +38,8 @@ std::optional<MaintenanceRules> maintenance_rules(const QString& months, const Q
 struct FleetRow {
     DeviceRow device;             // with its last visit and the BSTD it saw
     double hours_since_visit = 0; // of the usage periods archived after it
-    QStringList reasons;          // "visit", "hours", in that order
+    QString last_adherence;       // the last usage readout's "30d|…" line
+    QStringList reasons;          // "visit", "hours", "adherence", in that order
 };
 
 // The reasons of `row` (whatever it holds of them already is not read).

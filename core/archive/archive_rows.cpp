@@ -41,7 +41,7 @@ const std::vector<TableSpec>& tables() {
          QStringLiteral("ON CONFLICT (id) DO NOTHING"),
          Travel::own_change},
         {QStringLiteral("usage_readouts"),
-         {"event_id", "periods", "new_periods", "source"},
+         {"event_id", "periods", "new_periods", "source", "adherence"},
          QStringLiteral("ON CONFLICT (event_id) DO NOTHING"),
          Travel::with_event},
         {QStringLiteral("status_readouts"),

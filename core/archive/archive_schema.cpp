@@ -121,6 +121,9 @@ const Migration version_2{
         QStringLiteral("ALTER TABLE events ADD COLUMN login TEXT NOT NULL DEFAULT ''"),
         QStringLiteral("ALTER TABLE usage_periods ADD COLUMN changed BIGINT NOT NULL DEFAULT 0"),
         QStringLiteral("ALTER TABLE status_entries ADD COLUMN changed BIGINT NOT NULL DEFAULT 0"),
+        // The readout's own 30-day rule, "30d|…|met" or "|not met"; empty
+        // when it had no prescription to judge against.
+        QStringLiteral("ALTER TABLE usage_readouts ADD COLUMN adherence TEXT NOT NULL DEFAULT ''"),
         QStringLiteral("CREATE INDEX devices_by_change ON devices (changed)"),
         QStringLiteral("CREATE INDEX events_by_change ON events (changed, sn)"),
         QStringLiteral("CREATE INDEX periods_by_change ON usage_periods (changed, sn)"),

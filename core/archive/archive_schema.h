@@ -15,7 +15,8 @@
 // change_counter), so a sync finds what is new on either side without
 // comparing everything; events say which server login wrote them; each
 // archive has an identity of its own, and a laptop keeps how far it has
-// synchronised with each server archive in sync_marks.
+// synchronised with each server archive in sync_marks; a usage readout
+// keeps its own verdict on the 30-day rule.
 
 #include <QString>
 #include <QStringList>

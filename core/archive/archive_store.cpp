@@ -279,8 +279,8 @@ bool ArchiveStore::write_event(const ArchiveEvent& e, qint64 change, EventAdded&
             return false;
         added.new_periods = *after - *before;
         q.prepare(QStringLiteral("INSERT INTO usage_readouts (event_id, periods, new_periods,"
-                                 " source) VALUES (?, ?, ?, ?)"));
-        return run(q, {e.id, added.periods, added.new_periods, e.source}, error);
+                                 " source, adherence) VALUES (?, ?, ?, ?, ?)"));
+        return run(q, {e.id, added.periods, added.new_periods, e.source, e.adherence}, error);
     }
     if (e.kind == QLatin1String(kind_status)) {
         q.prepare(QStringLiteral(
