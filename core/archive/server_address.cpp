@@ -135,9 +135,10 @@ QString ServerAddress::shown() const {
     QString s = QStringLiteral("postgresql://");
     if (!user.isEmpty())
         s += encoded(user) + QLatin1Char('@');
-    s += host.contains(QLatin1Char(':')) && !host.startsWith(QLatin1Char('/'))
-             ? QLatin1Char('[') + host + QLatin1Char(']')
-             : encoded(host, "-.");
+    // An IPv6 address in brackets, as written; any other host encoded.
+    static const QRegularExpression v6(QStringLiteral("^[0-9A-Fa-f:.]*:[0-9A-Fa-f:.]*$"));
+    s += v6.match(host).hasMatch() ? QLatin1Char('[') + host + QLatin1Char(']')
+                                   : encoded(host, "-.");
     if (port > 0)
         s += QLatin1Char(':') + QString::number(port);
     if (!database.isEmpty())
