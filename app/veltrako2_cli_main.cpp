@@ -7,6 +7,8 @@
 #include "archive/archive_service.h"
 #include "cli_command.h"
 #include "cli_session.h"
+#include "cli_texts.h"
+#include "command_line.h"
 #include "config/config.h"
 #include "config/config_location.h"
 #include "config/language.h"
@@ -25,21 +27,20 @@
 #include <QLocale>
 #include <QTranslator>
 
+#include <cstdio>
 #include <memory>
 
 using namespace veltrako;
 
 namespace {
 
-QString help_text() {
-    QString text =
-        QStringLiteral("Talks to one oxygen concentrator without a window.\n\nCommands:");
-    for (const cli::CliCommand& c : cli::cli_commands()) {
-        for (const QString& line : c.help.split(QLatin1Char('\n')))
-            text += QStringLiteral("\n  ") + line;
-    }
-    return text;
-}
+// Words of the program itself (cli/cli_texts.h).
+constexpr int text_no_command = 9220;      // "no command given: %1"
+constexpr int text_unknown_command = 9221; // "unknown command \"%1\""
+constexpr int text_unknown_link = 9222;    // "unknown link \"%1\": use ftdi, ..."
+constexpr int text_yes_and_no = 9223;      // "--yes and --no exclude each other"
+constexpr int text_log_not_written = 9224; // "could not write the log to %1"
+constexpr int text_no_sim = 9228;          // "the simulated device cannot be started: %1"
 
 QStringList command_names() {
     QStringList names;
@@ -50,18 +51,8 @@ QStringList command_names() {
 
 // Commands that draw need a QGuiApplication; the others stay free of any
 // display. Which one it is must be known before the application exists, so
-// the command line is parsed once on its own first.
-std::unique_ptr<QCoreApplication> make_application(int& argc, char** argv,
-                                                   QCommandLineParser& parser) {
-    QStringList arguments;
-    for (int i = 0; i < argc; ++i)
-        arguments << QString::fromLocal8Bit(argv[i]);
-    bool gui = false;
-    if (parser.parse(arguments)) {
-        const QStringList args = parser.positionalArguments();
-        if (const cli::CliCommand* c = cli::find_command(args.value(0)); c && c->needs_gui)
-            gui = c->needs_gui(parser);
-    }
+// the command line is parsed before it.
+std::unique_ptr<QCoreApplication> make_application(int& argc, char** argv, bool gui) {
     if (!gui)
         return std::make_unique<QCoreApplication>(argc, argv);
     // A script has no screen to draw on; a PDF needs none.
@@ -73,120 +64,113 @@ std::unique_ptr<QCoreApplication> make_application(int& argc, char** argv,
 } // namespace
 
 int main(int argc, char** argv) {
+    QStringList arguments;
+    for (int i = 1; i < argc; ++i)
+        arguments << QString::fromLocal8Bit(argv[i]);
     QCommandLineParser parser;
-    parser.setApplicationDescription(help_text());
-    parser.addHelpOption();
-    parser.addVersionOption();
-    const QCommandLineOption link_opt(
-        QStringLiteral("link"),
-        QStringLiteral("ftdi, serial:PATH or sim[:SCENARIO] (default ftdi)"),
-        QStringLiteral("link"), QStringLiteral("ftdi"));
-    const QCommandLineOption log_opt(QStringLiteral("log"),
-                                     QStringLiteral("save the communication log to FILE on exit"),
-                                     QStringLiteral("file"));
-    const QCommandLineOption lang_opt(QStringLiteral("lang"),
-                                      QStringLiteral("language code of the messages (default en)"),
-                                      QStringLiteral("code"), QStringLiteral("en"));
-    const QCommandLineOption verbose_opt(QStringLiteral("verbose"),
-                                         QStringLiteral("show the developer messages on stderr"));
-    const QCommandLineOption yes_opt(
-        QStringLiteral("yes"),
-        QStringLiteral("answer every yes/no or OK/Cancel question with yes"));
-    const QCommandLineOption no_opt(
-        QStringLiteral("no"), QStringLiteral("answer every yes/no or OK/Cancel question with no"));
-    const QCommandLineOption input_opt(QStringLiteral("input"),
-                                       QStringLiteral("the answer to an input question"),
-                                       QStringLiteral("text"));
-    const QCommandLineOption file_opt(QStringLiteral("file"),
-                                      QStringLiteral("the file a file question asks for"),
-                                      QStringLiteral("path"));
-    const QCommandLineOption archive_opt(
-        QStringLiteral("archive"),
-        QStringLiteral("the archive file (default: ARCHIV, else archive.sqlite where the settings"
-                       " rule puts it); none turns the archive off"),
-        QStringLiteral("path"));
-    parser.addOptions({link_opt, log_opt, lang_opt, verbose_opt, yes_opt, no_opt, input_opt,
-                       file_opt, archive_opt});
-    // The same option may serve several commands (--out); it is added once.
-    QStringList known;
-    for (const cli::CliCommand& c : cli::cli_commands()) {
-        if (!c.options)
-            continue;
-        for (const QCommandLineOption& o : c.options()) {
-            if (known.contains(o.names().first()))
-                continue;
-            known << o.names();
-            parser.addOption(o);
-        }
-    }
-    parser.addPositionalArgument(QStringLiteral("command"),
-                                 command_names().join(QStringLiteral(", ")));
+    cli::add_options(parser);
+    const bool parsed = parser.parse(QStringList{QString::fromLocal8Bit(argv[0])} + arguments);
+    const QStringList args = parsed ? parser.positionalArguments() : QStringList();
+    const cli::CliCommand* command = cli::find_command(args.value(0));
+    const bool gui = parsed && command && command->needs_gui && command->needs_gui(parser);
 
-    const auto app = make_application(argc, argv, parser);
+    const auto app = make_application(argc, argv, gui);
     // Numbers shown to people follow the environment (LC_ALL, LC_NUMERIC,
     // LANG), as a script's caller expects: LC_ALL=de_DE.UTF-8 gives "37,3".
     QLocale::setDefault(QLocale::system());
     QCoreApplication::setApplicationName(QStringLiteral("veltrako2-cli"));
     QCoreApplication::setApplicationVersion(QStringLiteral(VELTRAKO_VERSION));
-    parser.process(*app);
-    // Qt's own words in the chosen language; the help above stays in the
-    // language of the options themselves.
+    const QString program_dir = config::program_folder(QCoreApplication::applicationDirPath());
+
+    // Every word from here on is in the language of --lang, a refused
+    // command line included.
+    cli::ConsoleUi ui;
+    const QString code =
+        parsed ? parser.value(QStringLiteral("lang")) : cli::language_argument(arguments);
+    const QString lang_code = code.isEmpty() ? QStringLiteral("en") : code;
+    config::LanguageTables words;
+    words.words = config::language_locale(lang_code);
+    const QString lang = program_dir + QStringLiteral("lang%1.txt").arg(lang_code);
+    if (QFileInfo::exists(lang))
+        config::load_language(words, lang, ui);
+    ui.language = &words;
+    // Qt's own words in the chosen language.
     QTranslator qt_words;
-    if (config::load_qt_translation(qt_words, parser.value(lang_opt)))
+    if (config::load_qt_translation(qt_words, lang_code))
         QCoreApplication::installTranslator(&qt_words);
 
-    const QStringList args = parser.positionalArguments();
-    const QString name = args.value(0);
-    const cli::CliCommand* command = cli::find_command(name);
+    if (!parsed) {
+        cli::print_error(cli::parse_error_text(parser, arguments, words));
+        return cli::exit_usage;
+    }
+    if (parser.isSet(QStringLiteral("help"))) {
+        std::fputs(qUtf8Printable(cli::help_text(words, QCoreApplication::applicationName())),
+                   stdout);
+        return cli::exit_ok;
+    }
+    if (parser.isSet(QStringLiteral("version"))) {
+        cli::print_line(QCoreApplication::applicationName() + QLatin1Char(' ') +
+                        QCoreApplication::applicationVersion());
+        return cli::exit_ok;
+    }
     if (!command) {
-        cli::print_error(name.isEmpty() ? QStringLiteral("no command given: %1")
-                                              .arg(command_names().join(QStringLiteral(", ")))
-                                        : QStringLiteral("unknown command \"%1\"").arg(name));
+        const QString name = args.value(0);
+        cli::print_error(name.isEmpty()
+                             ? cli::cli_text(words, text_no_command,
+                                             {command_names().join(QStringLiteral(", "))})
+                             : cli::cli_text(words, text_unknown_command, {name}));
         return cli::exit_usage;
     }
 
-    QString error;
-    const auto option = link::parse_link_option(parser.value(link_opt), &error);
+    const QString link_text = parser.isSet(QStringLiteral("link"))
+                                  ? parser.value(QStringLiteral("link"))
+                                  : QStringLiteral("ftdi");
+    const auto option = link::parse_link_option(link_text, nullptr);
     if (!option) {
-        cli::print_error(error);
+        cli::print_error(cli::cli_text(words, text_unknown_link, {link_text}));
         return cli::exit_usage;
     }
     SystemClock clock;
-    cli::ConsoleUi ui;
-    ui.verbose = parser.isSet(verbose_opt);
-    if (parser.isSet(yes_opt) && parser.isSet(no_opt)) {
-        cli::print_error(QStringLiteral("--yes and --no exclude each other"));
+    ui.verbose = parser.isSet(QStringLiteral("verbose"));
+    const bool yes = parser.isSet(QStringLiteral("yes"));
+    const bool no = parser.isSet(QStringLiteral("no"));
+    if (yes && no) {
+        cli::print_error(cli::cli_text(words, text_yes_and_no));
         return cli::exit_usage;
     }
-    if (parser.isSet(yes_opt) || parser.isSet(no_opt))
-        ui.preset_answer = parser.isSet(yes_opt);
-    if (parser.isSet(input_opt))
-        ui.preset_input = parser.value(input_opt);
-    if (parser.isSet(file_opt))
-        ui.preset_file = parser.value(file_opt);
+    if (yes || no)
+        ui.preset_answer = yes;
+    if (parser.isSet(QStringLiteral("input")))
+        ui.preset_input = parser.value(QStringLiteral("input"));
+    if (parser.isSet(QStringLiteral("file")))
+        ui.preset_file = parser.value(QStringLiteral("file"));
+    QString error;
     auto backend = link::make_link(*option, clock, sim::make_concentrator, &error);
     if (!backend) {
-        cli::print_error(error);
+        cli::print_error(cli::cli_text(words, text_no_sim, {error}));
         return cli::exit_usage;
     }
     AppContext ctx(clock, ui, std::move(backend));
+    // A script's run leaves the technician's settings as they are: a file
+    // named on the command line is not a dialog's folder to remember.
+    ctx.persist_config = false;
     status::install_status_memory(ctx);
-    ctx.program_dir = config::program_folder(QCoreApplication::applicationDirPath());
-    // The same settings file as the desktop program: beside the program, or
-    // with the user when the program's folder is read-only.
-    const config::ConfigLocation location = config::locate_config(ctx.program_dir);
+    ctx.program_dir = program_dir;
+    // The same settings as the desktop program: beside the program, or with
+    // the user when the program's folder is read-only. Only read, never
+    // made: a user without settings of his own runs on the shipped ones.
+    const config::ConfigLocation location = config::find_config_location(ctx.program_dir);
     ctx.config_path = location.config_path;
     ctx.user_dir = location.user_dir;
     config::set_config_defaults(ctx.config, ctx.user_dir);
     // A script runs fine on the defaults; only a file that is there is read.
-    if (QFileInfo::exists(ctx.config_path))
-        config::load_config(ctx.config, ctx.config_path, ctx.user_dir, ui);
-    ctx.archive_path = config::archive_path(location, ctx.config.ARCHIV, parser.value(archive_opt));
+    if (const QString readable = config::readable_config(location); !readable.isEmpty())
+        config::load_config(ctx.config, readable, ctx.user_dir, ui);
+    ctx.archive_path =
+        config::archive_path(location, ctx.config.ARCHIV, parser.value(QStringLiteral("archive")));
     ctx.timer1.set_interval(ctx.config.TIMERINTERVAL);
-    ctx.language.words = config::language_locale(parser.value(lang_opt));
-    const QString lang = ctx.program_dir + QStringLiteral("lang%1.txt").arg(parser.value(lang_opt));
-    if (QFileInfo::exists(lang))
-        config::load_language(ctx.language, lang, ui);
+    ctx.language = std::move(words);
+    ui.language = &ctx.language;
 
     cli::install_interrupt_handler();
     cli::CliSession session(ctx, ui);
@@ -195,15 +179,15 @@ int main(int argc, char** argv) {
     archive::ArchiveService archive(ctx.archive_path, archive::ArchiveService::Mode::inline_jobs);
     archive::install_archive(ctx, archive);
     cli::CommandEnv env{ctx, ui, session, parser, args.mid(1), archive};
-    int code = command->run(env);
+    int code_out = command->run(env);
 
     if (ctx.link.device_handle != 0)
         link::close_device(ctx);
-    if (parser.isSet(log_opt) &&
-        !config::write_text_lines(parser.value(log_opt), {ctx.comm_log.comm_log})) {
-        cli::print_error(
-            QStringLiteral("could not write the log to %1").arg(parser.value(log_opt)));
-        code = code == cli::exit_ok ? cli::exit_device : code;
+    if (const QString log = parser.value(QStringLiteral("log"));
+        parser.isSet(QStringLiteral("log")) &&
+        !config::write_text_lines(log, {ctx.comm_log.comm_log})) {
+        cli::print_error(cli::cli_text(ctx.language, text_log_not_written, {log}));
+        code_out = code_out == cli::exit_ok ? cli::exit_device : code_out;
     }
-    return code;
+    return code_out;
 }

@@ -8,6 +8,7 @@
 #include "archive/archive_sync.h"
 #include "cli_command.h"
 #include "cli_session.h"
+#include "cli_texts.h"
 #include "console_ui.h"
 #include "server_option.h"
 
@@ -28,11 +29,11 @@ int init_server_verb(CommandEnv& env) {
     archive::ArchiveStore server(*address);
     QString error;
     if (!archive::init_server(server, &error)) {
-        print_error(env.ctx.language.text(text_unreachable) + QLatin1Char(' ') + server.where() +
+        print_error(cli_text(env, text_unreachable) + QLatin1Char(' ') + server.where() +
                     QStringLiteral(": ") + error.simplified());
         return exit_device;
     }
-    print_line(env.ctx.language.text(text_ready) + QLatin1Char(' ') + server.where() +
+    print_line(cli_text(env, text_ready) + QLatin1Char(' ') + server.where() +
                QStringLiteral(", ") + QString::number(archive::latest_version()));
     return exit_ok;
 }
@@ -44,7 +45,7 @@ int sync_verb(CommandEnv& env) {
     // What the server lacks comes from the laptop's archive: without one
     // there is nothing to keep in step.
     if (!env.archive.enabled()) {
-        print_error(env.ctx.language.text(text_archive_off));
+        print_error(cli_text(env, text_archive_off));
         return exit_device;
     }
     archive::SyncOptions options;

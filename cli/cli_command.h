@@ -1,15 +1,16 @@
 #pragma once
-// A command of veltrako2-cli: its name, its help line, the options only it
+// A command of veltrako2-cli: its name, its help lines, the options only it
 // takes, and what it does. main() parses the command line with every
 // command's options and hands the chosen one what it needs; a command file
-// never parses arguments that are not its own.
+// never parses arguments that are not its own. Its words are language texts
+// (cli_texts.h says how a command gets them).
 
-#include <QCommandLineOption>
 #include <QList>
 #include <QString>
 #include <QStringList>
 
 #include <functional>
+#include <utility>
 #include <vector>
 
 class QCommandLineParser;
@@ -37,13 +38,32 @@ struct CommandEnv {
     archive::ArchiveService& archive;
 };
 
+// One line of --help: the text numbers of the command's form ("status
+// [--out FILE]") and of what it does; 0 leaves a side empty.
+struct HelpLine {
+    int form = 0;
+    int meaning = 0;
+};
+
+// An option: its name, the text number naming its value in --help (0: the
+// option takes no value), the text number of its description, and a
+// one-letter name beside the long one, if it has one.
+struct CliOption {
+    CliOption(QString name_, int value_, int meaning_, QString letter_ = {})
+        : name(std::move(name_)), value(value_), meaning(meaning_), letter(std::move(letter_)) {}
+    QString name;
+    int value = 0;
+    int meaning = 0;
+    QString letter;
+};
+
 struct CliCommand {
     QString name;
-    // One or more lines for --help, e.g. "status [--out FILE]  print the status table".
-    QString help;
+    // Its lines for --help, in order.
+    QList<HelpLine> help;
     // Options this command takes besides the common ones (--link, --yes, ...).
     // Two commands may declare an option of the same name; it is added once.
-    std::function<QList<QCommandLineOption>()> options;
+    QList<CliOption> options;
     // Whether this run draws (a PDF), judged from the parsed command line: it
     // then runs under a QGuiApplication, on the offscreen platform unless
     // QT_QPA_PLATFORM says otherwise. Runs that do not draw stay free of any

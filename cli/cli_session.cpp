@@ -42,6 +42,11 @@ bool CliSession::connect() {
 }
 
 int CliSession::run_until(const std::function<bool()>& done) {
+    // Nothing polls a device that is gone or waits in its boot loader: the
+    // condition is all there is to look at.
+    protocol::resume_polling(ctx_);
+    if (!ctx_.timer1.enabled())
+        return ctx_.link.device_handle != 0 && done() ? exit_ok : exit_device;
     QEventLoop loop;
     ctx_.timer1.on_tick = [&] {
         protocol::timer1_tick(ctx_);
@@ -49,10 +54,13 @@ int CliSession::run_until(const std::function<bool()>& done) {
             loop.exit(exit_device);
         else if (interrupt_seen || done())
             loop.exit(exit_ok);
+        else if (!ctx_.timer1.enabled()) // a device in its boot loader, an overflow
+            loop.exit(exit_device);
     };
-    ctx_.timer1.set_enabled(true);
     const int code = loop.exec();
-    ctx_.timer1.set_enabled(false);
+    // Timer1 stays as the ticks left it: on between the command's steps, as
+    // in the window, only without anything to do. Off, it would read as a
+    // poll cycle stopped for good.
     ctx_.timer1.on_tick = nullptr;
     return code;
 }
@@ -70,9 +78,8 @@ int CliSession::connect_and_read_record() {
 
 void CliSession::serve_during(const std::function<void()>& action) {
     ctx_.timer1.on_tick = [this] { protocol::timer1_tick(ctx_); };
-    ctx_.timer1.set_enabled(true);
+    protocol::resume_polling(ctx_);
     action();
-    ctx_.timer1.set_enabled(false);
     ctx_.timer1.on_tick = nullptr;
 }
 

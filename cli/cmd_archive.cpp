@@ -30,6 +30,7 @@ constexpr int text_problem = 9604;
 constexpr int text_sound = 9605;
 constexpr int text_archive_usage = 9623;
 constexpr int text_import_paths = 9624;
+constexpr int text_no_such_file = 9657; // "no such file"
 
 const QString sn_opt = QStringLiteral("sn");
 
@@ -83,7 +84,7 @@ int check(CommandEnv& env) {
     env.archive.run_now([&](archive::ArchiveStore& store) {
         QString error;
         if (!QFileInfo::exists(store.path())) {
-            error = QStringLiteral("no such file");
+            error = env.ctx.language.text(text_no_such_file);
         } else if (const auto problems = store.check(&error)) {
             for (const QString& problem : *problems)
                 print_error(env.ctx.language.text(text_problem) + QLatin1Char(' ') + problem);
@@ -127,26 +128,20 @@ int run_archive(CommandEnv& env) {
 CliCommand archive_command() {
     CliCommand c;
     c.name = QStringLiteral("archive");
-    c.help = QStringLiteral(
-        "archive import PATH... [--sn SN]\n"
-        "                     read visit folders, compliance files, status tables and report\n"
-        "                     files into the archive: imported: P periods (N new), S status "
-        "entries, R reports\n"
-        "archive check        the archive's integrity and its own rules\n"
-        "archive init-server [--server URI]\n"
-        "                     create or migrate the team archive on a PostgreSQL server,\n"
-        "                     with the roles veltrako2_technician and veltrako2_office\n"
-        "archive sync [--server URI]\n"
-        "                     send the server what it lacks, fetch what other laptops added:\n"
-        "                     sync: sent N, received M");
-    c.options = [] {
-        return QList<QCommandLineOption>{
-            {sn_opt,
-             QStringLiteral("archive import: the serial number of compliance files that"
-                            " name no device"),
-             QStringLiteral("SN")},
-            server_option()};
+    c.help = {
+        {9650, 0},    // archive import PATH... [--sn SN]
+        {0, 9651},    // read visit folders, compliance files, status tables and report
+        {0, 9652},    // files into the archive: imported: P periods (N new), S status ...
+        {9653, 9654}, // archive check: the archive's integrity and its own rules
+        {9754, 0},    // archive init-server [--server URI]
+        {0, 9755},    // create or migrate the team archive on a PostgreSQL server,
+        {0, 9756},    // with the roles veltrako2_technician and veltrako2_office
+        {9757, 0},    // archive sync [--server URI]
+        {0, 9758},    // send the server what it lacks, fetch what other laptops added:
+        {0, 9759},    // sync: sent N, received M
     };
+    // SN: archive import: the serial number of compliance files that name no device
+    c.options = {{sn_opt, 9655, 9656}, server_option()};
     c.run = run_archive;
     return c;
 }

@@ -7,6 +7,7 @@
 
 #include "app_context.h"
 #include "cli_session.h"
+#include "cli_texts.h"
 #include "commands.h"
 #include "compliance/compliance_file.h"
 #include "compliance/compliance_month.h"
@@ -32,6 +33,10 @@ constexpr int text_nothing_erased = 8112;
 constexpr int text_erased = 8113;
 constexpr int text_not_written = 8114;
 constexpr int text_clock_off = 8263;
+constexpr int text_no_arguments = 9240; // "%1 takes no arguments"
+constexpr int text_bad_month = 9432;    // "--month takes yyyy-mm"
+constexpr int text_delete_alone = 9433; // "--delete takes no other compliance option"
+constexpr int text_out_not_load = 9434; // "--out saves data read from the device only, not --load"
 
 const QString out_opt = QStringLiteral("out");
 const QString pdf_opt = QStringLiteral("pdf");
@@ -59,7 +64,7 @@ int read_device(CommandEnv& env) {
     compliance::ComplianceMemory& m = ctx.compliance;
     int read = exit_ok;
     {
-        const ProgressLine line(m.readout);
+        const ProgressLine line(m.readout, ctx.language);
         compliance::cmd_complianceread_Click(ctx);
         read = env.session.run_until(
             [&] { return m.state.has_data || m.readout.phase() == progress::Phase::failed; });
@@ -103,28 +108,20 @@ void print_months(const compliance::ComplianceMemory& m) {
 
 int run_compliance(CommandEnv& env) {
     const QCommandLineParser& p = env.parser;
-    if (!env.args.isEmpty()) {
-        print_error(QStringLiteral("compliance takes no arguments"));
-        return exit_usage;
-    }
+    if (!env.args.isEmpty())
+        return usage_error(env, text_no_arguments, {QStringLiteral("compliance")});
     std::optional<compliance::Stamp> month;
     if (p.isSet(month_opt)) {
         month = parse_month(p.value(month_opt));
-        if (!month) {
-            print_error(QStringLiteral("--month takes yyyy-mm"));
-            return exit_usage;
-        }
+        if (!month)
+            return usage_error(env, text_bad_month);
     }
     const bool loading = p.isSet(load_opt);
     if (p.isSet(delete_opt) &&
-        (loading || p.isSet(out_opt) || p.isSet(pdf_opt) || p.isSet(month_opt))) {
-        print_error(QStringLiteral("--delete takes no other compliance option"));
-        return exit_usage;
-    }
-    if (loading && p.isSet(out_opt)) {
-        print_error(QStringLiteral("--out saves data read from the device only, not --load"));
-        return exit_usage;
-    }
+        (loading || p.isSet(out_opt) || p.isSet(pdf_opt) || p.isSet(month_opt)))
+        return usage_error(env, text_delete_alone);
+    if (loading && p.isSet(out_opt))
+        return usage_error(env, text_out_not_load);
 
     if (!take_prescribed_hours(env))
         return exit_usage;
@@ -174,29 +171,21 @@ int run_compliance(CommandEnv& env) {
 CliCommand compliance_command() {
     CliCommand c;
     c.name = QStringLiteral("compliance");
-    c.help = QStringLiteral(
-        "compliance [--out FILE] [--pdf FILE] [--month yyyy-mm] [--prescribed-hours H]\n"
-        "           [--adherence-share P]\n"
-        "                     read the usage memory; one line per month: "
-        "yyyy-mm|hours|days used|mean h per day[|days >= H h|days counted],\n"
-        "                     with H then 30d|first day|last day|days >= H h|days|met or not "
-        "met\n"
-        "compliance --load FILE [--pdf FILE] [--month yyyy-mm]\n"
-        "                     the same from a saved compliance file, without a device\n"
-        "compliance --delete  erase the usage memory (answer with --yes)");
-    c.options = [] {
-        return QList<QCommandLineOption>{
-            {out_opt, QStringLiteral("compliance: write the compliance file"),
-             QStringLiteral("file")},
-            {pdf_opt, QStringLiteral("compliance: print the month's chart to a PDF file"),
-             QStringLiteral("file")},
-            {month_opt, QStringLiteral("compliance: the month of the chart (default: the latest)"),
-             QStringLiteral("yyyy-mm")},
-            {load_opt, QStringLiteral("compliance: read a saved compliance file instead"),
-             QStringLiteral("file")},
-            {delete_opt, QStringLiteral("compliance: erase the usage memory")},
-            prescribed_hours_option(),
-            adherence_share_option()};
+    c.help = {
+        {9420, 0}, // compliance [--out FILE] [--pdf FILE] [--month yyyy-mm] [--prescribed-hours H]
+        {0, 9421}, // read the usage memory; one line per month: yyyy-mm|hours|...
+        {0, 9441}, // with H then 30d|first day|last day|days >= H h|days|met or not met
+        {9422, 0}, // compliance --load FILE [--pdf FILE] [--month yyyy-mm]
+        {0, 9423}, // the same from a saved compliance file, without a device
+        {9424, 9425}, // compliance --delete: erase the usage memory (answer with --yes)
+    };
+    c.options = {
+        {out_opt, 9204, 9426},   // FILE: compliance: write the compliance file
+        {pdf_opt, 9204, 9427},   // FILE: compliance: print the month's chart to a PDF file
+        {month_opt, 9237, 9428}, // yyyy-mm: compliance: the month of the chart
+        {load_opt, 9204, 9429},  // FILE: compliance: read a saved compliance file instead
+        {delete_opt, 0, 9430},   // compliance: erase the usage memory
+        prescribed_hours_option(), adherence_share_option(),
     };
     // Only a chart needs a drawing platform.
     c.needs_gui = [](const QCommandLineParser& parser) {

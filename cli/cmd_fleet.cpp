@@ -6,6 +6,7 @@
 #include "archive/archive_fleet.h"
 #include "archive/archive_store.h"
 #include "cli_session.h"
+#include "cli_texts.h"
 #include "commands.h"
 #include "console_ui.h"
 #include "server_option.h"
@@ -16,22 +17,20 @@ namespace veltrako::cli {
 
 namespace {
 
-constexpr int text_bad_rules = 8966;
-constexpr int text_unreachable = 9752;
-constexpr int text_fleet_usage = 9753;
+constexpr int text_bad_rules = 8966;   // "WARTUNG_MONATE and WARTUNG_STUNDEN take whole ..."
+constexpr int text_unreachable = 9752; // "cannot reach the team archive"
+constexpr int text_fleet_usage = 9753; // "fleet takes no arguments, only --due and --server"
 
 const QString due_opt = QStringLiteral("due");
 
 int run_fleet(CommandEnv& env) {
-    if (!env.args.isEmpty()) {
-        print_error(env.ctx.language.text(text_fleet_usage));
-        return exit_usage;
-    }
+    if (!env.args.isEmpty())
+        return usage_error(env, text_fleet_usage);
     QString bad;
     const std::optional<archive::MaintenanceRules> rules = archive::maintenance_rules(
         env.ctx.config.WARTUNG_MONATE, env.ctx.config.WARTUNG_STUNDEN, &bad);
     if (!rules) {
-        print_error(env.ctx.language.text(text_bad_rules) + QLatin1Char(' ') + bad);
+        print_error(cli_text(env, text_bad_rules) + QLatin1Char(' ') + bad);
         return exit_usage;
     }
     const std::optional<archive::ServerAddress> address = take_server(env);
@@ -41,7 +40,7 @@ int run_fleet(CommandEnv& env) {
     QString error;
     const auto rows = archive::read_fleet(server, *rules, env.ctx.clock.now().date(), &error);
     if (!rows) {
-        print_error(env.ctx.language.text(text_unreachable) + QLatin1Char(' ') + server.where() +
+        print_error(cli_text(env, text_unreachable) + QLatin1Char(' ') + server.where() +
                     QStringLiteral(": ") + error.simplified());
         return exit_device;
     }
@@ -57,15 +56,13 @@ int run_fleet(CommandEnv& env) {
 CliCommand fleet_command() {
     CliCommand c;
     c.name = QStringLiteral("fleet");
-    c.help = QStringLiteral(
-        "fleet [--due] [--server URI]\n"
-        "                     one line per device in the team archive: "
-        "SN|last visit|BSTD at it|due reasons\n"
-        "                     (visit, hours, adherence); --due only the devices that are due");
-    c.options = [] {
-        return QList<QCommandLineOption>{
-            {due_opt, QStringLiteral("fleet: only the devices that are due")}, server_option()};
+    c.help = {
+        {9762, 0}, // fleet [--due] [--server URI]
+        {0, 9763}, // one line per device in the team archive: SN|last visit|BSTD at it|due ...
+        {0, 9764}, // reasons (visit, hours, adherence); --due only the devices that are due
     };
+    // fleet: only the devices that are due
+    c.options = {{due_opt, 0, 9765}, server_option()};
     c.run = run_fleet;
     return c;
 }

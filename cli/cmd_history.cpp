@@ -8,6 +8,7 @@
 #include "archive/archive_service.h"
 #include "archive/archive_store.h"
 #include "cli_session.h"
+#include "cli_texts.h"
 #include "commands.h"
 #include "console_ui.h"
 #include "prescribed_hours.h"
@@ -28,11 +29,6 @@ constexpr int text_usage_or_csv = 9622;
 
 const QString usage_opt = QStringLiteral("usage");
 const QString csv_opt = QStringLiteral("csv");
-
-int usage_error(CommandEnv& env, int text) {
-    print_error(env.ctx.language.text(text));
-    return exit_usage;
-}
 
 int unreadable(CommandEnv& env, const QString& error) {
     print_error(env.ctx.language.text(text_unreadable) + QLatin1Char(' ') + env.archive.path() +
@@ -112,19 +108,18 @@ int run_history(CommandEnv& env) {
 CliCommand history_command() {
     CliCommand c;
     c.name = QStringLiteral("history");
-    c.help = QStringLiteral(
-        "history              one line per archived device: "
-        "SN|LP|last visit|BSTD at it|periods|first period|last period\n"
-        "history SN           one line per archived event: yyyy-mm-dd hh:mm:ss|kind|summary\n"
-        "history SN --usage [--prescribed-hours H] [--adherence-share P]\n"
-        "                     the lines of compliance over every archived period\n"
-        "history SN --csv     the archived periods: start,end,hours");
-    c.options = [] {
-        return QList<QCommandLineOption>{
-            {usage_opt, QStringLiteral("history: the month lines of the archived usage")},
-            {csv_opt, QStringLiteral("history: the archived periods as CSV")},
-            prescribed_hours_option(),
-            adherence_share_option()};
+    c.help = {
+        {9640, 9641}, // history: one line per archived device: SN|LP|last visit|...
+        {9642, 9643}, // history SN: one line per archived event: yyyy-mm-dd hh:mm:ss|kind|summary
+        {9644, 0},    // history SN --usage [--prescribed-hours H]
+        {0, 9645},    // the month lines of compliance over every archived period
+        {9646, 9647}, // history SN --csv: the archived periods: start,end,hours
+    };
+    c.options = {
+        {usage_opt, 0, 9648}, // history: the month lines of the archived usage
+        {csv_opt, 0, 9649},   // history: the archived periods as CSV
+        prescribed_hours_option(),
+        adherence_share_option(),
     };
     c.run = run_history;
     return c;

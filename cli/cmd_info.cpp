@@ -2,6 +2,7 @@
 
 #include "app_context.h"
 #include "cli_session.h"
+#include "cli_texts.h"
 #include "commands.h"
 #include "console_ui.h"
 #include "device/parameter_values.h"
@@ -10,11 +11,11 @@ namespace veltrako::cli {
 
 namespace {
 
+constexpr int text_no_arguments = 9240; // "%1 takes no arguments"
+
 int run_info(CommandEnv& env) {
-    if (!env.args.isEmpty()) {
-        print_error(QStringLiteral("info takes no arguments"));
-        return exit_usage;
-    }
+    if (!env.args.isEmpty())
+        return usage_error(env, text_no_arguments, {QStringLiteral("info")});
     const int code = env.session.connect_and_read_record();
     if (code != exit_ok)
         return code;
@@ -33,7 +34,7 @@ int run_info(CommandEnv& env) {
 CliCommand info_command() {
     CliCommand c;
     c.name = QStringLiteral("info");
-    c.help = QStringLiteral("info                 connect, read the device, print KEY|VALUE lines");
+    c.help = {{9250, 9251}}; // info: connect, read the device, print KEY|VALUE lines
     c.run = run_info;
     return c;
 }

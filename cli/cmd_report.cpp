@@ -6,6 +6,7 @@
 
 #include "app_context.h"
 #include "cli_session.h"
+#include "cli_texts.h"
 #include "commands.h"
 #include "config/text_file.h"
 #include "console_ui.h"
@@ -22,26 +23,26 @@ namespace {
 
 // An outcome a person reads, in the chosen language.
 constexpr int text_not_written = 8115;
+constexpr int text_print_no_fields = 9467; // "report --print takes no KEY=VALUE fields"
+constexpr int text_print_needs_pdf = 9468; // "report --print FILE needs --pdf OUT"
+constexpr int text_unreadable = 9469;      // "cannot read the report file %1"
+constexpr int text_out_or_print =
+    9470; // "report needs either --out FILE or --print FILE --pdf OUT"
 
 const QString out_name = QStringLiteral("out");
 const QString print_name = QStringLiteral("print");
 const QString pdf_name = QStringLiteral("pdf");
 
-int usage(const QString& text) {
-    print_error(text);
-    return exit_usage;
-}
-
 int print_saved_report(CommandEnv& env) {
     if (!env.args.isEmpty())
-        return usage(QStringLiteral("report --print takes no KEY=VALUE fields"));
+        return usage_error(env, text_print_no_fields);
     if (!env.parser.isSet(pdf_name))
-        return usage(QStringLiteral("report --print FILE needs --pdf OUT"));
+        return usage_error(env, text_print_needs_pdf);
     report::ReportRecord record;
     const QString file = env.parser.value(print_name);
     const auto lines = config::read_text_lines(file);
     if (!lines || !report::load_report_file(record, file))
-        return usage(QStringLiteral("cannot read the report file %1").arg(file));
+        return usage_error(env, text_unreadable, {file});
     QString error;
     const bool written = paint::print_to_pdf(
         env.parser.value(pdf_name),
@@ -61,9 +62,11 @@ int print_saved_report(CommandEnv& env) {
 int write_report(CommandEnv& env) {
     // Every field is checked before the device is touched.
     QString error;
-    const auto fields = report_fields(env.args, &error);
-    if (!fields)
-        return usage(error);
+    const auto fields = report_fields(env.args, env.ctx.language, &error);
+    if (!fields) {
+        print_error(error);
+        return exit_usage;
+    }
 
     const int code = env.session.connect_and_read_record();
     if (code != exit_ok)
@@ -86,7 +89,7 @@ int run_report(CommandEnv& env) {
     const bool out = env.parser.isSet(out_name);
     const bool print = env.parser.isSet(print_name);
     if (out == print)
-        return usage(QStringLiteral("report needs either --out FILE or --print FILE --pdf OUT"));
+        return usage_error(env, text_out_or_print);
     return print ? print_saved_report(env) : write_report(env);
 }
 
@@ -95,16 +98,14 @@ int run_report(CommandEnv& env) {
 CliCommand report_command() {
     CliCommand c;
     c.name = QStringLiteral("report");
-    c.help = QStringLiteral(
-        "report --out FILE [KEY=VALUE ...]  read the device, write an inspection report file\n"
-        "report --print FILE --pdf OUT      draw a saved inspection report into a PDF file");
-    c.options = [] {
-        return QList<QCommandLineOption>{
-            {out_name, QStringLiteral("write the result to FILE"), QStringLiteral("file")},
-            {print_name, QStringLiteral("the saved report to print"), QStringLiteral("file")},
-            {pdf_name, QStringLiteral("draw the printout into the PDF file OUT"),
-             QStringLiteral("out")},
-        };
+    c.help = {
+        {9460, 9461}, // report --out FILE [KEY=VALUE ...]: read the device, write a report file
+        {9462, 9463}, // report --print FILE --pdf OUT: draw a saved report into a PDF file
+    };
+    c.options = {
+        {out_name, 9204, 9464},   // FILE: write the result to FILE
+        {print_name, 9204, 9465}, // FILE: the saved report to print
+        {pdf_name, 9239, 9466},   // OUT: draw the printout into the PDF file OUT
     };
     // Only the printout needs a drawing platform.
     c.needs_gui = [](const QCommandLineParser& parser) { return parser.isSet(pdf_name); };

@@ -3,6 +3,7 @@
 
 #include "app_context.h"
 #include "cli_session.h"
+#include "cli_texts.h"
 #include "commands.h"
 #include "console_ui.h"
 #include "device/settings.h"
@@ -12,11 +13,11 @@ namespace veltrako::cli {
 
 namespace {
 
+constexpr int text_usage = 9382; // "usage: reset hours"
+
 int run_reset(CommandEnv& env) {
-    if (env.args != QStringList{QStringLiteral("hours")}) {
-        print_error(QStringLiteral("usage: reset hours"));
-        return exit_usage;
-    }
+    if (env.args != QStringList{QStringLiteral("hours")})
+        return usage_error(env, text_usage);
     SettingPlan plan;
     plan.change = [](AppContext& ctx) { return device::cmd_resetbstd_Click(ctx); };
     plan.result = [](const AppContext& ctx) {
@@ -30,7 +31,7 @@ int run_reset(CommandEnv& env) {
 CliCommand reset_command() {
     CliCommand c;
     c.name = QStringLiteral("reset");
-    c.help = QStringLiteral("reset hours          set the operating hours to 000000:00 (--yes)");
+    c.help = {{9380, 9381}}; // reset hours: set the operating hours to 000000:00 (--yes)
     c.run = run_reset;
     return c;
 }

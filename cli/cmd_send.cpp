@@ -2,6 +2,7 @@
 
 #include "app_context.h"
 #include "cli_session.h"
+#include "cli_texts.h"
 #include "commands.h"
 #include "console_ui.h"
 #include "link/device_connection.h"
@@ -18,21 +19,19 @@ namespace {
 // An outcome a person reads, in the chosen language: %1 the device's
 // version, %2 the payload.
 constexpr int text_not_sent = 8116;
+constexpr int text_not_a_payload = 9273; // "not a payload: \"%1\""
+constexpr int text_no_payload = 9274;    // "send: no payload given"
 
 int run_send(CommandEnv& env) {
     QList<QByteArray> payloads;
     for (const QString& arg : env.args) {
         const auto payload = parse_payload_argument(arg);
-        if (!payload) {
-            print_error(QStringLiteral("not a payload: \"%1\"").arg(arg));
-            return exit_usage;
-        }
+        if (!payload)
+            return usage_error(env, text_not_a_payload, {arg});
         payloads << *payload;
     }
-    if (payloads.isEmpty()) {
-        print_error(QStringLiteral("send: no payload given"));
-        return exit_usage;
-    }
+    if (payloads.isEmpty())
+        return usage_error(env, text_no_payload);
 
     AppContext& ctx = env.ctx;
     // Only the identity goes out first: who the device is decides which
@@ -77,9 +76,9 @@ int run_send(CommandEnv& env) {
 CliCommand send_command() {
     CliCommand c;
     c.name = QStringLiteral("send");
-    c.help = QStringLiteral(
-        "send PAYLOAD...      send payloads (hex bytes \"65 00 80 07\" or text \"I\";\n"
-        "                     \"hex:\"/\"text:\" in front decides) and print each answer");
+    // send PAYLOAD...: send payloads (hex bytes "65 00 80 07" or text "I";
+    // "hex:"/"text:" in front decides) and print each answer
+    c.help = {{9270, 9271}, {0, 9272}};
     c.run = run_send;
     return c;
 }

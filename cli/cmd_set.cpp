@@ -14,6 +14,7 @@
 
 #include "app_context.h"
 #include "cli_session.h"
+#include "cli_texts.h"
 #include "commands.h"
 #include "console_ui.h"
 #include "device/device_view.h"
@@ -32,6 +33,26 @@ namespace veltrako::cli {
 namespace {
 
 using Plan = SettingPlan;
+using Words = config::LanguageTables;
+
+constexpr int text_usage_sn = 9361;          // "usage: set sn TEXT"
+constexpr int text_sn_not_storable = 9362;   // "the serial number holds characters ..."
+constexpr int text_usage_hours = 9363;       // "usage: set hours HHHHHH:M (...)"
+constexpr int text_usage_clock = 9364;       // "usage: set clock (takes the PC's present time)"
+constexpr int text_usage_lp = 9365;          // "usage: set lp (switches the low-power mode)"
+constexpr int text_no_low_power = 9366;      // "the board %1 has no low-power mode"
+constexpr int text_usage_rest = 9367;        // "usage: set rest N (a whole number from 0 to %1)"
+constexpr int text_usage_flow = 9368;        // "usage: set flow u¦o VALUE (VALUE 0 to 255)"
+constexpr int text_no_flow_selectors = 9369; // "this device has no flow selectors"
+constexpr int text_family = 9370;            // "(device family %1)"
+constexpr int text_usage_timing = 9371;      // "usage: set timing INDEX VALUE (...)"
+constexpr int text_timing_unused = 9372;     // "timing %1 is not used by this device"
+constexpr int text_usage_preset = 9373;      // "usage: set preset N (N 1 to 3)"
+constexpr int text_preset_bad = 9374;        // "%1 is missing or holds a bad value"
+constexpr int text_no_presets = 9375;  // "presets are offered only for models with a rinse valve"
+constexpr int text_usage_alarm = 9376; // "usage: set alarm o21¦o22¦vollo (...)"
+constexpr int text_no_acoustic = 9377; // "this device has no acoustic switch for that alarm"
+constexpr int text_set_what = 9378;    // "set what? sn, hours, clock, lp, rest, ..."
 
 std::optional<int> whole_number(const QString& text, int low, int high) {
     bool ok = false;
@@ -58,18 +79,20 @@ bool timing_kept(const device::DeviceRecord& r, int i) {
     return i <= 6 || device::model_controls(r).extra_timings;
 }
 
-QString family_text(const device::DeviceRecord& r) {
-    return QStringLiteral(" (device family %1)").arg(r.family_code);
+// A refusal with the device family it was made for.
+QString refusal(const Words& w, int text, const device::DeviceRecord& r,
+                const QStringList& args = {}) {
+    return cli_text(w, text, args) + QLatin1Char(' ') + cli_text(w, text_family, {r.family_code});
 }
 
-std::optional<Plan> plan_sn(const QStringList& a, QString& error) {
+std::optional<Plan> plan_sn(const Words& w, const QStringList& a, QString& error) {
     if (a.size() != 1) {
-        error = QStringLiteral("usage: set sn TEXT");
+        error = cli_text(w, text_usage_sn);
         return std::nullopt;
     }
     const QString text = a[0];
     if (!device::serial_text_storable(text)) {
-        error = QStringLiteral("the serial number holds characters the device cannot store");
+        error = cli_text(w, text_sn_not_storable);
         return std::nullopt;
     }
     Plan p;
@@ -78,11 +101,10 @@ std::optional<Plan> plan_sn(const QStringList& a, QString& error) {
     return p;
 }
 
-std::optional<Plan> plan_hours(const QStringList& a, QString& error) {
+std::optional<Plan> plan_hours(const Words& w, const QStringList& a, QString& error) {
     const auto entry = a.size() == 1 ? device::parse_hours_entry(a[0]) : std::nullopt;
     if (!entry) {
-        error = QStringLiteral("usage: set hours HHHHHH:M (six hour digits, a colon and the tens "
-                               "of minutes 0 to 5, e.g. 001234:5, or as shown, 001234:50)");
+        error = cli_text(w, text_usage_hours);
         return std::nullopt;
     }
     const QString typed = a[0];
@@ -97,9 +119,9 @@ std::optional<Plan> plan_hours(const QStringList& a, QString& error) {
     return p;
 }
 
-std::optional<Plan> plan_clock(const QStringList& a, QString& error) {
+std::optional<Plan> plan_clock(const Words& w, const QStringList& a, QString& error) {
     if (!a.isEmpty()) {
-        error = QStringLiteral("usage: set clock (takes the PC's present time)");
+        error = cli_text(w, text_usage_clock);
         return std::nullopt;
     }
     Plan p;
@@ -111,27 +133,25 @@ std::optional<Plan> plan_clock(const QStringList& a, QString& error) {
     return p;
 }
 
-std::optional<Plan> plan_lp(const QStringList& a, QString& error) {
+std::optional<Plan> plan_lp(const Words& w, const QStringList& a, QString& error) {
     if (!a.isEmpty()) {
-        error = QStringLiteral("usage: set lp (switches the low-power mode)");
+        error = cli_text(w, text_usage_lp);
         return std::nullopt;
     }
     Plan p;
-    p.refuse = [](const device::DeviceRecord& r) {
-        return device::toggled_low_power(r)
-                   ? QString()
-                   : QStringLiteral("the board %1 has no low-power mode").arg(r.LP.trimmed());
+    p.refuse = [&w](const device::DeviceRecord& r) {
+        return device::toggled_low_power(r) ? QString()
+                                            : cli_text(w, text_no_low_power, {r.LP.trimmed()});
     };
     p.change = [](AppContext& ctx) { return device::cmd_togglelp_Click(ctx); };
     p.result = [](const AppContext& ctx) { return Lines{{QStringLiteral("LP"), ctx.device.LP}}; };
     return p;
 }
 
-std::optional<Plan> plan_rest(const QStringList& a, QString& error) {
+std::optional<Plan> plan_rest(const Words& w, const QStringList& a, QString& error) {
     const auto value = a.size() == 1 ? device::parse_remaining_entry(a[0]) : std::nullopt;
     if (!value || a[0].trimmed() != a[0]) {
-        error = QStringLiteral("usage: set rest N (a whole number from 0 to %1)")
-                    .arg(device::remaining_max);
+        error = cli_text(w, text_usage_rest, {QString::number(device::remaining_max)});
         return std::nullopt;
     }
     const QString typed = a[0];
@@ -146,21 +166,20 @@ std::optional<Plan> plan_rest(const QStringList& a, QString& error) {
     return p;
 }
 
-std::optional<Plan> plan_flow(const QStringList& a, QString& error) {
+std::optional<Plan> plan_flow(const Words& w, const QStringList& a, QString& error) {
     const int selector = a.value(0) == QLatin1String("u")   ? 0
                          : a.value(0) == QLatin1String("o") ? 1
                                                             : -1;
     const auto value = a.size() == 2 ? whole_number(a[1], 0, 255) : std::nullopt;
     if (selector < 0 || !value) {
-        error = QStringLiteral("usage: set flow u|o VALUE (VALUE 0 to 255)");
+        error = cli_text(w, text_usage_flow);
         return std::nullopt;
     }
     const int v = *value;
     Plan p;
-    p.refuse = [](const device::DeviceRecord& r) {
-        return device::model_controls(r).flow_selectors
-                   ? QString()
-                   : QStringLiteral("this device has no flow selectors") + family_text(r);
+    p.refuse = [&w](const device::DeviceRecord& r) {
+        return device::model_controls(r).flow_selectors ? QString()
+                                                        : refusal(w, text_no_flow_selectors, r);
     };
     p.change = [selector, v](AppContext& ctx) {
         return device::cb_vs_Click(ctx, selector, v, false);
@@ -184,7 +203,7 @@ Lines timing_lines(const AppContext& ctx, const QList<int>& indexes) {
     return lines;
 }
 
-std::optional<Plan> plan_timing(const QStringList& a, QString& error) {
+std::optional<Plan> plan_timing(const Words& w, const QStringList& a, QString& error) {
     if (a.size() == 1 && a[0] == QLatin1String("reset")) {
         QList<int> indexes;
         for (std::size_t i = 0; i < device::factory_timings.size(); ++i)
@@ -198,16 +217,14 @@ std::optional<Plan> plan_timing(const QStringList& a, QString& error) {
         a.size() == 2 ? whole_number(a[0], 0, device::timing_count - 1) : std::nullopt;
     const auto value = a.size() == 2 ? whole_number(a[1], 0, 255) : std::nullopt;
     if (!index || !value) {
-        error = QStringLiteral("usage: set timing INDEX VALUE (INDEX 0 to 13, VALUE 0 to 255 in "
-                               "ticks of 0.04 s) or set timing reset");
+        error = cli_text(w, text_usage_timing);
         return std::nullopt;
     }
     const int i = *index, v = *value;
     Plan p;
-    p.refuse = [i](const device::DeviceRecord& r) {
-        return timing_kept(r, i)
-                   ? QString()
-                   : QStringLiteral("timing %1 is not used by this device").arg(i) + family_text(r);
+    p.refuse = [&w, i](const device::DeviceRecord& r) {
+        return timing_kept(r, i) ? QString()
+                                 : refusal(w, text_timing_unused, r, {QString::number(i)});
     };
     p.change = [i, v](AppContext& ctx) { return device::cb_t_Click(ctx, i, v, false); };
     p.result = [i](const AppContext& ctx) { return timing_lines(ctx, {i}); };
@@ -215,14 +232,14 @@ std::optional<Plan> plan_timing(const QStringList& a, QString& error) {
 }
 
 std::optional<Plan> plan_preset(const QStringList& a, QString& error, AppContext& ctx) {
+    const Words& w = ctx.language;
     const auto n = a.size() == 1 ? whole_number(a[0], 1, device::preset_count) : std::nullopt;
     if (!n) {
-        error = QStringLiteral("usage: set preset N (N 1 to 3)");
+        error = cli_text(w, text_usage_preset);
         return std::nullopt;
     }
     if (!device::load_preset(ctx.presets, *n, ctx.program_dir)) {
-        error = QStringLiteral("%1 is missing or holds a bad value")
-                    .arg(ctx.program_dir + device::preset_file_name(*n));
+        error = cli_text(w, text_preset_bad, {ctx.program_dir + device::preset_file_name(*n)});
         return std::nullopt;
     }
     QList<int> indexes;
@@ -232,30 +249,26 @@ std::optional<Plan> plan_preset(const QStringList& a, QString& error, AppContext
     }
     const int preset = *n;
     Plan p;
-    p.refuse = [](const device::DeviceRecord& r) {
-        return device::presets_wanted(r)
-                   ? QString()
-                   : QStringLiteral("presets are offered only for models with a rinse valve") +
-                         family_text(r);
+    p.refuse = [&w](const device::DeviceRecord& r) {
+        return device::presets_wanted(r) ? QString() : refusal(w, text_no_presets, r);
     };
     p.change = [preset](AppContext& c) { return device::cmdPresetZeiten_Click(c, preset); };
     p.result = [indexes](const AppContext& c) { return timing_lines(c, indexes); };
     return p;
 }
 
-std::optional<Plan> plan_alarm(const QStringList& a, QString& error) {
+std::optional<Plan> plan_alarm(const Words& w, const QStringList& a, QString& error) {
     const auto alarm = a.size() == 1 ? device::acoustic_alarm_named(a[0]) : std::nullopt;
     if (!alarm) {
-        error = QStringLiteral("usage: set alarm o21|o22|vollo (switches whether it sounds)");
+        error = cli_text(w, text_usage_alarm);
         return std::nullopt;
     }
     const device::AcousticAlarm which = *alarm;
     Plan p;
-    p.refuse = [which](const device::DeviceRecord& r) {
+    p.refuse = [&w, which](const device::DeviceRecord& r) {
         const device::ModelControls m = device::model_controls(r);
         if (!m.acoustic || (which == device::AcousticAlarm::o22 && !m.acoustic_o22))
-            return QStringLiteral("this device has no acoustic switch for that alarm") +
-                   family_text(r);
+            return refusal(w, text_no_acoustic, r);
         return QString();
     };
     p.change = [which](AppContext& ctx) { return device::pic_akust_Click(ctx, which); };
@@ -268,28 +281,29 @@ std::optional<Plan> plan_alarm(const QStringList& a, QString& error) {
 int run_set(CommandEnv& env) {
     const QString what = env.args.value(0);
     const QStringList rest = env.args.mid(1);
+    const Words& w = env.ctx.language;
     QString error;
     std::optional<Plan> plan;
     if (what == QLatin1String("sn"))
-        plan = plan_sn(rest, error);
+        plan = plan_sn(w, rest, error);
     else if (what == QLatin1String("hours"))
-        plan = plan_hours(rest, error);
+        plan = plan_hours(w, rest, error);
     else if (what == QLatin1String("clock"))
-        plan = plan_clock(rest, error);
+        plan = plan_clock(w, rest, error);
     else if (what == QLatin1String("lp"))
-        plan = plan_lp(rest, error);
+        plan = plan_lp(w, rest, error);
     else if (what == QLatin1String("rest"))
-        plan = plan_rest(rest, error);
+        plan = plan_rest(w, rest, error);
     else if (what == QLatin1String("flow"))
-        plan = plan_flow(rest, error);
+        plan = plan_flow(w, rest, error);
     else if (what == QLatin1String("timing"))
-        plan = plan_timing(rest, error);
+        plan = plan_timing(w, rest, error);
     else if (what == QLatin1String("preset"))
         plan = plan_preset(rest, error, env.ctx);
     else if (what == QLatin1String("alarm"))
-        plan = plan_alarm(rest, error);
+        plan = plan_alarm(w, rest, error);
     else
-        error = QStringLiteral("set what? sn, hours, clock, lp, rest, flow, timing, preset, alarm");
+        error = cli_text(w, text_set_what);
     if (!plan) {
         print_error(error);
         return exit_usage;
@@ -302,20 +316,21 @@ int run_set(CommandEnv& env) {
 CliCommand set_command() {
     CliCommand c;
     c.name = QStringLiteral("set");
-    c.help = QStringLiteral(
-        "set sn TEXT          write the serial number (--yes)\n"
-        "set hours HHHHHH:M   write the operating hours (tens of minutes 0 to 5; --yes)\n"
-        "set clock            set the device clock to the PC's present time\n"
-        "set lp               switch the low-power mode\n"
-        "set rest N           write the remaining time (0 to 999)\n"
-        "set flow u|o VALUE   write a flow selector (0 to 255)\n"
-        "set timing INDEX VALUE | set timing reset\n"
-        "                     write one valve timing (ticks of 0.04 s) or the factory values\n"
-        "                     (reset: --yes)\n"
-        "set preset N         write the valve timings of Zeiten_N.txt (N 1 to 3; --yes)\n"
-        "set alarm o21|o22|vollo  switch whether that alarm sounds\n"
-        "                     each prints the device's value after the read-back as KEY|VALUE;\n"
-        "                     --yes answers the question before a change that cannot be undone");
+    c.help = {
+        {9340, 9341}, // set sn TEXT: write the serial number (--yes)
+        {9342, 9343}, // set hours HHHHHH:M: write the operating hours (...)
+        {9344, 9345}, // set clock: set the device clock to the PC's present time
+        {9346, 9347}, // set lp: switch the low-power mode
+        {9348, 9349}, // set rest N: write the remaining time (0 to 999)
+        {9350, 9351}, // set flow u|o VALUE: write a flow selector (0 to 255)
+        {9352, 0},    // set timing INDEX VALUE | set timing reset
+        {0, 9353},    // write one valve timing (ticks of 0.04 s) or the factory values
+        {0, 9354},    // (reset: --yes)
+        {9355, 9356}, // set preset N: write the valve timings of Zeiten_N.txt (N 1 to 3; --yes)
+        {9357, 9358}, // set alarm o21|o22|vollo: switch whether that alarm sounds
+        {0, 9359},    // each prints the device's value after the read-back as KEY|VALUE;
+        {0, 9360},    // --yes answers the question before a change that cannot be undone
+    };
     c.run = run_set;
     return c;
 }

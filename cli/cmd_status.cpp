@@ -3,6 +3,7 @@
 
 #include "app_context.h"
 #include "cli_session.h"
+#include "cli_texts.h"
 #include "commands.h"
 #include "console_ui.h"
 #include "progress_line.h"
@@ -19,19 +20,17 @@ namespace {
 // Outcomes a person reads, in the chosen language.
 constexpr int text_not_finished = 8111;
 constexpr int text_not_written = 8114;
+constexpr int text_no_arguments = 9240; // "%1 takes no arguments"
+constexpr int text_no_file_name = 9293; // "--out needs a file name"
 
 const QString out_option = QStringLiteral("out");
 
 int run_status(CommandEnv& env) {
-    if (!env.args.isEmpty()) {
-        print_error(QStringLiteral("status takes no arguments"));
-        return exit_usage;
-    }
+    if (!env.args.isEmpty())
+        return usage_error(env, text_no_arguments, {QStringLiteral("status")});
     const QString out = env.parser.value(out_option);
-    if (env.parser.isSet(out_option) && out.isEmpty()) {
-        print_error(QStringLiteral("--out needs a file name"));
-        return exit_usage;
-    }
+    if (env.parser.isSet(out_option) && out.isEmpty())
+        return usage_error(env, text_no_file_name);
     // The identity in the heading and the record layout come from the
     // device record, so it is read completely first.
     int code = env.session.connect_and_read_record();
@@ -39,7 +38,7 @@ int run_status(CommandEnv& env) {
         return code;
     const int shown = env.ui.status_tables_shown;
     {
-        const ProgressLine line(env.ctx.status.readout);
+        const ProgressLine line(env.ctx.status.readout, env.ctx.language);
         status::cmd_sysstatread_Click(env.ctx);
         code = env.session.run_until([&] { return env.ui.status_tables_shown > shown; });
     }
@@ -66,12 +65,8 @@ int run_status(CommandEnv& env) {
 CliCommand status_command() {
     CliCommand c;
     c.name = QStringLiteral("status");
-    c.help = QStringLiteral("status [--out FILE]  read the status memory, print its table");
-    c.options = [] {
-        return QList<QCommandLineOption>{{out_option,
-                                          QStringLiteral("status: also write the table to FILE"),
-                                          QStringLiteral("file")}};
-    };
+    c.help = {{9290, 9291}}; // status [--out FILE]: read the status memory, print its table
+    c.options = {{out_option, 9204, 9292}}; // FILE: status: also write the table to FILE
     c.run = run_status;
     return c;
 }

@@ -7,6 +7,7 @@
 
 #include "app_context.h"
 #include "cli_session.h"
+#include "cli_texts.h"
 #include "commands.h"
 #include "compliance/compliance_readout.h"
 #include "console_ui.h"
@@ -29,30 +30,30 @@ namespace {
 const QString out_opt = QStringLiteral("out");
 const QString months_opt = QStringLiteral("months");
 
-int usage(const QString& text) {
-    print_error(text);
-    return exit_usage;
-}
+constexpr int text_needs_out = 9495;  // "visit needs --out DIR"
+constexpr int text_bad_months = 9496; // "--months takes a whole number from 1 to 120"
 
 int run_visit(CommandEnv& env) {
     const QCommandLineParser& p = env.parser;
     const QString dir = p.value(out_opt);
     if (dir.isEmpty())
-        return usage(QStringLiteral("visit needs --out DIR"));
+        return usage_error(env, text_needs_out);
     int months = 12;
     if (p.isSet(months_opt)) {
         bool ok = false;
         months = p.value(months_opt).toInt(&ok);
         if (!ok || months < 1 || months > 120)
-            return usage(QStringLiteral("--months takes a whole number from 1 to 120"));
+            return usage_error(env, text_bad_months);
     }
     if (!take_prescribed_hours(env))
         return exit_usage;
     // Every field is checked before the device is touched.
     QString error;
-    const auto fields = report_fields(env.args, &error);
-    if (!fields)
-        return usage(error);
+    const auto fields = report_fields(env.args, env.ctx.language, &error);
+    if (!fields) {
+        print_error(error);
+        return exit_usage;
+    }
 
     AppContext& ctx = env.ctx;
     compliance::install_compliance(ctx);
@@ -70,8 +71,8 @@ int run_visit(CommandEnv& env) {
     };
     visit::Visit v(ctx, std::move(request));
     {
-        const ProgressLine status_line(ctx.status.readout);
-        const ProgressLine usage_line(ctx.compliance.readout);
+        const ProgressLine status_line(ctx.status.readout, ctx.language);
+        const ProgressLine usage_line(ctx.compliance.readout, ctx.language);
         v.start();
         if (v.running())
             env.session.run_until([&] {
@@ -100,18 +101,17 @@ int run_visit(CommandEnv& env) {
 CliCommand visit_command() {
     CliCommand c;
     c.name = QStringLiteral("visit");
-    c.help = QStringLiteral(
-        "visit --out DIR [--months N] [--prescribed-hours H] [--adherence-share P]\n"
-        "      [KEY=VALUE ...]\n"
-        "                     the service visit: read status and usage memory, write them,\n"
-        "                     their PDFs, the inspection report and Besuch.txt into\n"
-        "                     DIR/<SN>_<yyyy-mm-dd>");
-    c.options = [] {
-        return QList<QCommandLineOption>{
-            {months_opt, QStringLiteral("visit: months in the compliance PDF (default 12)"),
-             QStringLiteral("N")},
-            prescribed_hours_option(),
-            adherence_share_option()};
+    c.help = {
+        {9490, 0}, // visit --out DIR [--months N] [--prescribed-hours H] [KEY=VALUE ...]
+        {0, 9491}, // the service visit: read status and usage memory, write them,
+        {0, 9492}, // their PDFs, the inspection report and Besuch.txt into
+        {0, 9493}, // DIR/<SN>_<yyyy-mm-dd>
+    };
+    c.options = {
+        // --out is declared by status, which --help names first.
+        {months_opt, 9208, 9494}, // N: visit: months in the compliance PDF (default 12)
+        prescribed_hours_option(),
+        adherence_share_option(),
     };
     // The PDFs need a drawing platform.
     c.needs_gui = [](const QCommandLineParser&) { return true; };

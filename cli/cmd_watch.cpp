@@ -3,6 +3,7 @@
 
 #include "app_context.h"
 #include "cli_session.h"
+#include "cli_texts.h"
 #include "commands.h"
 #include "console_ui.h"
 #include "protocol/hex.h"
@@ -15,23 +16,22 @@ namespace veltrako::cli {
 
 namespace {
 
+constexpr int text_no_arguments = 9240; // "%1 takes no arguments"
+constexpr int text_bad_seconds = 9258;  // "--seconds takes a whole number of seconds"
+
 QString fixed(double v, int decimals) {
     return QString::number(v, 'f', decimals);
 }
 
 int run_watch(CommandEnv& env) {
-    if (!env.args.isEmpty()) {
-        print_error(QStringLiteral("watch takes no arguments"));
-        return exit_usage;
-    }
+    if (!env.args.isEmpty())
+        return usage_error(env, text_no_arguments, {QStringLiteral("watch")});
     int seconds = -1;
     if (env.parser.isSet(QStringLiteral("seconds"))) {
         bool ok = false;
         seconds = env.parser.value(QStringLiteral("seconds")).toInt(&ok);
-        if (!ok || seconds < 0) {
-            print_error(QStringLiteral("--seconds takes a whole number of seconds"));
-            return exit_usage;
-        }
+        if (!ok || seconds < 0)
+            return usage_error(env, text_bad_seconds);
     }
     AppContext& ctx = env.ctx;
     ctx.payload_handler = [&ctx](const QByteArray& payload) {
@@ -67,12 +67,8 @@ int run_watch(CommandEnv& env) {
 CliCommand watch_command() {
     CliCommand c;
     c.name = QStringLiteral("watch");
-    c.help = QStringLiteral("watch [--seconds N]  one line of live values per live status");
-    c.options = [] {
-        return QList<QCommandLineOption>{{QStringLiteral("seconds"),
-                                          QStringLiteral("watch: stop after N seconds"),
-                                          QStringLiteral("n")}};
-    };
+    c.help = {{9255, 9256}}; // watch [--seconds N]: one line of live values per live status
+    c.options = {{QStringLiteral("seconds"), 9208, 9257}}; // N: watch: stop after N seconds
     c.run = run_watch;
     return c;
 }

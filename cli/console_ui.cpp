@@ -1,10 +1,18 @@
 #include "console_ui.h"
 
+#include "cli_texts.h"
+
 #include <cstdio>
 
 namespace veltrako::cli {
 
 namespace {
+
+// What the console says when the command line left a question open.
+constexpr int text_no_answer = 9229; // "(no answer given: use --yes or --no)"
+constexpr int text_no_input = 9230;  // "(no input given: use --input TEXT)"
+constexpr int text_no_file = 9231;   // "(no file given: use --file PATH)"
+
 QString plain(QString text) {
     text.replace(QStringLiteral("\r\n"), QStringLiteral("\n"));
     while (text.endsWith(QLatin1Char('\n')))
@@ -28,8 +36,12 @@ bool ConsoleUi::answer(const QString& question) {
         return *preset_answer;
     unanswered_ = true;
     print_error(question);
-    print_error(QStringLiteral("(no answer given: use --yes or --no)"));
+    print_error(text(text_no_answer));
     return false;
+}
+
+QString ConsoleUi::text(int n) const {
+    return language ? cli_text(*language, n) : QString();
 }
 
 bool ConsoleUi::ask_yes_no(const QString& text, const QString&) {
@@ -61,7 +73,7 @@ std::optional<QString> ConsoleUi::input_box(const QString& prompt, const QString
     }
     unanswered_ = true;
     print_error(prompt);
-    print_error(QStringLiteral("(no input given: use --input TEXT)"));
+    print_error(text(text_no_input));
     return std::nullopt;
 }
 
@@ -69,7 +81,7 @@ QString ConsoleUi::choose_open_file(const FileDialogRequest& request) {
     if (preset_file)
         return *preset_file;
     unanswered_ = true;
-    print_error(request.title + QStringLiteral(" (no file given: use --file PATH)"));
+    print_error(request.title + QLatin1Char(' ') + text(text_no_file));
     return {};
 }
 

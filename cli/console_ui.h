@@ -10,6 +10,10 @@
 #include <functional>
 #include <optional>
 
+namespace veltrako::config {
+struct LanguageTables;
+}
+
 namespace veltrako::cli {
 
 class ConsoleUi final : public UserInterface {
@@ -20,6 +24,9 @@ public:
     std::optional<QString> preset_file;
     // Lines of the developer page go to stderr too.
     bool verbose = false;
+    // The texts of --lang for what the console itself says; set as soon as
+    // they are loaded.
+    const config::LanguageTables* language = nullptr;
     // Called whenever the device record changed.
     std::function<void()> on_record_changed;
 
@@ -60,6 +67,7 @@ public:
 
 private:
     bool answer(const QString& question);
+    QString text(int n) const;
     bool unanswered_ = false;
     int messages_ = 0;
 };

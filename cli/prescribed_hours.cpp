@@ -2,6 +2,7 @@
 
 #include "app_context.h"
 #include "cli_command.h"
+#include "cli_texts.h"
 #include "console_ui.h"
 
 #include <QCommandLineParser>
@@ -11,25 +12,24 @@ namespace veltrako::cli {
 namespace {
 const QString option_name = QStringLiteral("prescribed-hours");
 const QString share_option = QStringLiteral("adherence-share");
+// "--prescribed-hours takes a number from 0 to 24, not "%1""
+constexpr int text_bad_option = 9436;
+// "VERORDNUNG in %1 is no number from 0 to 24: "%2""
+constexpr int text_bad_setting = 9437;
 // "--adherence-share takes a percentage from 0 to 100, not "%1""
 constexpr int text_share_option = 8520;
 // "ADHERENZ_ANTEIL in %1 is no percentage from 0 to 100: "%2""
 constexpr int text_share_ini = 8521;
 } // namespace
 
-QCommandLineOption prescribed_hours_option() {
-    return {option_name,
-            QStringLiteral("compliance, visit: prescribed hours of use a day, 0 to 24 "
-                           "(default: VERORDNUNG in veltrako2.ini)"),
-            QStringLiteral("H")};
+CliOption prescribed_hours_option() {
+    // H: compliance, visit: prescribed hours of use a day, 0 to 24 (default: VERORDNUNG ...)
+    return {option_name, 9238, 9435};
 }
 
-QCommandLineOption adherence_share_option() {
-    return {share_option,
-            QStringLiteral("compliance, visit: share of days in percent the best 30 days must "
-                           "meet the prescription on (default: ADHERENZ_ANTEIL in veltrako2.ini, "
-                           "else 70)"),
-            QStringLiteral("P")};
+CliOption adherence_share_option() {
+    // P: compliance, visit: share of days in percent the best 30 days must meet ...
+    return {share_option, 9439, 9438};
 }
 
 bool take_prescribed_hours(CommandEnv& env) {
@@ -37,11 +37,8 @@ bool take_prescribed_hours(CommandEnv& env) {
     const QString text = given ? env.parser.value(option_name) : env.ctx.config.VERORDNUNG;
     const std::optional<double> hours = config::prescribed_hours(text);
     if (!hours) {
-        print_error(given ? QStringLiteral("--prescribed-hours takes a number from 0 to 24, not "
-                                           "\"%1\"")
-                                .arg(text)
-                          : QStringLiteral("VERORDNUNG in %1 is no number from 0 to 24: \"%2\"")
-                                .arg(env.ctx.config_path, text));
+        print_error(given ? cli_text(env, text_bad_option, {text})
+                          : cli_text(env, text_bad_setting, {env.ctx.config_path, text}));
         return false;
     }
     env.ctx.compliance.prescribed_hours = *hours;
@@ -50,10 +47,8 @@ bool take_prescribed_hours(CommandEnv& env) {
         share_given ? env.parser.value(share_option) : env.ctx.config.ADHERENZ_ANTEIL;
     const std::optional<double> share = config::adherence_share(share_text);
     if (!share) {
-        print_error(
-            share_given
-                ? env.ctx.language.text(text_share_option).arg(share_text)
-                : env.ctx.language.text(text_share_ini).arg(env.ctx.config_path, share_text));
+        print_error(share_given ? cli_text(env, text_share_option, {share_text})
+                                : cli_text(env, text_share_ini, {env.ctx.config_path, share_text}));
         return false;
     }
     env.ctx.compliance.adherence_share = *share;

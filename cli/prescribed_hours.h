@@ -4,14 +4,14 @@
 // veltrako2.ini) and the share of days the best 30 must meet them on
 // (--adherence-share P, else ADHERENZ_ANTEIL).
 
-#include <QCommandLineOption>
+#include "cli_command.h"
 
 namespace veltrako::cli {
 
 struct CommandEnv;
 
-QCommandLineOption prescribed_hours_option();
-QCommandLineOption adherence_share_option();
+CliOption prescribed_hours_option();
+CliOption adherence_share_option();
 
 // Puts the prescription and the share into the compliance memory. False,
 // after saying on stderr which value is wrong, when the hours are no number

@@ -6,6 +6,10 @@
 #include <QElapsedTimer>
 #include <QString>
 
+namespace veltrako::config {
+struct LanguageTables;
+}
+
 namespace veltrako::progress {
 class Progress;
 struct Standing;
@@ -13,13 +17,14 @@ struct Standing;
 
 namespace veltrako::cli {
 
-// The text of the line, numbers in the user's locale.
-QString progress_text(const progress::Standing& standing);
+// The text of the line, numbers in the user's locale, words in the language
+// of `language`.
+QString progress_text(const progress::Standing& standing, const config::LanguageTables& language);
 
 class ProgressLine {
 public:
     // Watches `progress` from here until destroyed.
-    explicit ProgressLine(progress::Progress& progress);
+    ProgressLine(progress::Progress& progress, const config::LanguageTables& language);
     ~ProgressLine();
     ProgressLine(const ProgressLine&) = delete;
     ProgressLine& operator=(const ProgressLine&) = delete;
@@ -28,6 +33,7 @@ private:
     void show();
 
     progress::Progress& progress_;
+    const config::LanguageTables& language_;
     bool terminal_;
     bool printed_ = false;
     QElapsedTimer since_shown_;

@@ -4,8 +4,7 @@
 // before anything connects, with a message that never repeats it.
 
 #include "archive/server_address.h"
-
-#include <QCommandLineOption>
+#include "cli_command.h"
 
 #include <optional>
 
@@ -13,7 +12,7 @@ namespace veltrako::cli {
 
 struct CommandEnv;
 
-QCommandLineOption server_option();
+CliOption server_option();
 
 // The server, or nothing after saying on stderr why not.
 std::optional<archive::ServerAddress> take_server(const CommandEnv& env);

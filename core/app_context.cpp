@@ -1,5 +1,6 @@
 #include "app_context.h"
 
+#include "link/connection_state.h"
 #include "protocol/response_interpreter.h"
 
 #include <QDir>
@@ -13,6 +14,7 @@ AppContext::AppContext(Clock& clock_, UserInterface& ui_, std::unique_ptr<link::
     payload_handler = [this](const QByteArray& payload) {
         protocol::dispatch_response(*this, payload);
     };
+    timer1.switched = [this] { link::follow_connection(*this); };
 }
 
 void show_msg(AppContext& ctx, const QString& text) {
@@ -29,6 +31,8 @@ bool remember_dialog_folder(AppContext& ctx, const QString& chosen_file) {
     const QString folder = plain.left(plain.lastIndexOf(QLatin1Char('/')) + 1);
     if (!folder.isEmpty())
         ctx.config.INITDIR = folder;
+    if (!ctx.persist_config)
+        return true;
     return config::save_config(ctx.config, ctx.config_path);
 }
 

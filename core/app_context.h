@@ -44,6 +44,12 @@ public:
     // The archive file in use (config::archive_path); empty: no archive.
     QString archive_path;
     config::Config config;
+    // Whether a setting changed while the program runs (the folder a file
+    // dialog remembers) is written back to config_path at once. A front end
+    // whose runs must leave the technician's settings as they are (the
+    // command line, which scripts run) turns it off: the change then holds
+    // for the run only.
+    bool persist_config = true;
     config::LanguageTables language;
 
     link::LinkState link;
@@ -76,7 +82,8 @@ void show_msg(AppContext& ctx, const QString& text);
 void show_info(AppContext& ctx, const QString& text);
 // After a confirmed file dialog: the chosen file's folder becomes INITDIR,
 // the start of the next dialog, and the configuration file is rewritten at
-// once. False when the configuration file could not be written.
+// once unless the context does not persist its settings. False when the
+// configuration file could not be written.
 bool remember_dialog_folder(AppContext& ctx, const QString& chosen_file);
 // Communication log line stamped with the context's clock.
 void log_comm(AppContext& ctx, const QString& tag, const QString& text);

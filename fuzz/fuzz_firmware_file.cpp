@@ -1,8 +1,11 @@
 // A firmware file comes from wherever the technician got it: any content must
-// be accepted or refused, and what is accepted must be fit to send.
+// be accepted or refused, and what is accepted must be fit to send. The same
+// bytes go in as a boot loader's greeting, which comes from the device: the
+// hardware it names is one word or none.
 
 #include "config/text_file.h"
 #include "firmware/firmware_file.h"
+#include "firmware/firmware_update.h"
 #include "fuzz_support.h"
 
 #include <cstdint>
@@ -11,6 +14,9 @@
 using namespace veltrako;
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    const QString named = firmware::loader_hardware(fuzz::input_bytes(data, size));
+    if (named.contains(QLatin1Char(' ')) || named.contains(QLatin1Char('\n')))
+        std::abort();
     // The same decoding as a file's bytes get, without the file.
     const QStringList lines = config::decode_text_lines(fuzz::input_bytes(data, size));
     firmware::FirmwareImage image;

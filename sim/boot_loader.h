@@ -1,6 +1,8 @@
 #pragma once
 // The device's boot loader. It speaks raw bytes, no frames:
-//   "I"  sync request, answered with the loader's greeting ("ae60000 ...")
+//   "I"  sync request, answered with the loader's greeting: "ae60000", the
+//        loader's version and, from a loader that knows it, the hardware
+//        identifier of the board ("ae60000 BL1.3 AE61\r\n")
 //   0x42 N a_hi a_lo d1..dN s   one data line: N data bytes for address a; s
 //        makes the sum of all N + 5 bytes 0 mod 256. Answered ">" when good,
 //        "E" when the checksum is wrong.

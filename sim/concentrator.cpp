@@ -26,7 +26,11 @@ qint64 whole_ms(double ms) {
 
 Concentrator::Concentrator(const Scenario& scenario, const QDateTime& present)
     : device_(scenario, present), latency_ms_(scenario.latency_ms),
-      loader_(scenario.boot_loader_greeting), faults_(scenario.faults) {}
+      loader_(scenario.boot_loader_greeting), faults_(scenario.faults),
+      in_boot_loader_(scenario.boot_loader_at_power_on) {
+    if (in_boot_loader_)
+        loader_.enter();
+}
 
 void Concentrator::set_faults(const Faults& faults) {
     if (faults.unplug && !faults_.unplug) {

@@ -223,6 +223,12 @@ const std::map<QByteArray, Key>& keys() {
         k["TEXT_40"] = {set_text(&Scenario::text_40, field::text_40)};
         k["TEXT_58"] = {set_text(&Scenario::text_58, field::text_58)};
         k["BOOT_LOADER_GREETING"] = {set_text(&Scenario::boot_loader_greeting, 0)};
+        k["BOOT_LOADER"] = {[](ParseState& p, const QByteArray& v, QString& why) {
+            const auto f = values::flag(v, why);
+            if (f)
+                p.s.boot_loader_at_power_on = *f;
+            return f.has_value();
+        }};
         // Counters and settings
         k["HOURS"] = {parse_hours};
         k["CLOCK"] = {[](ParseState& p, const QByteArray& v, QString& why) {

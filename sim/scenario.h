@@ -42,6 +42,10 @@ struct Scenario {
     QByteArray text_40 = "Veltrak O2 Geraet";
     QByteArray text_58 = "V2.1";
     QByteArray boot_loader_greeting = "ae60000 BL1.3\r\n";
+    // Powered on in its boot loader, as a failed update leaves a device: it
+    // answers the loader's requests only, until a file is programmed and "R"
+    // restarts it.
+    bool boot_loader_at_power_on = false;
 
     // Counters and settings
     OperatingHours hours{1234, 5};

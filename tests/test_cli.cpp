@@ -2,6 +2,9 @@
 // simulator over a pseudo-terminal, and against the in-process simulator.
 
 #include "cli_program.h"
+#include "command_line.h"
+#include "config/language.h"
+#include "fake_user_interface.h"
 #include "payload_text.h"
 #include "protocol_harness.h"
 #include "sim_server_process.h"
@@ -135,21 +138,42 @@ private slots:
         QVERIFY2(r.err.contains(message), qPrintable(r.err));
     }
 
+    // A device found waiting in its boot loader is programmed without an
+    // identity; a loader that does not name its hardware only with
+    // --force-hardware, and a warning.
     void firmware_data() {
-        Table<QString, QStringList, int, QStringList> row; // hardware, options, exit, said in order
-        row("programmed", "AE60|AE61", {"--yes"}, 0,
+        // device (scenario lines; none: the default device), hardware,
+        // options, exit, said in order
+        Table<QByteArray, QString, QStringList, int, QStringList> row;
+        row("programmed", "", "AE60|AE61", {"--yes"}, 0,
             {"block 1/3, eta 0:01", "block 3/3, eta 0:01", "The software update is complete."});
-        row("another board", "AE60", {"--yes"}, 1, {"does not fit", "device: AE61", "file: 5122"});
+        row("another board", "", "AE60", {"--yes"}, 1,
+            {"does not fit", "device: AE61", "file: 5122"});
         // Nothing is sent before the question is answered.
-        row("no answer", "AE61", {}, 2, {"Now: 5121", "New: 5122", "--yes or --no"});
+        row("no answer", "", "AE61", {}, 2, {"Now: 5121", "New: 5122", "--yes or --no"});
+        const QByteArray loader = "BOOT_LOADER=on\nSW_AFTER_UPDATE=5122\n";
+        row("in its boot loader", loader + "BOOT_LOADER_GREETING=\"ae60000 BL1.3 AE61\\r\\n\"\n",
+            "AE61", {"--yes", "--verbose"}, 0,
+            {"Device waiting in its boot loader", "block 3/3", "The software update is complete.",
+             "software version 5122"});
+        row("in a loader that names no hardware", loader, "AE61", {"--yes"}, 2,
+            {"Device waiting in its boot loader", "does not say which hardware", "file: AE61",
+             "--force-hardware programs the file"});
+        row("forced", loader, "AE61", {"--yes", "--force-hardware"}, 0,
+            {"does not say which hardware", "block 3/3", "The software update is complete."});
     }
     void firmware() {
-        const auto [hardware, options, exit_code, said] =
-            Table<QString, QStringList, int, QStringList>::fetch();
+        const auto [device, hardware, options, exit_code, said] =
+            Table<QByteArray, QString, QStringList, int, QStringList>::fetch();
         QTemporaryDir dir;
-        const Run r =
-            run_cli(QStringList{"--link", "sim", "firmware", firmware_file(dir.path(), hardware)} +
-                    options);
+        QString link = "sim";
+        if (!device.isEmpty()) {
+            QFile scenario(dir.filePath("device.scn"));
+            QVERIFY(scenario.open(QIODevice::WriteOnly) && scenario.write(device) > 0);
+            link += ':' + scenario.fileName();
+        }
+        const Run r = run_cli(
+            QStringList{"--link", link, "firmware", firmware_file(dir.path(), hardware)} + options);
         QCOMPARE(r.exit_code, exit_code);
         qsizetype at = 0;
         for (const QString& s : said) {
@@ -183,6 +207,56 @@ private slots:
         // Help and version on stdout; the failure on stderr.
         const QString& text = exit_code == 0 ? r.out : r.err;
         QVERIFY2(text.contains(said), qPrintable(text));
+    }
+
+    // Every word in the language of --lang: the refusals, the question the
+    // command line leaves open, --help. German words never come out in
+    // English, nor the other way round.
+    void speaks_the_language_of_lang_data() {
+        Table<QStringList, int, QString, QString> row; // arguments, exit code, English, German
+        row("unknown option", {"--bogus", "info"}, 2, "unknown option --bogus",
+            "unbekannte Option --bogus");
+        row("option without its value", {"info", "--log"}, 2, "--log needs a value",
+            "--log braucht einen Wert");
+        row("unknown link", {"--link", "usb", "info"}, 2, "unknown link \"usb\"",
+            "unbekannte Verbindung „usb“");
+        row("arguments refused", {"--link", "sim", "status", "x"}, 2, "status takes no arguments",
+            "status nimmt keine Argumente");
+        row("value refused", {"--link", "sim", "set", "rest", "x"}, 2, "usage: set rest N",
+            "Aufruf: set rest N");
+        row("question left open", {"--link", "sim", "reset", "hours"}, 2,
+            "(no answer given: use --yes or --no)",
+            "(keine Antwort angegeben: --yes oder --no verwenden)");
+        row("help", {"--help"}, 0, "\nCommands:\n  info  ", "\nBefehle:\n  info  ");
+    }
+    void speaks_the_language_of_lang() {
+        const auto [arguments, exit_code, english, german] =
+            Table<QStringList, int, QString, QString>::fetch();
+        for (const auto& [lang, said, unsaid] :
+             {std::tuple{"en", english, german}, std::tuple{"de", german, english}}) {
+            const Run r = run_cli(QStringList{"--lang", lang} + arguments);
+            QCOMPARE(r.exit_code, exit_code);
+            const QString& text = exit_code == 0 ? r.out : r.err;
+            QVERIFY2(text.contains(said) && !text.contains(unsaid),
+                     qPrintable(lang + (":\n" + text)));
+        }
+    }
+
+    // --help shows a text for every number it names, in both languages.
+    void help_has_every_text_in_both_files_data() {
+        Table<QString>()("English", "langen.txt")("German", "langde.txt");
+    }
+    void help_has_every_text_in_both_files() {
+        veltrako::config::LanguageTables tables;
+        veltrako::testing::FakeUserInterface ui;
+        QVERIFY(veltrako::config::load_language(tables,
+                                                QCoreApplication::applicationDirPath() + '/' +
+                                                    std::get<0>(Table<QString>::fetch()),
+                                                ui));
+        const QList<int> numbers = veltrako::cli::help_text_numbers();
+        QVERIFY(numbers.size() > 50);
+        for (const int n : numbers)
+            QVERIFY2(!tables.text(n).isEmpty(), qPrintable(QString::number(n)));
     }
 
     void payload_arguments_data() {

@@ -157,6 +157,24 @@ private slots:
                  ini_there ? 1 : 0); // and no probe file behind
     }
 
+    // The command line only reads: without settings of the user's own it
+    // reads the shipped ones, and nothing appears in the user's folders.
+    void reading_alone_makes_nothing() {
+        ProgramFolder program;
+        QTemporaryDir home;
+        const UserFolders folders{home.filePath(QStringLiteral(".config/veltrako2")),
+                                  home.filePath(QStringLiteral("Documents")),
+                                  home.filePath(QStringLiteral(".local/share/veltrako2"))};
+        ConfigLocation location = find_config_location(program.path(), folders);
+        if (write_bits_ignored())
+            location = choose_config_location(program.path(), false, folders);
+        QCOMPARE(readable_config(location), program.path() + QLatin1String(config_file_name));
+        QVERIFY(QDir(home.path()).isEmpty());
+        QVERIFY(QDir().mkpath(folders.config_dir));
+        write_file(location.config_path, "TIMERINTERVAL|30\r\n");
+        QCOMPARE(readable_config(location), location.config_path);
+    }
+
     // Two starts of an installed copy: the shipped settings are read from the
     // user's copy; the communication log goes to the user's documents; a
     // status save must still write and remember its folder in the user's

@@ -20,6 +20,7 @@
 using namespace veltrako;
 using namespace veltrako::testing;
 using firmware::FileFault;
+using firmware::UnknownHardware;
 using firmware::UpdateResult;
 
 namespace {
@@ -272,6 +273,64 @@ private slots:
         QCOMPARE(b.linked.ui.connection_states.last(), ConnectionState::connected);
     }
 
+    // A device that answers its loader's sync request but not "?" (a failed
+    // update left it there) is found at connecting, said to wait in its boot
+    // loader, and programmed without an identity: the file is checked
+    // against the hardware its loader names; a loader that names none is
+    // programmed only after a warning, as the caller allows.
+    void device_waiting_in_its_boot_loader_data() {
+        // the loader's greeting, what to do without a hardware id, result,
+        // what the warning became ("question", "message", "note" or "")
+        const Table<QByteArray, UnknownHardware, UpdateResult, QString> row;
+        using H = UnknownHardware;
+        using R = UpdateResult;
+        row("loader names the hardware", "ae60000 BL1.3 AE61", H::refuse, R::done, "");
+        row("loader names other hardware", "ae60000 BL1.3 AE60", H::program, R::left, "");
+        row("loader says nothing, window asks", "ae60000 BL1.3", H::ask, R::done, "question");
+        row("loader says nothing, refused", "ae60000 BL1.3", H::refuse, R::hardware_unknown,
+            "message");
+        row("loader says nothing, forced", "ae60000 BL1.3", H::program, R::done, "note");
+    }
+    void device_waiting_in_its_boot_loader() {
+        const auto [greeting, unknown, result, warned] =
+            Table<QByteArray, UnknownHardware, UpdateResult, QString>::fetch();
+        Bench b("BOOT_LOADER=on\nBOOT_LOADER_GREETING=\"" + greeting + "\\r\\n\"");
+        AppContext& ctx = b.linked.ctx;
+        FakeUserInterface& ui = b.linked.ui;
+        QVERIFY(ctx.link.boot_loader);
+        QCOMPARE(ui.connection_states.last(), ConnectionState::boot_loader);
+        QCOMPARE(ui.connection_text, b.text(8004));
+        QCOMPARE(ui.messages, QStringList{b.text(8004) + "\r\n" + b.text(106)});
+        QVERIFY(!ctx.timer1.enabled()); // nothing polls a loader
+        QVERIFY(!link::device_controls_enabled(ctx));
+        ui.messages.clear();
+
+        ui.file_answers << b.file(header + data_lines(3));
+        ui.yes_no_answers << true;
+        QCOMPARE(firmware::firmware_update(ctx, b.progress, {unknown}), result);
+        const bool done = result == UpdateResult::done;
+        QCOMPARE(b.linked.device->boot_loader().programmed_lines().size(), done ? 3 : 0);
+        QCOMPARE(ui.questions.size(),
+                 result == UpdateResult::left || result == UpdateResult::hardware_unknown ? 0 : 1);
+        const QString warning = b.text(8601) + "\r\n" + b.text(8602) + " AE61";
+        QCOMPARE(ui.questions.value(0).startsWith(warning), warned == "question");
+        QCOMPARE(ui.messages.value(0) == warning, warned == "message");
+        QCOMPARE(ui.notes.value(0) == warning, warned == "note");
+        if (greeting.endsWith("AE60"))
+            QVERIFY(ui.messages.value(0).startsWith(b.text(102)));
+        // The loader is not told to start again with "b".
+        QVERIFY(std::none_of(b.heard.begin(), b.heard.end(),
+                             [](const auto& e) { return e.request == "b"; }));
+        if (!done) {
+            QVERIFY(ctx.link.boot_loader && b.linked.device->in_boot_loader());
+            return;
+        }
+        QVERIFY(ui.questions[0].contains(b.text(8030) + " " + b.text(8004)));
+        QCOMPARE(ctx.device.SW, QString("5122"));
+        QCOMPARE(ui.connection_states.last(), ConnectionState::connected);
+        QVERIFY(ctx.timer1.enabled());
+    }
+
     // Whatever is refused is refused before the device hears anything.
     void refused_before_anything_is_sent_data() {
         // lines, answer to the question, message ("#n" language text n, or
@@ -294,6 +353,11 @@ private slots:
         QCOMPARE(b.linked.ui.questions.size(), asked ? 1 : 0);
         QVERIFY(b.heard.isEmpty() && b.progress.log.isEmpty());
         QVERIFY(!b.linked.device->in_boot_loader());
+        // The device heard nothing: it is polled again, and the status bar
+        // says "Connected", not that polling stopped.
+        QVERIFY(b.linked.ctx.timer1.enabled());
+        QVERIFY2(b.linked.ui.connection_text.startsWith(b.text(8002)),
+                 qPrintable(b.linked.ui.connection_text));
     }
 
     void nothing_without_a_device_or_a_file() {
@@ -301,7 +365,8 @@ private slots:
         b.linked.ui.file_answers << QString(); // the dialog cancelled
         QCOMPARE(firmware::firmware_update(b.linked.ctx, b.progress), UpdateResult::left);
         QCOMPARE(b.linked.ui.dialogs.size(), 1);
-        QVERIFY(!b.linked.ctx.timer1.enabled());
+        QVERIFY(b.linked.ctx.timer1.enabled()); // polled again after the cancelled dialog
+        QVERIFY(b.linked.ui.connection_text.startsWith(b.text(8002)));
         link::close_device(b.linked.ctx);
         QCOMPARE(b.update(b.file(header + data_lines(1))), UpdateResult::left);
         QCOMPARE(b.linked.ui.dialogs.size(), 1);

@@ -23,7 +23,7 @@ using namespace veltrako::testing;
 
 namespace {
 
-using Connection = Table<bool, QString, bool, bool, QString>;
+using Connection = Table<bool, QString, bool, bool, bool, QString>;
 const QColor red(255, 0, 0);
 const QColor green(0, 255, 0);
 const QColor white(255, 255, 255);
@@ -117,21 +117,23 @@ private slots:
 
     // Every control that sends to the device waits for its identity; the
     // firmware menu also serves a device left in its boot loader. The status
-    // bar names the state.
+    // bar names the state, and says when an open device is not polled.
     void device_controls_follow_the_connection_data() {
-        Connection row; // open, SW, boot loader, enabled, status bar
-        row("no device", false, "", false, false, "keins");
-        row("open, no identity yet", true, "", false, false, "baut auf");
-        row("identity read", true, "5121", false, true, "Verbunden: VO2-1");
-        row("boot loader", true, "5121", true, false, "Bootloader");
+        Connection row; // open, SW, boot loader, polled, enabled, status bar
+        row("no device", false, "", false, false, false, "keins");
+        row("open, no identity yet", true, "", false, true, false, "baut auf");
+        row("identity read", true, "5121", false, true, true, "Verbunden: VO2-1");
+        row("identity read, polling off", true, "5121", false, false, true, "angehalten");
+        row("boot loader", true, "5121", true, false, false, "Bootloader");
     }
     void device_controls_follow_the_connection() {
-        const auto [open, sw, boot_loader, enabled, status] = Connection::fetch();
+        const auto [open, sw, boot_loader, polled, enabled, status] = Connection::fetch();
         Window h;
         for (const auto& [n, text] : {std::pair{8000, "keins"},
                                       {8001, "baut auf"},
                                       {8002, "Verbunden:"},
-                                      {8004, "Bootloader"}})
+                                      {8004, "Bootloader"},
+                                      {8600, "angehalten"}})
             h.ctx.language.language_text[n] = text;
         h.form.show();
         if (open)
@@ -141,6 +143,9 @@ private slots:
         h.ctx.device.LP = "LP124";
         h.ctx.presets.buttons[0].enabled = true;
         h.ctx.link.boot_loader = boot_loader;
+        // Switched by hand: the ticks of the test's clock drive nothing here.
+        h.ctx.timer1.on_tick = nullptr;
+        h.ctx.timer1.set_enabled(polled);
         link::follow_connection(h.ctx);
         h.form.device_record_changed();
         QCOMPARE(h.get<QLabel>("lbl_connection")->text(), status);

@@ -197,6 +197,21 @@ private slots:
         QCOMPARE(form.control("cb_t", 0)->font().pointSize(), designed);
     }
 
+    // English and German are both complete: each holds every number the other has.
+    void both_files_hold_the_same_numbers() {
+        const Parsed german = parse("langde.txt"), english = parse("langen.txt");
+        const QList<int> de = german.texts.keys(), en = english.texts.keys();
+        QVERIFY(de.size() > 300);
+        QStringList only;
+        for (int n : de)
+            if (!english.texts.contains(n))
+                only << "de " + QString::number(n);
+        for (int n : en)
+            if (!german.texts.contains(n))
+                only << "en " + QString::number(n);
+        QVERIFY2(only.isEmpty(), qPrintable(only.join(", ")));
+    }
+
     void file_holds_every_number_data() {
         Table<QString>()("German", "langde.txt")("English", "langen.txt");
     }

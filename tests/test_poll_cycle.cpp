@@ -4,6 +4,8 @@
 // path of compliance record reads, and the communication log.
 
 #include "app_context.h"
+#include "compliance/compliance_readout.h"
+#include "device/settings.h"
 #include "fake_link_context.h"
 #include "link/device_connection.h"
 #include "link/sim_link.h"
@@ -13,6 +15,8 @@
 #include "protocol_harness.h"
 #include "sim/concentrator.h"
 #include "sim/scenario.h"
+#include "status/status_readout.h"
+#include "visit/visit.h"
 
 #include <QMap>
 #include <QTemporaryDir>
@@ -274,6 +278,53 @@ private slots:
         h.received.clear();
         h.tick(1);
         QVERIFY(h.received.isEmpty());
+    }
+
+    // Polling never stops silently: while a device is open and Timer1 is off
+    // (as a queue overflow leaves it) the status bar says so, and a job that
+    // needs the device starts it again; its commands go out without anyone
+    // pressing "Verbindung initialisieren".
+    void a_job_starts_polling_that_was_off_data() {
+        using Job = std::function<void(AppContext&)>;
+        Table<Job, QByteArray> row; // the job, its first command
+        row("status readout", Job(status::cmd_sysstatread_Click), cmd::read_status_record(1));
+        row("usage readout", Job(compliance::cmd_complianceread_Click), cmd::compliance_count());
+        row("usage erased", Job(compliance::cmd_compliancedelete_Click), cmd::compliance_erase());
+        row("service visit", Job([](AppContext& ctx) { visit::Visit(ctx, {}).start(); }),
+            cmd::read_status_record(1));
+        row("setting written", Job([](AppContext& ctx) {
+                QCOMPARE(device::cmd_Restzeit_Click(ctx), device::WriteOutcome::confirmed);
+            }),
+            cmd::set_remaining(250));
+    }
+    void a_job_starts_polling_that_was_off() {
+        const auto [job, first_command] =
+            Table<std::function<void(AppContext&)>, QByteArray>::fetch();
+        Harness h;
+        AppContext& ctx = *h.ctx;
+        ctx.language.language_text[8002] = QStringLiteral("connected");
+        ctx.language.language_text[8600] = QStringLiteral("polling stopped");
+        status::install_status_memory(ctx);
+        compliance::install_compliance(ctx);
+        h.connect();
+        ctx.timer1.set_enabled(false);
+        QCOMPARE(h.ui.connection_text, QString("polling stopped"));
+        QCOMPARE(ctx.link.connection, ConnectionState::connected);
+
+        h.ui.ok_cancel_answers << true;
+        h.ui.input_answers << QStringLiteral("250");
+        // Waits inside a job pass as in the event loop: ticks while Timer1 is on.
+        h.clock.on_step = [&] {
+            if (ctx.timer1.enabled())
+                timer1_tick(ctx);
+        };
+        h.received.clear();
+        job(ctx);
+        QVERIFY(ctx.timer1.enabled());
+        QVERIFY2(h.ui.connection_text.startsWith("connected"), qPrintable(h.ui.connection_text));
+        for (int i = 0; i < 100 && !h.received.contains(first_command); ++i)
+            h.clock.wait_ms(50);
+        QVERIFY(h.received.contains(first_command));
     }
 
     // On every page but the developer's, where the device is opened and

@@ -1,56 +1,142 @@
-// The desktop program's start as a technician meets it, offscreen, against
-// the in-process simulator: settings and language texts read, live values on
-// "Gerät" by the program's own timer, and the device closed on quitting.
+// The desktop program as a technician meets it, offscreen, against the
+// in-process simulator on the program's own timer and event loop: settings
+// and language texts read, live values on "Gerät", the device closed on
+// quitting; a cancelled firmware update that leaves the poll cycle running,
+// so that a service visit after it runs to its end; a device that waits in
+// its boot loader, found at start-up and again after "Verbindung
+// initialisieren", and brought back by the firmware update.
 
 #include "link/sim_link.h"
+#include "protocol_harness.h"
 #include "report/report_draft.h"
 #include "report_harness.h"
 #include "sim/concentrator.h"
 #include "sim/scenario.h"
+#include "sim_helpers.h"
 #include "startup.h"
 #include "window_harness.h"
 
+#include <QAction>
+#include <QFileDialog>
 #include <QTemporaryDir>
 
 using namespace veltrako;
 using namespace veltrako::testing;
 
-class TestStartup : public QObject {
-    Q_OBJECT
-private slots:
-    void shows_live_values_after_start() {
-        QTemporaryDir dir;
+namespace {
+
+// The window started as the program starts it, in German, on a folder of its
+// own with a settings file that polls every 20 ms.
+struct Started {
+    explicit Started(const QByteArray& scenario)
+        : device(std::make_shared<sim::Concentrator>(scenario_from(scenario))),
+          ctx(clock, form, std::make_unique<link::SimLink>(clock, device)) {
         QFile::copy(QStringLiteral(VELTRAKO2_LANG_DIR "/langde.txt"), dir.filePath("langde.txt"));
         write_file(dir.filePath("veltrako2.ini"), "TIMEOUT|1\r\nTIMERINTERVAL|20\r\n"
                                                   "VERORDNUNG|6\r\nADHERENZ_ANTEIL|80\r\n");
-        SystemClock clock;
-        ui::FrmMain form;
-        auto device = std::make_shared<sim::Concentrator>(
-            *sim::parse_scenario("SW=5121\nSN=VO2-START\nO2=91\nNOISE=off\n"));
-        AppContext ctx(clock, form, std::make_unique<link::SimLink>(clock, device));
         form.bind(ctx);
-        BoxAnswers boxes;
         ui::StartupOptions options;
         options.application_dir = dir.path();
         form.show();
         ui::form_load(form, ctx, options);
-        QCOMPARE(ctx.timer1.interval(), 20); // from veltrako2.ini
-        QCOMPARE(ctx.compliance.prescribed_hours, 6.0);
-        QCOMPARE(ctx.compliance.adherence_share, 80.0);
-        QCOMPARE(form.tab1()->tabText(0), QString("Gerät")); // the language file read
-        QCOMPARE(form.tab1()->currentIndex(), 0);
-        const auto text = [&form](const char* name) {
-            return form.control_as<QLineEdit>(name)->text();
-        };
-        QTRY_COMPARE_WITH_TIMEOUT(text("t_o2"), QString("91"), 5000);
-        QCOMPARE(text("t_sn").trimmed(), QString("VO2-START"));
-        QCOMPARE(text("t_sw"), QString("5121"));
+    }
+    QString status() const { return form.control_as<QLabel>("lbl_connection")->text(); }
+    QString text(const char* name) const { return form.control_as<QLineEdit>(name)->text(); }
+
+    QTemporaryDir dir;
+    SystemClock clock;
+    ui::FrmMain form;
+    std::shared_ptr<sim::Concentrator> device;
+    AppContext ctx;
+};
+
+} // namespace
+
+class TestStartup : public QObject {
+    Q_OBJECT
+private slots:
+    void shows_live_values_after_start() {
+        BoxAnswers boxes;
+        Started s("SW=5121\nSN=VO2-START\nO2=91\nNOISE=off\n");
+        QCOMPARE(s.ctx.timer1.interval(), 20); // from veltrako2.ini
+        QCOMPARE(s.ctx.compliance.prescribed_hours, 6.0);
+        QCOMPARE(s.ctx.compliance.adherence_share, 80.0);
+        QCOMPARE(s.form.tab1()->tabText(0), QString("Gerät")); // the language file read
+        QCOMPARE(s.form.tab1()->currentIndex(), 0);
+        QTRY_COMPARE_WITH_TIMEOUT(s.text("t_o2"), QString("91"), 5000);
+        QCOMPARE(s.text("t_sn").trimmed(), QString("VO2-START"));
+        QCOMPARE(s.text("t_sw"), QString("5121"));
         QVERIFY2(boxes.texts.isEmpty(), qPrintable(boxes.texts.join('\n')));
 
         // Quitting closes the device.
-        form.close();
-        QCOMPARE(ctx.link.device_handle, 0u);
-        QVERIFY(ctx.comm_log.comm_log.contains("Device Closed"));
+        s.form.close();
+        QCOMPARE(s.ctx.link.device_handle, 0u);
+        QVERIFY(s.ctx.comm_log.comm_log.contains("Device Closed"));
+    }
+
+    // Datei → Softwareupdate → Abbrechen: the device heard nothing, so it is
+    // polled on and the status bar keeps "Verbunden". A service visit after
+    // it runs to its end; it used to stand at "Schritt 1 von 10" for ever.
+    void cancelled_update_leaves_polling_on() {
+        Started s("SW=5121\nSN=VO2-START\nNOISE=off\nSTATUS_GENERATE=3\nCOMPLIANCE_GENERATE=5\n"
+                  "COMPLIANCE_FROM=-10d\nCOMPLIANCE_TO=now\n");
+        QTRY_VERIFY_WITH_TIMEOUT(s.ctx.device.live_valid, 5000);
+        when_modal([](QWidget* dialog) { qobject_cast<QDialog*>(dialog)->reject(); });
+        s.form.menu_action("men_Softwareupdate")->trigger();
+        QVERIFY(s.ctx.timer1.enabled());
+        QVERIFY2(s.status().startsWith("Verbunden: VO2-START"), qPrintable(s.status()));
+        const float seen = s.ctx.device.live_time;
+        QTRY_VERIFY_WITH_TIMEOUT(s.ctx.device.live_time != seen, 5000); // live values go on
+
+        BoxAnswers boxes; // the visit's closing message
+        // A visit that stands still is ended, so that the test fails instead
+        // of waiting for ever.
+        QTimer watchdog;
+        watchdog.setSingleShot(true);
+        QObject::connect(&watchdog, &QTimer::timeout, [&s] {
+            if (auto* visit = s.form.findChild<QDialog*>("frm_visit"))
+                visit->reject();
+        });
+        watchdog.start(60000);
+        s.form.menu_action("men_Servicebesuch")->trigger();
+        QCOMPARE(boxes.texts.size(), 1);
+        QVERIFY2(boxes.texts[0].startsWith(s.ctx.language.text(8422)), qPrintable(boxes.texts[0]));
+    }
+
+    void device_in_its_boot_loader_is_brought_back() {
+        const QString waiting = QStringLiteral("Gerät wartet im Bootloader");
+        // "Gerät wartet im Bootloader" and what to do, at every finding.
+        auto found = std::make_unique<BoxAnswers>();
+        Started s("SW=5121\nSW_AFTER_UPDATE=5122\nHARDWARE_ID=AE61\nNOISE=off\nBOOT_LOADER=on\n"
+                  "BOOT_LOADER_GREETING=\"ae60000 BL1.3 AE61\\r\\n\"\n");
+        QTRY_COMPARE_WITH_TIMEOUT(s.status(), waiting, 10000);
+        QVERIFY(s.form.menu_action("men_Softwareupdate")->isEnabled());
+        QVERIFY(!s.form.menu_action("men_Servicebesuch")->isEnabled());
+        QVERIFY(!s.form.control("cmd_setsn")->isEnabled());
+        s.form.menu_action("men_verbindung")->trigger();
+        QVERIFY(s.status() != waiting);                        // looked for afresh ...
+        QTRY_COMPARE_WITH_TIMEOUT(s.status(), waiting, 10000); // ... and found there again
+        QTRY_COMPARE(found->texts.size(), 2);
+        QVERIFY(found->texts[0].startsWith(waiting));
+        found.reset();
+
+        QByteArray file = "VERSION=5122\r\nHARDWARE=AE61\r\n";
+        for (int i = 0; i < 3; ++i)
+            file += loader_line(16 * i, QByteArray(16, 'x')).toHex() + "\r\n";
+        QVERIFY(write_file(s.dir.filePath("new.ae6"), file));
+        when_modal([&s](QWidget* dialog) {
+            auto* files = qobject_cast<QFileDialog*>(dialog);
+            QVERIFY(files);
+            files->selectFile(s.dir.filePath("new.ae6"));
+            QMetaObject::invokeMethod(files, "accept");
+        });
+        BoxAnswers update({QMessageBox::Yes, QMessageBox::Ok}); // the question, "abgeschlossen"
+        s.form.menu_action("men_Softwareupdate")->trigger();
+        QCOMPARE(update.texts.size(), 2);
+        QCOMPARE(update.texts[1], s.ctx.language.text(104));
+        QTRY_COMPARE_WITH_TIMEOUT(s.text("t_sw"), QString("5122"), 10000);
+        QVERIFY2(s.status().startsWith("Verbunden"), qPrintable(s.status()));
+        QVERIFY(!s.device->in_boot_loader());
     }
 
     // A report left unsaved by a crash comes back at the next start when the

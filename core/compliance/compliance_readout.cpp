@@ -206,6 +206,7 @@ void compliance_show(AppContext& ctx) {
 void start_readout(AppContext& ctx, bool tell_failure) {
     if (ctx.link.device_handle == 0)
         return;
+    protocol::resume_polling(ctx);
     ComplianceMemory& m = ctx.compliance;
     if (m.readout.running())
         return;
@@ -344,6 +345,7 @@ void compliance_answer(AppContext& ctx, const QByteArray& payload) {
 void cmd_compliancedelete_Click(AppContext& ctx) {
     if (!ctx.ui.ask_ok_cancel(ctx.language.text(6011), QString()))
         return;
+    protocol::resume_polling(ctx);
     protocol::queue_command(ctx, protocol::cmd::compliance_erase());
     compliance_clear(ctx.compliance);
     compliance_buttons(ctx, link_enabled(ctx));

@@ -78,12 +78,23 @@ QString archive_path(const ConfigLocation& location, const QString& setting,
                : QFileInfo(location.config_path).absoluteDir().absoluteFilePath(chosen);
 }
 
-ConfigLocation locate_config(const QString& program_dir, const UserFolders& folders) {
+ConfigLocation find_config_location(const QString& program_dir, const UserFolders& folders) {
     const QString beside = program_folder(program_dir) + QLatin1String(config_file_name);
-    const ConfigLocation location =
-        choose_config_location(program_dir, can_write_config(beside), folders);
+    return choose_config_location(program_dir, can_write_config(beside), folders);
+}
+
+ConfigLocation locate_config(const QString& program_dir, const UserFolders& folders) {
+    const ConfigLocation location = find_config_location(program_dir, folders);
     prepare_config_location(location);
     return location;
+}
+
+QString readable_config(const ConfigLocation& location) {
+    if (QFileInfo::exists(location.config_path))
+        return location.config_path;
+    if (!location.seed_path.isEmpty() && QFileInfo::exists(location.seed_path))
+        return location.seed_path;
+    return {};
 }
 
 } // namespace veltrako::config

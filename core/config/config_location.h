@@ -52,6 +52,10 @@ bool can_write_config(const QString& ini_path);
 // first save already lands there. Beside the program: nothing to do.
 void prepare_config_location(const ConfigLocation& location);
 
+// Probes the file beside the program and decides; nothing is made.
+ConfigLocation find_config_location(const QString& program_dir,
+                                    const UserFolders& folders = standard_user_folders());
+
 inline constexpr auto archive_file_name = "archive.sqlite";
 
 // The archive file in use: `option` (--archive) over `setting` (ARCHIV) over
@@ -62,5 +66,11 @@ QString archive_path(const ConfigLocation& location, const QString& setting, con
 // Probes the file beside the program, decides and prepares.
 ConfigLocation locate_config(const QString& program_dir,
                              const UserFolders& folders = standard_user_folders());
+
+// The file that holds the settings of `location` without preparing it: the
+// user's own when it is there, else the one it would be seeded from; empty
+// when there is neither. For a front end that reads the settings and never
+// writes them (the command line).
+QString readable_config(const ConfigLocation& location);
 
 } // namespace veltrako::config

@@ -17,6 +17,9 @@ constexpr qint64 queue_allowance_ms = 5000;
 } // namespace
 
 ReadBackWatch::ReadBackWatch(AppContext& ctx) : ctx_(ctx), previous_(ctx.payload_handler) {
+    // Every write of a setting watches its read-back: the poll cycle must
+    // run for either to go out.
+    protocol::resume_polling(ctx_);
     ctx_.payload_handler = [this](const QByteArray& payload) {
         const QByteArray answering = ctx_.protocol.last_command;
         if (previous_)

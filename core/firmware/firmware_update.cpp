@@ -18,6 +18,9 @@ namespace veltrako::firmware {
 namespace {
 
 const QString crlf = QStringLiteral("\r\n");
+constexpr int text_in_loader = 8004;        // "Gerät wartet im Bootloader"
+constexpr int text_hardware_unknown = 8601; // the loader does not say which hardware it is
+constexpr int text_file_hardware = 8602;    // "Hardware der Software-Datei:"
 
 // The hourglass while the update waits on the device; gone on every way out
 // and while a message is up.
@@ -38,20 +41,34 @@ private:
     bool on_ = false;
 };
 
+// Stops the poll cycle for the questions before an update and, unless the
+// update went as far as the device's loader, starts it again on the way out.
+// Deliberately unlike the routine this follows, which left Timer1 off after a
+// cancelled dialog, a refused file or a "No": the device heard nothing, so
+// its live values go on instead of freezing under "Verbunden" until someone
+// thinks of "Verbindung initialisieren" (and a service visit started meanwhile
+// no longer waits for ever at its first step).
+class PollingPaused {
+public:
+    explicit PollingPaused(AppContext& ctx) : ctx_(ctx) { ctx_.timer1.set_enabled(false); }
+    ~PollingPaused() {
+        if (resume_)
+            protocol::resume_polling(ctx_);
+    }
+    PollingPaused(const PollingPaused&) = delete;
+    PollingPaused& operator=(const PollingPaused&) = delete;
+    // From the loader dialogue on, the connect routine brings it back.
+    void keep_stopped() { resume_ = false; }
+
+private:
+    AppContext& ctx_;
+    bool resume_ = true;
+};
+
 // After a failure the device cannot run until it is programmed: say so with
 // the failure.
 QString failure_message(const AppContext& ctx, const QString& what) {
     return what + crlf + ctx.language.text(106);
-}
-
-bool synchronise(AppContext& ctx) {
-    for (int i = 0; i < loader::sync_tries; ++i) {
-        link::write_raw(ctx, QByteArrayLiteral("I"));
-        wait_ms(ctx, loader::sync_wait_ms);
-        if (link::read_raw(ctx).startsWith(loader::greeting))
-            return true;
-    }
-    return false;
 }
 
 // Polls for the answer to a data line: quickly first, then more slowly, and
@@ -94,12 +111,28 @@ bool hardware_fits(const FirmwareImage& image, const QString& device_hardware) {
     return !id.isEmpty() && image.hardware.contains(id);
 }
 
-UpdateResult firmware_update(AppContext& ctx, UpdateProgress& progress) {
+QString loader_hardware(const QByteArray& greeting) {
+    const QList<QByteArray> words = greeting.simplified().split(' ');
+    return words.size() >= 3 ? QString::fromLatin1(words[2]) : QString();
+}
+
+std::optional<QByteArray> sync_boot_loader(AppContext& ctx, int tries) {
+    for (int i = 0; i < tries; ++i) {
+        link::write_raw(ctx, QByteArrayLiteral("I"));
+        wait_ms(ctx, loader::sync_wait_ms);
+        if (QByteArray answer = link::read_raw(ctx); answer.startsWith(loader::greeting))
+            return answer;
+    }
+    return std::nullopt;
+}
+
+UpdateResult firmware_update(AppContext& ctx, UpdateProgress& progress,
+                             const UpdateOptions& options) {
     if (ctx.link.device_handle == 0)
         return UpdateResult::left;
-    // Nothing of the poll cycle may mix into the loader dialogue; the connect
-    // routine switches it on again.
-    ctx.timer1.set_enabled(false);
+    // Nothing of the poll cycle may mix into the loader dialogue, nor change
+    // the device record while the file is checked against it.
+    PollingPaused polling(ctx);
 
     FileDialogRequest request;
     request.title = ctx.language.text(11002);
@@ -118,14 +151,38 @@ UpdateResult firmware_update(AppContext& ctx, UpdateProgress& progress) {
     if (!load_firmware_file(ctx, path, image))
         return UpdateResult::left;
 
-    if (!hardware_fits(image, ctx.device.text_d0)) {
+    // A device in its loader has no identity to read: its loader may name
+    // the hardware, or the record still knows it from before a failed update.
+    const bool in_loader = ctx.link.boot_loader;
+    const QString hardware = in_loader && !ctx.link.loader_hardware.isEmpty()
+                                 ? ctx.link.loader_hardware
+                                 : ctx.device.text_d0.trimmed();
+    QString question = ctx.language.text(8037);
+    if (in_loader && hardware.isEmpty()) {
+        const QString warning = ctx.language.text(text_hardware_unknown) + crlf +
+                                ctx.language.text(text_file_hardware) + QLatin1Char(' ') +
+                                image.hardware.join(QStringLiteral(", "));
+        switch (options.unknown_hardware) {
+        case UnknownHardware::ask:
+            question = warning + QStringLiteral("\n\n") + question;
+            break;
+        case UnknownHardware::refuse:
+            show_msg(ctx, warning);
+            return UpdateResult::hardware_unknown;
+        case UnknownHardware::program:
+            ctx.ui.show_note(warning, MsgIcon::exclamation);
+            break;
+        }
+    } else if (!hardware_fits(image, hardware)) {
         show_msg(ctx, ctx.language.text(102) + crlf + ctx.language.text(101) + QLatin1Char(' ') +
-                          ctx.device.text_d0.trimmed() + crlf + ctx.language.text(100) +
-                          QLatin1Char(' ') + image.version);
+                          hardware + crlf + ctx.language.text(100) + QLatin1Char(' ') +
+                          image.version);
         return UpdateResult::left;
     }
-    if (!device::confirm_change(ctx, ctx.language.text(8037), ctx.device.SW, image.version))
+    const QString running = in_loader ? ctx.language.text(text_in_loader) : ctx.device.SW;
+    if (!device::confirm_change(ctx, question, running, image.version))
         return UpdateResult::left;
+    polling.keep_stopped();
     const UpdateResult result = program_firmware(ctx, image, progress);
     if (result != UpdateResult::done)
         return result;
@@ -151,15 +208,18 @@ UpdateResult program_firmware(AppContext& ctx, const FirmwareImage& image,
     // From "b" on the device is out of its application: nothing may
     // interrupt the dialogue with its loader.
     progress.begin(blocks);
-    protocol::send_frame(ctx, QByteArrayLiteral("b"));
-    // Until it is told to restart, the device listens to its loader only.
-    ctx.link.boot_loader = true;
-    link::follow_connection(ctx);
-    wait_ms(ctx, loader::enter_ms);
+    // A device that waits in its loader already is not told again.
+    if (!ctx.link.boot_loader) {
+        protocol::send_frame(ctx, QByteArrayLiteral("b"));
+        // Until it is told to restart, the device listens to its loader only.
+        ctx.link.boot_loader = true;
+        link::follow_connection(ctx);
+        wait_ms(ctx, loader::enter_ms);
+    }
     // An answer to the last poll may still have come in; the loader's
     // greeting must be the first thing read after the sync request.
     link::read_raw(ctx);
-    if (!synchronise(ctx)) {
+    if (!sync_boot_loader(ctx, loader::sync_tries)) {
         progress.end();
         busy.set(false);
         show_msg(ctx, failure_message(ctx, ctx.language.text(103)));

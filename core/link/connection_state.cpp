@@ -10,6 +10,7 @@ constexpr int text_connecting = 8001;
 constexpr int text_connected = 8002;
 constexpr int text_not_answering = 8003;
 constexpr int text_boot_loader = 8004;
+constexpr int text_polling_stopped = 8600;
 } // namespace
 
 ConnectionState connection_state(const AppContext& ctx) {
@@ -27,6 +28,11 @@ ConnectionState connection_state(const AppContext& ctx) {
 }
 
 QString connection_text(const AppContext& ctx, ConnectionState state) {
+    // Live values that stand still under "Verbunden" look like a device that
+    // is fine; the technician is told instead that nothing is asked.
+    if (state != ConnectionState::boot_loader && ctx.link.device_handle != 0 &&
+        !ctx.timer1.enabled())
+        return ctx.language.text(text_polling_stopped);
     switch (state) {
     case ConnectionState::no_device:
         return ctx.language.text(text_no_device);
@@ -54,6 +60,8 @@ bool device_controls_enabled(const AppContext& ctx) {
 }
 
 void follow_connection(AppContext& ctx) {
+    if (ctx.link.quiet)
+        return;
     const ConnectionState state = connection_state(ctx);
     if (state == ConnectionState::connected)
         ctx.link.lost = false;
@@ -63,6 +71,14 @@ void follow_connection(AppContext& ctx) {
     ctx.link.connection = state;
     ctx.link.connection_text = text;
     ctx.ui.connection_changed(state, text);
+}
+
+QuietConnection::QuietConnection(AppContext& ctx) : ctx_(ctx), was_quiet_(ctx.link.quiet) {
+    ctx_.link.quiet = true;
+}
+
+QuietConnection::~QuietConnection() {
+    ctx_.link.quiet = was_quiet_;
 }
 
 } // namespace veltrako::link

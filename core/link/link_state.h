@@ -18,8 +18,16 @@ struct LinkState {
     // the device stopped answering and was given up; set until it answers
     // again, so that one lost connection brings one message.
     bool lost = false;
-    // A firmware update left the device in its boot loader.
+    // The device waits in its boot loader: a firmware update left it there,
+    // or it answered the loader's sync request instead of "?" when connected.
     bool boot_loader = false;
+    // The hardware identifier its loader named when it was found there;
+    // empty when the loader does not say.
+    QString loader_hardware;
+
+    // Set while a routine passes through states it does not mean to tell
+    // (QuietConnection).
+    bool quiet = false;
 
     // The state and its wording as last handed to the user interface.
     ConnectionState connection = ConnectionState::no_device;

@@ -3,6 +3,7 @@
 #include "app_context.h"
 #include "config/dates.h"
 #include "config/text_file.h"
+#include "firmware/firmware_update.h"
 #include "link/connection_state.h"
 #include "link/device_connection.h"
 #include "protocol/commands.h"
@@ -76,6 +77,30 @@ struct BusyGuard {
     BusyGuard& operator=(const BusyGuard&) = delete;
 };
 
+constexpr int text_boot_loader = 8004; // "Gerät wartet im Bootloader"
+constexpr int text_update_again = 106; // the device cannot be used until it is programmed
+
+// A device that has not answered "?" since it was opened may wait in its
+// boot loader, where a failed update left it: the loader answers its own
+// sync request, which an application that runs drops as a stray byte. Found
+// there, the device stays open and unpolled (the poll cycle's frames mean
+// nothing to a loader) for the firmware update to program it.
+bool found_in_boot_loader(AppContext& ctx) {
+    if (!ctx.device.SW.isEmpty())
+        return false;
+    link::read_raw(ctx); // whatever the loader made of the frames sent so far
+    const std::optional<QByteArray> greeting = firmware::sync_boot_loader(ctx, 1);
+    if (!greeting)
+        return false;
+    ctx.link.boot_loader = true;
+    ctx.link.loader_hardware = firmware::loader_hardware(*greeting);
+    ctx.link.lost = false;
+    reset_link_state(ctx);
+    show_msg(ctx,
+             ctx.language.text(text_boot_loader) + crlf + ctx.language.text(text_update_again));
+    return true;
+}
+
 void handle_timeout(AppContext& ctx) {
     ProtocolState& p = ctx.protocol;
     const float now = seconds_since_midnight(ctx.clock.now());
@@ -95,6 +120,8 @@ void handle_timeout(AppContext& ctx) {
         link::follow_connection(ctx);
         return;
     }
+    if (found_in_boot_loader(ctx))
+        return;
     // Deliberately one message per lost connection, not one per give-up:
     // a device that stays silent is given up again after every silent
     // reconnection, and the status bar says meanwhile that it does not answer.
@@ -312,10 +339,22 @@ void queue_initial_sequence(AppContext& ctx) {
 void connect_routine(AppContext& ctx) {
     // Whatever left the device in its boot loader, a connection starts afresh.
     ctx.link.boot_loader = false;
-    reset_link_state(ctx);
-    if (link::open_device(ctx, false))
-        queue_initial_sequence(ctx);
-    ctx.timer1.set_enabled(true);
+    ctx.link.loader_hardware.clear();
+    {
+        // The steps in between (reset, the device open, Timer1 not yet on)
+        // are no state to tell anyone about.
+        const link::QuietConnection quiet(ctx);
+        reset_link_state(ctx);
+        if (link::open_device(ctx, false))
+            queue_initial_sequence(ctx);
+        ctx.timer1.set_enabled(true);
+    }
+    link::follow_connection(ctx);
+}
+
+void resume_polling(AppContext& ctx) {
+    if (ctx.link.device_handle != 0 && !ctx.link.boot_loader && !ctx.timer1.enabled())
+        ctx.timer1.set_enabled(true);
 }
 
 void cmd_clear(AppContext& ctx) {

@@ -43,6 +43,11 @@ void queue_initial_sequence(AppContext& ctx);
 // General reset, open the device, initial sequence, Timer1 on (also when no
 // device was found, so that the silent reconnection takes over).
 void connect_routine(AppContext& ctx);
+// Timer1 on again when a device is open and the poll cycle stands still,
+// unless the device waits in its boot loader (the poll cycle's frames mean
+// nothing there). A job that needs the device calls it before it queues
+// anything: a command queued while nothing polls would wait for ever.
+void resume_polling(AppContext& ctx);
 
 // The "Entwickler" page's actions.
 void cmd_clear(AppContext& ctx);

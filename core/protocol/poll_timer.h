@@ -24,7 +24,10 @@ public:
             timer_.start(interval_ms_);
         else
             timer_.stop();
+        const bool changed = on != enabled_;
         enabled_ = on;
+        if (changed && switched)
+            switched();
     }
     bool enabled() const { return enabled_; }
     void set_interval(int ms) {
@@ -35,6 +38,9 @@ public:
     int interval() const { return interval_ms_; }
 
     std::function<void()> on_tick;
+    // Called after the timer was switched on or off: whether the device is
+    // polled is part of what the technician is told about the link.
+    std::function<void()> switched;
 
 private:
     QTimer timer_;

@@ -99,6 +99,7 @@ void install_status_memory(AppContext& ctx) {
 void cmd_sysstatread_Click(AppContext& ctx) {
     if (!connected(ctx))
         return;
+    protocol::resume_polling(ctx);
     // Deliberately once: a second click while the records come in would
     // empty the list in the middle of the chain.
     if (ctx.status.readout.running())

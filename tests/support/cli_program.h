@@ -1,10 +1,10 @@
 #pragma once
 // A program of the build run as a script runs it, from a program folder of
-// its own. The programs keep veltrako2.ini beside themselves and rewrite it
-// (a file named with --file becomes the next dialog's folder), so a test that
-// ran the build's copy would leave its temporary folders in the build's
-// settings. The copy is made of hard links where the file system allows,
-// else of copies, and goes away with the object.
+// its own, made of hard links where the file system allows, else of copies,
+// and gone with the object. Its veltrako2.ini is a file of its own: the
+// build's settings in bytes no program writes (LF line ends, a line of a key
+// no program knows), and every run fails the test when it changed them: a
+// script's run must leave the technician's settings as they are.
 
 #include <QDir>
 #include <QFile>
@@ -12,6 +12,7 @@
 #include <QProcess>
 #include <QStandardPaths>
 #include <QTemporaryDir>
+#include <QTest>
 
 #include <unistd.h>
 
@@ -32,12 +33,14 @@ public:
         path_ = dir_.filePath(built.fileName());
         const QDir from = built.absoluteDir();
         ok_ = dir_.isValid() && place(built.absoluteFilePath(), path_);
-        const QStringList beside =
-            from.entryList({QStringLiteral("lang*.txt"), QStringLiteral("Zeiten_*.txt"),
-                            QStringLiteral("veltrako2.ini")},
-                           QDir::Files);
+        const QStringList beside = from.entryList(
+            {QStringLiteral("lang*.txt"), QStringLiteral("Zeiten_*.txt")}, QDir::Files);
         for (const QString& name : beside)
             ok_ = ok_ && place(from.filePath(name), dir_.filePath(name));
+        QFile built_ini(from.filePath(QStringLiteral("veltrako2.ini")));
+        QFile ini(file(QStringLiteral("veltrako2.ini")));
+        ok_ = ok_ && built_ini.open(QIODevice::ReadOnly) && ini.open(QIODevice::WriteOnly) &&
+              ini.write(built_ini.readAll().replace("\r\n", "\n") + "KEPT|as it was\n") > 0;
     }
 
     bool ok() const { return ok_; }
@@ -57,6 +60,7 @@ public:
                 env.insert(name, value);
         }
         p.setProcessEnvironment(env);
+        const QByteArray settings = this->settings();
         p.start(path_, arguments);
         ProgramRun r;
         if (!p.waitForFinished(timeout_ms)) {
@@ -68,7 +72,17 @@ public:
         r.exit_code = p.exitStatus() == QProcess::NormalExit ? p.exitCode() : -1;
         r.out = QString::fromUtf8(p.readAllStandardOutput());
         r.err = QString::fromUtf8(p.readAllStandardError());
+        if (this->settings() != settings)
+            QTest::qFail(qPrintable(QStringLiteral("veltrako2.ini changed by: ") +
+                                    arguments.join(QLatin1Char(' '))),
+                         __FILE__, __LINE__);
         return r;
+    }
+
+    // The bytes of the copy's veltrako2.ini.
+    QByteArray settings() const {
+        QFile ini(file(QStringLiteral("veltrako2.ini")));
+        return ini.open(QIODevice::ReadOnly) ? ini.readAll() : QByteArray();
     }
 
 private:
