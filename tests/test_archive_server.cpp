@@ -21,6 +21,7 @@
 #include "window_harness.h"
 
 #include <QCheckBox>
+#include <QElapsedTimer>
 #include <QProgressBar>
 #include <QSqlDatabase>
 #include <QSqlQuery>
@@ -164,6 +165,33 @@ private slots:
         QVERIFY2(tech.open(&error), qPrintable(error));
         QVERIFY2(tech.write({archive::usage_event(readout("VO2-2", 0, 3), "t@h")}, nullptr, &error),
                  qPrintable(error));
+    }
+
+    // A laptop's archive from before the team archive (version 1) carries no
+    // change numbers: its first sync sends everything it held.
+    void an_older_laptop_archive_sends_everything() {
+        const QString db = fresh_archive();
+        QTemporaryDir dir;
+        const QString file = dir.filePath("old.sqlite");
+        {
+            archive::ArchiveStore old(file);
+            QString error;
+            QVERIFY2(old.open(&error, 1), qPrintable(error));
+            QSqlQuery q(old.database());
+            QVERIFY(q.exec("INSERT INTO devices (sn, lp, lp_at) VALUES ('VO2-1', 'LP1', 1)"));
+            QVERIFY(q.exec("INSERT INTO events VALUES ('e1', 'VO2-1', 'usage', 5, NULL, 'a@b')"));
+            QVERIFY(q.exec("INSERT INTO usage_readouts VALUES ('e1', 1, 1, 'device')"));
+            QVERIFY(
+                q.exec("INSERT INTO usage_periods VALUES ('VO2-1', 100, 200, 0, 5, 'e1', 'a@b')"));
+        }
+        archive::ArchiveStore local(file); // brought forward as it opens
+        archive_into(local, {archive::usage_event(readout("VO2-2", 0, 3), "a@b")});
+        archive::ArchiveStore server(address(pg->uri("tech_a", db)));
+        const archive::SyncReport r = archive::sync_archive(local, server, {});
+        QVERIFY2(r.complete, qPrintable(r.error));
+        QCOMPARE(r.sent, 2);
+        QCOMPARE(count(db, "SELECT count(*) FROM usage_periods"), 4);
+        QCOMPARE(archive::sync_archive(local, server, {}).sent, 0);
     }
 
     // Two laptops: each sends what the server lacks and fetches what the
@@ -437,6 +465,31 @@ private slots:
         report = archive::sync_archive(local, server, options);
         QVERIFY(report.complete);
         QCOMPARE(report.sent + report.received, 0);
+    }
+
+    // A program that closes stops its sync before the next transaction, and
+    // waits for no retry; the next run sends the rest.
+    void a_stopped_sync_ends_at_once() {
+        const QString db = fresh_archive();
+        QTemporaryDir dir;
+        archive::ArchiveStore local(dir.filePath("a.sqlite"));
+        for (int d = 1; d <= 3; ++d)
+            archive_into(local, {archive::usage_event(
+                                    readout(QStringLiteral("VO2-%1").arg(d), 0, 5), "a@a")});
+        archive::ArchiveStore server(address(pg->uri("tech_a", db)));
+        std::atomic<bool> stop{false};
+        archive::SyncOptions options;
+        options.stop = &stop;
+        options.first_wait_ms = 60000; // a retry would be seen
+        QElapsedTimer took;
+        took.start();
+        const archive::SyncReport r =
+            archive::sync_archive(local, server, options, [&](int done, int) { stop = done >= 1; });
+        QVERIFY(took.elapsed() < 30000);
+        QVERIFY(!r.complete && !r.gave_up);
+        QCOMPARE(r.sent, 1);
+        QCOMPARE(r.unsent_events, 2);
+        QCOMPARE(archive::sync_archive(local, server, {}).sent, 2);
     }
 
     // From the command line: a server nobody answers for ends the run with

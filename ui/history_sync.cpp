@@ -6,6 +6,7 @@
 #include "archive/archive_sync.h"
 #include "frm_main.h"
 
+#include <QCoreApplication>
 #include <QDateTime>
 #include <QLabel>
 #include <QProgressBar>
@@ -59,6 +60,10 @@ void bind_history_sync(FrmMain& form, AppContext& ctx, archive::ArchiveService& 
         return;
     }
     read_last_sync(form, ctx, service);
+    // A program that closes does not wait for a server that does not answer.
+    auto stop = std::make_shared<std::atomic<bool>>(false);
+    QObject::connect(QCoreApplication::instance(), &QCoreApplication::aboutToQuit, &form,
+                     [stop] { *stop = true; });
     QObject::connect(button, &QPushButton::clicked, &form, [=, &form, &ctx, &service] {
         const archive::ParsedAddress parsed = archive::parse_server_address(uri);
         if (!parsed.address) {
@@ -76,8 +81,9 @@ void bind_history_sync(FrmMain& form, AppContext& ctx, archive::ArchiveService& 
         };
         auto answer = std::make_shared<Answer>();
         answer->options.now = ctx.clock.now().toSecsSinceEpoch();
+        answer->options.stop = stop.get();
         service.post(
-            [answer, address = *parsed.address, bar](archive::ArchiveStore& local) {
+            [answer, stop, address = *parsed.address, bar](archive::ArchiveStore& local) {
                 archive::ArchiveStore server(address);
                 server.set_busy_timeout_ms(server_lock_wait_ms);
                 // On the archive's thread; the bar moves on the window's.

@@ -6,6 +6,7 @@
 #include "archive/archive_store.h"
 #include "config/language.h"
 
+#include <QElapsedTimer>
 #include <QLoggingCategory>
 #include <QSqlDatabase>
 #include <QSqlError>
@@ -237,21 +238,26 @@ private:
         return commit(here, &report_.error);
     }
 
+    bool stopped() const { return options_.stop && options_.stop->load(); }
+
     // The step on an open connection; after a failure on a new one, after a
     // wait, `retries` times.
     template <class Step> bool with_retries(Step step) {
         for (int attempt = 0;; ++attempt) {
-            QString why;
-            if (server_.open(&why) && step(&why))
+            QString why = QStringLiteral("stopped");
+            if (!stopped() && server_.open(&why) && step(&why))
                 return true;
             qCInfo(lc_sync) << "attempt" << attempt + 1 << "failed:" << why;
-            if (attempt == options_.retries) {
+            if (attempt == options_.retries || stopped()) {
                 report_.error = why;
-                report_.gave_up = true;
+                report_.gave_up = !stopped();
                 return false;
             }
             server_.close();
-            QThread::msleep(static_cast<unsigned long>(options_.first_wait_ms) << attempt);
+            QElapsedTimer waited;
+            waited.start();
+            while (!stopped() && waited.elapsed() < (qint64(options_.first_wait_ms) << attempt))
+                QThread::msleep(20);
         }
     }
 

@@ -20,6 +20,7 @@
 #include <QString>
 #include <QStringList>
 
+#include <atomic>
 #include <functional>
 #include <optional>
 
@@ -39,6 +40,9 @@ struct SyncOptions {
     int range = 500;
     // PC time of the run (seconds since 1970 UTC), kept as the last sync.
     qint64 now = 0;
+    // Set from another thread: the run stops before its next transaction
+    // and waits for no retry (the program is closing).
+    const std::atomic<bool>* stop = nullptr;
 };
 
 struct SyncReport {
