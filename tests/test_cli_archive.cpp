@@ -257,7 +257,16 @@ private slots:
         QFile::setPermissions(folder, QFileDevice::ReadOwner | QFileDevice::WriteOwner |
                                           QFileDevice::ExeOwner);
         QCOMPARE(run.exit_code, 0);
-        QCOMPARE(run.out, before.out);
+        // The same month lines as without an archive. The simulated device's
+        // last period runs until it is read, so the last month's hours and
+        // mean of two readouts seconds apart may round differently.
+        const QStringList got = lines_of(run.out);
+        const QStringList want = lines_of(before.out);
+        QCOMPARE(got.size(), want.size());
+        QVERIFY(!want.isEmpty());
+        QCOMPARE(got.mid(0, got.size() - 1), want.mid(0, want.size() - 1));
+        QCOMPARE(got.last().section('|', 0, 0), want.last().section('|', 0, 0));
+        QCOMPARE(got.last().section('|', 2, 2), want.last().section('|', 2, 2));
         QVERIFY(QFileInfo(out).size() > 0);
         const QStringList err = lines_of(run.err);
         QVERIFY2(err.size() == 1 && err[0].startsWith("Not archived: usage readout of ") &&
