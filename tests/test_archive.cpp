@@ -6,11 +6,13 @@
 // compares between visits, and the Verlauf page on the archive's own thread.
 
 #include "archive/archive_event.h"
+#include "archive/archive_fleet.h"
 #include "archive/archive_history.h"
 #include "archive/archive_hooks.h"
 #include "archive/archive_schema.h"
 #include "archive/archive_service.h"
 #include "archive/archive_store.h"
+#include "archive/server_address.h"
 #include "history_page.h"
 #include "report/report_measurements.h"
 #include "report_harness.h"
@@ -182,16 +184,18 @@ private slots:
             QString error;
             QVERIFY2(old.open(&error, from), qPrintable(error));
             if (from >= 1) {
-                // Rows as version 1 wrote them; no later migration may lose them.
+                // Rows as version 1 wrote them, in the columns every version
+                // has; no later migration may lose them.
                 QSqlQuery q(old.database());
                 QVERIFY(q.exec("INSERT INTO devices (sn, lp, lp_at) VALUES ('VO2-1', 'LP1', 1)"));
-                QVERIFY(
-                    q.exec("INSERT INTO events VALUES ('e1', 'VO2-1', 'usage', 5, NULL, 'a@b')"));
-                QVERIFY(q.exec("INSERT INTO usage_periods VALUES ('VO2-1', 100, 200, 0, 5, 'e1', "
-                               "'a@b')"));
+                const QString event = "INSERT INTO events (id, sn, kind, at, visit_id, written_by)"
+                                      " VALUES ('%1', 'VO2-1', '%2', %3, NULL, 'a@b')";
+                QVERIFY(q.exec(event.arg("e1", "usage").arg(5)));
+                QVERIFY(q.exec("INSERT INTO usage_periods (sn, start_time, end_time, running,"
+                               " end_seen, first_event, written_by)"
+                               " VALUES ('VO2-1', 100, 200, 0, 5, 'e1', 'a@b')"));
                 // A report of an older program: no result, nothing measured.
-                QVERIFY(
-                    q.exec("INSERT INTO events VALUES ('r1', 'VO2-1', 'report', 6, NULL, 'a@b')"));
+                QVERIFY(q.exec(event.arg("r1", "report").arg(6)));
                 QVERIFY(q.exec("INSERT INTO event_values VALUES ('r1', 0, 'O2', '95')"));
                 QVERIFY(q.exec("INSERT INTO reports VALUES ('r1', '/r1.txt', 0, '')"));
             }
@@ -506,6 +510,96 @@ private slots:
         QVERIFY(!w.get<QLabel>("l_verlaufsummary")->text().isEmpty());
         w.get<QPushButton>("cmd_verlaufprev")->click();
         QVERIFY(w.get<QPushButton>("cmd_verlaufnext")->isEnabled());
+    }
+
+    // The server as the user names it: a libpq URI, shown again without
+    // change; a password refused wherever it stands; what libpq could not
+    // take refused before it is handed on.
+    void server_addresses_data() {
+        const Table<QString, QString, QString> row; // URI, shown or the problem, host
+        row("everything", "postgresql://anna@db.example.org:5433/fleet?sslmode=require",
+            "postgresql://anna@db.example.org:5433/fleet?sslmode=require", "db.example.org");
+        row("short scheme", "postgres://anna@db/fleet", "postgresql://anna@db/fleet", "db");
+        row("socket folder", "postgresql://%2Fvar%2Frun%2Fpostgresql/fleet",
+            "postgresql://%2Fvar%2Frun%2Fpostgresql/fleet", "/var/run/postgresql");
+        row("IPv6 address", "postgresql://anna@[::1]:5432/fleet",
+            "postgresql://anna@[::1]:5432/fleet", "::1");
+        row("empty password", "postgresql://anna:@db/fleet", "postgresql://anna@db/fleet", "db");
+        row("user:password", "postgresql://anna:geheim@db/fleet", "password", "");
+        row("password parameter", "postgresql://anna@db/fleet?sslmode=verify-full&password=geheim",
+            "password", "");
+        row("keyword form", "host=db dbname=fleet", "not a URI", "");
+        row("port out of range", "postgresql://db:99999/fleet", "not a URI", "");
+        row("two hosts", "postgresql://h1,h2/fleet", "not a URI", "");
+        row("blank in a name", "postgresql://db/fleet?ssl%20mode=require", "bad parameter", "");
+        row("semicolon in a value", "postgresql://db/fleet?options=-c%20a%3Db%3Bc", "bad parameter",
+            "");
+    }
+    void server_addresses() {
+        const auto [uri, expected, host] = Table<QString, QString, QString>::fetch();
+        const archive::ParsedAddress parsed = archive::parse_server_address(uri);
+        const QString problem =
+            parsed.problem == archive::AddressProblem::holds_password ? "password"
+            : parsed.problem == archive::AddressProblem::not_a_uri    ? "not a URI"
+                                                                      : "bad parameter";
+        QCOMPARE(parsed.address ? parsed.address->shown() : problem, expected);
+        if (parsed.address)
+            QCOMPARE(parsed.address->host, host);
+        else // the text that explains it never repeats the address
+            QVERIFY(archive::address_problem_text(parsed.problem) > 0);
+    }
+    void server_connect_options() {
+        const archive::ServerAddress a =
+            archive::parse_server_address(
+                "postgresql://db/fleet?sslmode=require&application_name=o%27s%20desk")
+                .address.value();
+        QCOMPARE(a.connect_options(), QString("sslmode='require';application_name='o\\'s desk';"
+                                              "connect_timeout='10'"));
+    }
+
+    // When a device is due: its last visit more than WARTUNG_MONATE months
+    // back (or none), or its hours past the next multiple of WARTUNG_STUNDEN.
+    void due_reasons_data() {
+        // days since the last visit (-1: none), BSTD then, hours run since,
+        // WARTUNG_MONATE, WARTUNG_STUNDEN, the last readout's 30 days, reasons
+        const Table<int, QString, double, QString, QString, QString, QString> row;
+        const QString met = "30d|2026-01-01|2026-01-30|30|30|met";
+        const QString not_met = "30d|2026-01-01|2026-01-30|12|30|not met";
+        row("six months to the day", 181, "001000:00", 0, "", "", met, "");
+        row("a day more", 182, "001000:00", 0, "", "", "", "visit");
+        row("twelve months allowed", 182, "001000:00", 0, "12", "", "", "");
+        row("never visited", -1, "", 0, "", "5000", "", "visit");
+        row("hours reach the multiple", 10, "004990:00", 10, "", "5000", "", "hours");
+        row("hours just short", 10, "004990:00", 9.9, "", "5000", "", "");
+        row("at a multiple at the visit", 10, "005000:00", 4999, "", "5000", "", "");
+        row("no hours rule", 10, "004990:00", 100, "", "", "", "");
+        row("unreadable BSTD", 10, "n/a", 100, "", "5000", "", "");
+        row("30 days not met", 10, "000100:00", 0, "", "", not_met, "adherence");
+        row("every reason", 400, "009999:30", 0.5, "", "5000", not_met, "visit,hours,adherence");
+    }
+    void due_reasons() {
+        const auto [days, bstd, since, months, hours, adherence, expected] =
+            Table<int, QString, double, QString, QString, QString, QString>::fetch();
+        const QDate today(2026, 3, 2);
+        archive::FleetRow row;
+        row.device.sn = "VO2-1";
+        if (days >= 0)
+            row.device.last_visit_at =
+                QDateTime(today.addDays(-days), QTime(12, 0)).toSecsSinceEpoch();
+        row.device.last_visit_bstd = bstd;
+        row.hours_since_visit = since;
+        row.last_adherence = adherence;
+        const auto rules = archive::maintenance_rules(months, hours, nullptr);
+        QVERIFY(rules);
+        QCOMPARE(archive::due_reasons(row, *rules, today).join(','), expected);
+    }
+    void maintenance_rules_refuse_nonsense() {
+        QString bad;
+        QVERIFY(!archive::maintenance_rules("0", "", &bad));
+        QCOMPARE(bad, QString("WARTUNG_MONATE 0"));
+        QVERIFY(!archive::maintenance_rules("", "viele", &bad));
+        QCOMPARE(bad, QString("WARTUNG_STUNDEN viele"));
+        QCOMPARE(archive::maintenance_rules(" ", "", &bad)->months, 6);
     }
 
     void initTestCase() {

@@ -1,5 +1,6 @@
 #include "archive/archive_event.h"
 
+#include "compliance/compliance_days.h"
 #include "report/report_file.h"
 #include "report/report_measurements.h"
 #include "status/status_table.h"
@@ -118,11 +119,26 @@ QString fresh_event_id() {
     return QUuid::createUuid().toString(QUuid::WithoutBraces);
 }
 
+QString readout_adherence(const jobs::UsageReadout& r) {
+    std::vector<compliance::Period> all;
+    compliance::Stamp running_end = 0;
+    for (const compliance::ComplianceRecord& p : r.periods) {
+        if (p.start != 0 && p.end != 0 && p.start < p.end)
+            all.push_back({p.start, p.end});
+        if (r.running_start != 0 && p.start == r.running_start)
+            running_end = p.end;
+    }
+    const auto window = compliance::best_window(all, compliance::counted_days(all, running_end),
+                                                r.prescribed_hours, r.adherence_share);
+    return window ? compliance::adherence_line(*window) : QString();
+}
+
 ArchiveEvent usage_event(const jobs::UsageReadout& r, const QString& writer) {
     ArchiveEvent e = base(kind_usage, r.sn, r.at, writer);
     e.lp = r.lp;
     e.periods = r.periods;
     e.running_start = r.running_start;
+    e.adherence = readout_adherence(r);
     e.source = QStringLiteral("device");
     e.id = usage_event_id(e.sn, e.periods);
     return e;

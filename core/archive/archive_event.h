@@ -64,6 +64,9 @@ struct ArchiveEvent {
     // usage
     std::vector<compliance::ComplianceRecord> periods;
     compliance::Stamp running_start = 0;
+    // usage: the readout's 30-day rule as "30d|first|last|N|D|met" (or
+    // "|not met"); empty when it was judged against no prescription.
+    QString adherence;
     // usage, status: where it came from ("device" or a file path)
     QString source;
     // status
@@ -112,6 +115,10 @@ QString report_event_id(const QString& sn, const QStringList& lines);
 QString visit_event_id(const QString& sn, const QString& folder_name, const QDateTime& began);
 // Events that happen once and are never imported.
 QString fresh_event_id();
+
+// The 30-day rule over the readout's periods, as the readout itself judged
+// it: "30d|…" or empty without a prescription.
+QString readout_adherence(const jobs::UsageReadout& r);
 
 // The events the finished jobs make; `writer` is this_writer() but for tests.
 ArchiveEvent usage_event(const jobs::UsageReadout& r, const QString& writer);

@@ -1,5 +1,6 @@
 #include "archive/archive_store.h"
 
+#include "archive/archive_engine.h"
 #include "archive/archive_schema.h"
 
 #include <QDir>
@@ -19,16 +20,12 @@ namespace {
 // 1 January 1970 00:00 as a compliance stamp.
 constexpr compliance::Stamp unix_origin = 25569 * compliance::seconds_per_day;
 
-const QString usage_upsert = QStringLiteral(
-    "INSERT INTO usage_periods"
-    " (sn, start_time, end_time, running, end_seen, first_event, written_by)"
-    " VALUES (?, ?, ?, ?, ?, ?, ?)"
-    " ON CONFLICT (sn, start_time) DO UPDATE SET"
-    " end_time = excluded.end_time, running = excluded.running, end_seen = excluded.end_seen"
-    // The readout made later knows the period's end better: a running
-    // period's end moves on, and an older file imported afterwards changes
-    // nothing.
-    " WHERE excluded.end_seen > usage_periods.end_seen");
+const QString usage_upsert =
+    QStringLiteral(
+        "INSERT INTO usage_periods"
+        " (sn, start_time, end_time, running, end_seen, first_event, written_by, changed)"
+        " VALUES (?, ?, ?, ?, ?, ?, ?, ?) ") +
+    period_merge_clause();
 
 QVariant text_or_null(const QString& s) {
     return s.isEmpty() ? QVariant() : QVariant(s);
@@ -55,33 +52,6 @@ bool run(QSqlQuery& q, const QVariantList& values, QString* error) {
 bool exec(QSqlDatabase& db, const QString& sql, QString* error) {
     QSqlQuery q(db);
     return q.exec(sql) || fail(q, error);
-}
-
-// SQLite's own settings of a connection: the write-ahead journal (readers and
-// one writer at once, and a killed writer leaves the file as it was) and
-// foreign keys, which SQLite checks only when asked.
-bool configure_sqlite_connection(QSqlDatabase& db, QString* error) {
-    QSqlQuery q(db);
-    if (!q.exec(QStringLiteral("PRAGMA journal_mode=WAL")))
-        return fail(q, error);
-    return exec(db, QStringLiteral("PRAGMA foreign_keys=ON"), error) &&
-           exec(db, QStringLiteral("PRAGMA synchronous=NORMAL"), error);
-}
-
-// SQLite's check of its own pages and indexes: "ok", or one line per fault.
-std::optional<QStringList> sqlite_integrity_problems(QSqlDatabase& db, QString* error) {
-    QSqlQuery q(db);
-    if (!q.exec(QStringLiteral("PRAGMA integrity_check"))) {
-        fail(q, error);
-        return std::nullopt;
-    }
-    QStringList problems;
-    while (q.next()) {
-        const QString line = q.value(0).toString();
-        if (line != QLatin1String("ok"))
-            problems << line;
-    }
-    return problems;
 }
 
 std::optional<int> count_of(QSqlDatabase& db, const QString& sql, const QVariantList& values,
@@ -141,6 +111,20 @@ QString iso(compliance::Stamp s) {
 
 } // namespace
 
+QString period_merge_clause() {
+    return QStringLiteral(
+        "ON CONFLICT (sn, start_time) DO UPDATE SET"
+        " end_time = excluded.end_time, running = excluded.running, end_seen = excluded.end_seen,"
+        " changed = excluded.changed"
+        // The readout made later knows the period's end better: a running
+        // period's end moves on, and an older file imported afterwards
+        // changes nothing. A period a later readout saw as it was stays as
+        // it is, so that only what changed travels to the team's server.
+        " WHERE excluded.end_seen > usage_periods.end_seen"
+        " AND (excluded.end_time <> usage_periods.end_time"
+        " OR excluded.running <> usage_periods.running)");
+}
+
 qint64 archive_seconds(compliance::Stamp s) {
     return s - unix_origin;
 }
@@ -152,6 +136,14 @@ compliance::Stamp stamp_from_archive(qint64 seconds) {
 ArchiveStore::ArchiveStore(QString path)
     : path_(std::move(path)), connection_(QStringLiteral("veltrako2-archive-") +
                                           QUuid::createUuid().toString(QUuid::WithoutBraces)) {}
+
+ArchiveStore::ArchiveStore(const ServerAddress& server) : ArchiveStore(QString()) {
+    server_ = server;
+}
+
+QString ArchiveStore::where() const {
+    return server_ ? server_->shown() : QDir::toNativeSeparators(path_);
+}
 
 ArchiveStore::~ArchiveStore() {
     close();
@@ -171,14 +163,23 @@ void ArchiveStore::close() {
 bool ArchiveStore::open(QString* error, int target) {
     if (open_)
         return true;
+    const QString driver = server_ ? QStringLiteral("QPSQL") : QStringLiteral("QSQLITE");
     QSqlDatabase db = QSqlDatabase::contains(connection_)
                           ? QSqlDatabase::database(connection_, false)
-                          : QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), connection_);
+                          : QSqlDatabase::addDatabase(driver, connection_);
     if (!db.isValid()) {
         if (error)
-            *error = QStringLiteral("Qt's SQLite driver is missing (package libqt6sql6-sqlite)");
+            *error = server_ ? QStringLiteral("Qt's PostgreSQL driver is missing"
+                                              " (package libqt6sql6-psql)")
+                             : QStringLiteral("Qt's SQLite driver is missing"
+                                              " (package libqt6sql6-sqlite)");
         return false;
     }
+    open_ = server_ ? open_server(db, error, target) : open_file(db, error, target);
+    return open_;
+}
+
+bool ArchiveStore::open_file(QSqlDatabase& db, QString* error, int target) {
     const QFileInfo info(path_);
     if (!info.absoluteDir().exists() && !QDir().mkpath(info.absolutePath())) {
         if (error)
@@ -195,12 +196,55 @@ bool ArchiveStore::open(QString* error, int target) {
     }
     const bool ready = configure_sqlite_connection(db, error) &&
                        migrate(db, target < 0 ? latest_version() : target, error);
-    if (!ready) {
+    if (!ready)
         db.close();
+    return ready;
+}
+
+bool ArchiveStore::open_server(QSqlDatabase& db, QString* error, int target) {
+    db.setHostName(server_->host);
+    db.setPort(server_->port);
+    db.setUserName(server_->user);
+    db.setDatabaseName(server_->database);
+    db.setConnectOptions(server_->connect_options());
+    if (!db.open()) {
+        // libpq's own words say what failed; the driver's add nothing.
+        const QSqlError e = db.lastError();
+        if (error)
+            *error = (e.databaseText().isEmpty() ? e.text() : e.databaseText()).simplified();
         return false;
     }
-    open_ = true;
-    return true;
+    bool ready = configure_server_connection(db, busy_timeout_ms_, error);
+    if (ready && target >= 0) {
+        ready = migrate(db, target, error);
+    } else if (ready) {
+        const std::optional<int> version = schema_version(db, error);
+        ready = version && *version == latest_version();
+        if (version && !ready && error)
+            *error = *version > latest_version()
+                         ? QStringLiteral("the server's archive is of version %1, newer than"
+                                          " this program's %2")
+                               .arg(*version)
+                               .arg(latest_version())
+                         : QStringLiteral("the server's archive is of version %1, not %2:"
+                                          " archive init-server brings it forward")
+                               .arg(*version)
+                               .arg(latest_version());
+    }
+    if (!ready)
+        db.close();
+    return ready;
+}
+
+std::optional<qint64> next_change(QSqlDatabase& db, QString* error) {
+    QSqlQuery q(db);
+    if (!q.exec(QStringLiteral("UPDATE change_counter SET last = last + 1")) ||
+        !q.exec(QStringLiteral("SELECT last FROM change_counter")) || !q.next()) {
+        if (error)
+            *error = q.lastError().text();
+        return std::nullopt;
+    }
+    return q.value(0).toLongLong();
 }
 
 bool ArchiveStore::write(const std::vector<ArchiveEvent>& batch, std::vector<EventAdded>* added,
@@ -210,9 +254,14 @@ bool ArchiveStore::write(const std::vector<ArchiveEvent>& batch, std::vector<Eve
     QSqlDatabase db = database();
     if (!begin_write_transaction(db, error))
         return false;
+    const std::optional<qint64> change = next_change(db, error);
+    if (!change) {
+        exec(db, QStringLiteral("ROLLBACK"), nullptr);
+        return false;
+    }
     std::vector<EventAdded> results(batch.size());
     for (std::size_t i = 0; i < batch.size(); ++i) {
-        if (!write_event(batch[i], results[i], error)) {
+        if (!write_event(batch[i], *change, results[i], error)) {
             exec(db, QStringLiteral("ROLLBACK"), nullptr);
             return false;
         }
@@ -226,18 +275,21 @@ bool ArchiveStore::write(const std::vector<ArchiveEvent>& batch, std::vector<Eve
     return true;
 }
 
-bool ArchiveStore::write_event(const ArchiveEvent& e, EventAdded& added, QString* error) {
+bool ArchiveStore::write_event(const ArchiveEvent& e, qint64 change, EventAdded& added,
+                               QString* error) {
     QSqlDatabase db = database();
     QSqlQuery q(db);
     q.prepare(
-        QStringLiteral("INSERT INTO devices (sn, lp, lp_at) VALUES (?, ?, ?)"
-                       " ON CONFLICT (sn) DO UPDATE SET lp = excluded.lp, lp_at = excluded.lp_at"
-                       " WHERE excluded.lp <> '' AND excluded.lp_at >= devices.lp_at"));
-    if (!run(q, {e.sn, e.lp.trimmed(), e.lp.trimmed().isEmpty() ? 0 : e.at}, error))
+        QStringLiteral("INSERT INTO devices (sn, lp, lp_at, changed) VALUES (?, ?, ?, ?)"
+                       " ON CONFLICT (sn) DO UPDATE SET lp = excluded.lp, lp_at = excluded.lp_at,"
+                       " changed = excluded.changed"
+                       " WHERE excluded.lp <> '' AND excluded.lp_at >= devices.lp_at"
+                       " AND (excluded.lp <> devices.lp OR excluded.lp_at > devices.lp_at)"));
+    if (!run(q, {e.sn, e.lp.trimmed(), e.lp.trimmed().isEmpty() ? 0 : e.at, change}, error))
         return false;
-    q.prepare(QStringLiteral("INSERT INTO events (id, sn, kind, at, visit_id, written_by)"
-                             " VALUES (?, ?, ?, ?, ?, ?) ON CONFLICT (id) DO NOTHING"));
-    if (!run(q, {e.id, e.sn, e.kind, e.at, text_or_null(e.visit_id), e.written_by}, error))
+    q.prepare(QStringLiteral("INSERT INTO events (id, sn, kind, at, visit_id, written_by, changed)"
+                             " VALUES (?, ?, ?, ?, ?, ?, ?) ON CONFLICT (id) DO NOTHING"));
+    if (!run(q, {e.id, e.sn, e.kind, e.at, text_or_null(e.visit_id), e.written_by, change}, error))
         return false;
     // The periods handed in, once each: what the readout says it holds.
     std::vector<compliance::ComplianceRecord> periods;
@@ -259,7 +311,7 @@ bool ArchiveStore::write_event(const ArchiveEvent& e, EventAdded& added, QString
         for (const compliance::ComplianceRecord& p : periods) {
             if (!run(q,
                      {e.sn, archive_seconds(p.start), archive_seconds(p.end),
-                      p.start == e.running_start ? 1 : 0, e.at, e.id, e.written_by},
+                      p.start == e.running_start ? 1 : 0, e.at, e.id, e.written_by, change},
                      error))
                 return false;
         }
@@ -268,13 +320,13 @@ bool ArchiveStore::write_event(const ArchiveEvent& e, EventAdded& added, QString
             return false;
         added.new_periods = *after - *before;
         q.prepare(QStringLiteral("INSERT INTO usage_readouts (event_id, periods, new_periods,"
-                                 " source) VALUES (?, ?, ?, ?)"));
-        return run(q, {e.id, added.periods, added.new_periods, e.source}, error);
+                                 " source, adherence) VALUES (?, ?, ?, ?, ?)"));
+        return run(q, {e.id, added.periods, added.new_periods, e.source, e.adherence}, error);
     }
     if (e.kind == QLatin1String(kind_status)) {
         q.prepare(QStringLiteral(
             "INSERT INTO status_entries (sn, entry, block, duration, extended, record,"
-            " first_event, written_by) VALUES (?, ?, ?, ?, ?, ?, ?, ?)"
+            " first_event, written_by, changed) VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?)"
             " ON CONFLICT (sn, entry) DO NOTHING"));
         std::set<QString> seen;
         for (const StatusEntry& s : e.entries) {
@@ -282,7 +334,7 @@ bool ArchiveStore::write_event(const ArchiveEvent& e, EventAdded& added, QString
                 continue;
             if (!run(q,
                      {e.sn, s.entry, s.block, s.duration, e.extended ? 1 : 0, s.record_hex, e.id,
-                      e.written_by},
+                      e.written_by, change},
                      error))
                 return false;
             added.new_entries += q.numRowsAffected() > 0 ? 1 : 0;
@@ -526,19 +578,11 @@ std::optional<QStringList> ArchiveStore::check(QString* error) {
     if (!open(error))
         return std::nullopt;
     QSqlDatabase db = database();
-    std::optional<QStringList> problems = sqlite_integrity_problems(db, error);
+    std::optional<QStringList> problems = engine_integrity_problems(db, error);
     if (!problems)
         return std::nullopt;
     QSqlQuery q(db);
     q.setForwardOnly(true);
-    if (!q.exec(QStringLiteral("PRAGMA foreign_key_check"))) {
-        fail(q, error);
-        return std::nullopt;
-    }
-    while (q.next())
-        problems->append(
-            QStringLiteral("%1: row %2 refers to a missing %3")
-                .arg(q.value(0).toString(), q.value(1).toString(), q.value(2).toString()));
     if (!q.exec(QStringLiteral("SELECT sn, start_time, end_time FROM usage_periods"
                                " WHERE end_time < start_time ORDER BY sn, start_time"))) {
         fail(q, error);

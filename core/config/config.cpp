@@ -19,6 +19,9 @@ constexpr QLatin1String key_autosavedir("AUTOSAVEDIR");
 constexpr QLatin1String key_verordnung("VERORDNUNG");
 constexpr QLatin1String key_adherenz("ADHERENZ_ANTEIL");
 constexpr QLatin1String key_archiv("ARCHIV");
+constexpr QLatin1String key_archiv_server("ARCHIV_SERVER");
+constexpr QLatin1String key_wartung_monate("WARTUNG_MONATE");
+constexpr QLatin1String key_wartung_stunden("WARTUNG_STUNDEN");
 
 // The limits of the inspection's measured values: written back only when the
 // file set them, as they were read.
@@ -38,13 +41,16 @@ constexpr LimitText limit_texts[] = {
 bool apply_line(Config& config, const QString& line) {
     const QStringList fields = line.split(QLatin1Char('|'));
     const QString& key = fields[0];
-    QString* text_value = key == key_initdir       ? &config.INITDIR
-                          : key == key_autosave    ? &config.AUTOSAVE
-                          : key == key_autosavedir ? &config.AUTOSAVEDIR
-                          : key == key_verordnung  ? &config.VERORDNUNG
-                          : key == key_adherenz    ? &config.ADHERENZ_ANTEIL
-                          : key == key_archiv      ? &config.ARCHIV
-                                                   : nullptr;
+    QString* text_value = key == key_initdir           ? &config.INITDIR
+                          : key == key_autosave        ? &config.AUTOSAVE
+                          : key == key_autosavedir     ? &config.AUTOSAVEDIR
+                          : key == key_verordnung      ? &config.VERORDNUNG
+                          : key == key_adherenz        ? &config.ADHERENZ_ANTEIL
+                          : key == key_archiv          ? &config.ARCHIV
+                          : key == key_archiv_server   ? &config.ARCHIV_SERVER
+                          : key == key_wartung_monate  ? &config.WARTUNG_MONATE
+                          : key == key_wartung_stunden ? &config.WARTUNG_STUNDEN
+                                                       : nullptr;
     for (const LimitText& t : limit_texts)
         if (key == t.key)
             text_value = &(config.*t.field);
@@ -138,6 +144,12 @@ bool save_config(const Config& config, const QString& path) {
         lines << line(key_adherenz, config.ADHERENZ_ANTEIL);
     if (!config.ARCHIV.isEmpty())
         lines << line(key_archiv, config.ARCHIV);
+    if (!config.ARCHIV_SERVER.isEmpty())
+        lines << line(key_archiv_server, config.ARCHIV_SERVER);
+    if (!config.WARTUNG_MONATE.isEmpty())
+        lines << line(key_wartung_monate, config.WARTUNG_MONATE);
+    if (!config.WARTUNG_STUNDEN.isEmpty())
+        lines << line(key_wartung_stunden, config.WARTUNG_STUNDEN);
     for (const LimitText& t : limit_texts)
         if (!(config.*t.field).isEmpty())
             lines << line(t.key, config.*t.field);

@@ -30,6 +30,13 @@ struct Config {
     // The archive file; "none" turns the archive off; empty: where the
     // location puts it (config_location.h). Written back only when set.
     QString ARCHIV;
+    // The team archive's server, a libpq URI without a password; empty: none.
+    QString ARCHIV_SERVER;
+    // When a device is due: months since its last visit (empty: 6), and, when
+    // set, every so many operating hours. As the file holds them; written
+    // back only when set.
+    QString WARTUNG_MONATE;
+    QString WARTUNG_STUNDEN;
     // The limits the inspection's measured values are judged by
     // (report/report_limits.h), as the file holds them; empty when it has no
     // such line, and then written back as it was: not at all.
