@@ -20,15 +20,15 @@ enum class Travel {
     with_event, // rows that belong to an event and go with it
 };
 
-struct TableSpec {
+struct TableShape {
     QString name;
     QStringList columns;
     QString conflict; // "ON CONFLICT ..." as it merges
     Travel travel;
 };
 
-const std::vector<TableSpec>& tables() {
-    static const std::vector<TableSpec> all{
+const std::vector<TableShape>& tables() {
+    static const std::vector<TableShape> all{
         {QStringLiteral("devices"),
          {"sn", "lp", "lp_at", "changed"},
          // The board number of the latest event that brought one.
@@ -110,7 +110,7 @@ bool fail(const QSqlQuery& q, QString* error) {
     return false;
 }
 
-bool select_into(QSqlDatabase& db, const TableSpec& t, const QString& where,
+bool select_into(QSqlDatabase& db, const TableShape& t, const QString& where,
                  const QVariantList& values, Rows& rows, QString* error) {
     QSqlQuery q(db);
     q.setForwardOnly(true);
@@ -133,8 +133,8 @@ bool select_into(QSqlDatabase& db, const TableSpec& t, const QString& where,
     return true;
 }
 
-const TableSpec* spec_of(const QString& table) {
-    for (const TableSpec& t : tables())
+const TableShape* shape_of(const QString& table) {
+    for (const TableShape& t : tables())
         if (t.name == table)
             return &t;
     return nullptr;
@@ -186,7 +186,7 @@ std::optional<Rows> read_unit(QSqlDatabase& db, const Unit& unit, QString* error
     Rows rows;
     const QString its_events =
         QStringLiteral("event_id IN (SELECT id FROM events WHERE changed = ? AND sn = ?)");
-    for (const TableSpec& t : tables()) {
+    for (const TableShape& t : tables()) {
         const bool ok = t.travel == Travel::device
                             ? select_into(db, t, QStringLiteral("sn = ?"), {unit.sn}, rows, error)
                         : t.travel == Travel::own_change
@@ -204,7 +204,7 @@ std::optional<Rows> read_range(QSqlDatabase& db, qint64 after, qint64 up_to, QSt
     const QString in_range = QStringLiteral("changed > ? AND changed <= ?");
     const QString range_events =
         QStringLiteral("SELECT %1 FROM events WHERE changed > ? AND changed <= ?");
-    for (const TableSpec& t : tables()) {
+    for (const TableShape& t : tables()) {
         bool ok = false;
         if (t.travel == Travel::device)
             ok = select_into(db, t,
@@ -227,14 +227,14 @@ std::optional<Rows> read_range(QSqlDatabase& db, qint64 after, qint64 up_to, QSt
 std::optional<int> merge_rows(QSqlDatabase& db, const Rows& rows, qint64 change, QString* error) {
     int new_events = 0;
     for (const TableRows& t : rows.tables) {
-        const TableSpec* spec = spec_of(t.table);
-        if (!spec) {
+        const TableShape* shape = shape_of(t.table);
+        if (!shape) {
             if (error)
                 *error = QStringLiteral("no such table: %1").arg(t.table);
             return std::nullopt;
         }
-        const int n = static_cast<int>(spec->columns.size());
-        const int changed_at = static_cast<int>(spec->columns.indexOf(QStringLiteral("changed")));
+        const int n = static_cast<int>(shape->columns.size());
+        const int changed_at = static_cast<int>(shape->columns.indexOf(QStringLiteral("changed")));
         const QString one_row = QLatin1Char('(') +
                                 QStringList(n, QStringLiteral("?")).join(QStringLiteral(", ")) +
                                 QLatin1Char(')');
@@ -246,9 +246,9 @@ std::optional<int> merge_rows(QSqlDatabase& db, const Rows& rows, qint64 change,
                 static_cast<int>(std::min<qsizetype>(per_statement, t.rows.size() - from));
             if (count != prepared_for) {
                 q.prepare(QStringLiteral("INSERT INTO %1 (%2) VALUES %3 %4")
-                              .arg(t.table, spec->columns.join(QStringLiteral(", ")),
+                              .arg(t.table, shape->columns.join(QStringLiteral(", ")),
                                    QStringList(count, one_row).join(QStringLiteral(", ")),
-                                   spec->conflict));
+                                   shape->conflict));
                 prepared_for = count;
             }
             int p = 0;
