@@ -558,28 +558,33 @@ private slots:
     }
 
     // When a device is due: its last visit more than WARTUNG_MONATE months
-    // back (or none), or its hours past the next multiple of WARTUNG_STUNDEN.
+    // back (or none), its hours past the next multiple of WARTUNG_STUNDEN,
+    // its last 30 days not met, or its last inspection's O2 failed.
     void due_reasons_data() {
         // days since the last visit (-1: none), BSTD then, hours run since,
-        // WARTUNG_MONATE, WARTUNG_STUNDEN, the last readout's 30 days, reasons
-        const Table<int, QString, double, QString, QString, QString, QString> row;
+        // WARTUNG_MONATE, WARTUNG_STUNDEN, the last readout's 30 days, the
+        // last report's O2 verdict, reasons
+        const Table<int, QString, double, QString, QString, QString, QString, QString> row;
         const QString met = "30d|2026-01-01|2026-01-30|30|30|met";
         const QString not_met = "30d|2026-01-01|2026-01-30|12|30|not met";
-        row("six months to the day", 181, "001000:00", 0, "", "", met, "");
-        row("a day more", 182, "001000:00", 0, "", "", "", "visit");
-        row("twelve months allowed", 182, "001000:00", 0, "12", "", "", "");
-        row("never visited", -1, "", 0, "", "5000", "", "visit");
-        row("hours reach the multiple", 10, "004990:00", 10, "", "5000", "", "hours");
-        row("hours just short", 10, "004990:00", 9.9, "", "5000", "", "");
-        row("at a multiple at the visit", 10, "005000:00", 4999, "", "5000", "", "");
-        row("no hours rule", 10, "004990:00", 100, "", "", "", "");
-        row("unreadable BSTD", 10, "n/a", 100, "", "5000", "", "");
-        row("30 days not met", 10, "000100:00", 0, "", "", not_met, "adherence");
-        row("every reason", 400, "009999:30", 0.5, "", "5000", not_met, "visit,hours,adherence");
+        row("six months to the day", 181, "001000:00", 0, "", "", met, "", "");
+        row("a day more", 182, "001000:00", 0, "", "", "", "", "visit");
+        row("twelve months allowed", 182, "001000:00", 0, "12", "", "", "", "");
+        row("never visited", -1, "", 0, "", "5000", "", "", "visit");
+        row("hours reach the multiple", 10, "004990:00", 10, "", "5000", "", "", "hours");
+        row("hours just short", 10, "004990:00", 9.9, "", "5000", "", "", "");
+        row("at a multiple at the visit", 10, "005000:00", 4999, "", "5000", "", "", "");
+        row("no hours rule", 10, "004990:00", 100, "", "", "", "", "");
+        row("unreadable BSTD", 10, "n/a", 100, "", "5000", "", "", "");
+        row("30 days not met", 10, "000100:00", 0, "", "", not_met, "", "adherence");
+        row("O2 failed", 10, "000100:00", 0, "", "", met, "fail", "o2");
+        row("O2 passed", 10, "000100:00", 0, "", "", met, "pass", "");
+        row("every reason", 400, "009999:30", 0.5, "", "5000", not_met, "fail",
+            "visit,hours,adherence,o2");
     }
     void due_reasons() {
-        const auto [days, bstd, since, months, hours, adherence, expected] =
-            Table<int, QString, double, QString, QString, QString, QString>::fetch();
+        const auto [days, bstd, since, months, hours, adherence, o2, expected] =
+            Table<int, QString, double, QString, QString, QString, QString, QString>::fetch();
         const QDate today(2026, 3, 2);
         archive::FleetRow row;
         row.device.sn = "VO2-1";
@@ -589,6 +594,7 @@ private slots:
         row.device.last_visit_bstd = bstd;
         row.hours_since_visit = since;
         row.last_adherence = adherence;
+        row.last_o2_verdict = o2;
         const auto rules = archive::maintenance_rules(months, hours, nullptr);
         QVERIFY(rules);
         QCOMPARE(archive::due_reasons(row, *rules, today).join(','), expected);

@@ -57,14 +57,15 @@ jobs::UsageReadout readout(const QString& sn, int first, int count, bool running
     return r;
 }
 
-jobs::ReportFiled filed_report(const QString& sn, const QDateTime& at, const QString& bstd) {
+jobs::ReportFiled filed_report(const QString& sn, const QDateTime& at, const QString& bstd,
+                               const QString& measured_o2 = QStringLiteral("80,5")) {
     return {sn,
             at,
             QStringLiteral("/r/") + sn + QStringLiteral(".txt"),
             false,
             {QStringLiteral("SN|") + sn, QStringLiteral("BSTD|") + bstd,
              QStringLiteral("t_Pruefer|Max Muster"), QStringLiteral("LP|LP-") + sn,
-             QStringLiteral("O2|95"), QStringLiteral("m_O2|80,5"),
+             QStringLiteral("O2|95"), QStringLiteral("m_O2|") + measured_o2,
              QStringLiteral("ERGEBNIS|fail")}};
 }
 
@@ -584,13 +585,18 @@ private slots:
         const QDateTime now = QDateTime::currentDateTime();
         const QDateTime long_ago = now.addMonths(-8);
         const QDateTime lately = now.addMonths(-1);
-        archive_into(s, {archive::report_event(filed_report("VO2-A", long_ago, "001000:00"), "t")});
-        archive_into(s, {archive::report_event(filed_report("VO2-B", lately, "004990:00"), "t")});
+        archive_into(
+            s, {archive::report_event(filed_report("VO2-A", long_ago, "001000:00", "95"), "t")});
+        archive_into(
+            s, {archive::report_event(filed_report("VO2-B", lately, "004990:00", "95"), "t")});
         // VO2-B has run 16 hours since: 4990 + 16 is past 5000.
         jobs::UsageReadout since{"VO2-B", "LP", now, {}, 0};
         const compliance::Stamp night = compliance::to_stamp(lately.addDays(2));
         since.periods = {{night, night + 8 * 3600}, {night + 86400, night + 86400 + 8 * 3600}};
         archive_into(s, {archive::usage_event(since, "t")});
+        // C's O2 failed at its last inspection, after passing at the one before.
+        archive_into(s, {archive::report_event(
+                            filed_report("VO2-C", lately.addDays(-7), "000090:00", "95"), "t")});
         archive_into(s, {archive::report_event(filed_report("VO2-C", lately, "000100:00"), "t")});
         archive_into(s, {archive::usage_event(readout("VO2-D", 0, 5), "t")});
         // The last readouts of C and E judged their 30 days against 6 and 9
@@ -601,20 +607,21 @@ private slots:
             r.prescribed_hours = hours;
             archive_into(s, {archive::usage_event(r, "t")});
         }
-        archive_into(s, {archive::report_event(filed_report("VO2-E", lately, "000200:00"), "t")});
+        archive_into(
+            s, {archive::report_event(filed_report("VO2-E", lately, "000200:00", "95"), "t")});
         const auto fleet = [&](const QStringList& ini, const QStringList& arguments) {
             return cli_with_ini(ini)->run(QStringList{"fleet", "--server", pg->uri("office", db)} +
                                           arguments);
         };
         const QString a = "VO2-A|" + long_ago.toString("yyyy-MM-dd") + "|001000:00|visit";
         const QString b = "VO2-B|" + lately.toString("yyyy-MM-dd") + "|004990:00|hours";
-        const QString c = "VO2-C|" + lately.toString("yyyy-MM-dd") + "|000100:00|";
+        const QString c = "VO2-C|" + lately.toString("yyyy-MM-dd") + "|000100:00|o2";
         const QString d = "VO2-D|||visit";
         const QString e = "VO2-E|" + lately.toString("yyyy-MM-dd") + "|000200:00|adherence";
         QCOMPARE(lines_of(fleet({"WARTUNG_STUNDEN|5000"}, {}).out), (QStringList{a, b, c, d, e}));
         QCOMPARE(lines_of(fleet({"WARTUNG_STUNDEN|5000"}, {"--due"}).out),
-                 (QStringList{a, b, d, e}));
-        QCOMPARE(lines_of(fleet({"WARTUNG_MONATE|12"}, {"--due"}).out), (QStringList{d, e}));
+                 (QStringList{a, b, c, d, e}));
+        QCOMPARE(lines_of(fleet({"WARTUNG_MONATE|12"}, {"--due"}).out), (QStringList{c, d, e}));
         const ProgramRun bad = fleet({"WARTUNG_MONATE|sechs"}, {});
         QCOMPARE(bad.exit_code, 2);
         QVERIFY2(bad.err.contains("WARTUNG_MONATE sechs"), qPrintable(bad.err));
@@ -640,7 +647,7 @@ private slots:
         ui::bind_page_verlauf(w.form, w.ctx, service);
         QTRY_COMPARE(w.form.statusBar()->toolTip(),
                      QString("Not yet synchronised with the team archive"));
-        w.ctx.hooks.report_filed(filed_report("VO2-Y", now, "000100:00"));
+        w.ctx.hooks.report_filed(filed_report("VO2-Y", now, "000100:00", "95"));
         w.form.select_page(Page::verlauf);
         auto* devices = w.get<QTableWidget>("tbl_geraete");
         QTRY_COMPARE(devices->rowCount(), 1);
@@ -658,7 +665,8 @@ private slots:
                  "Last sync with the team archive: " + now.toString("yyyy-MM-dd HH:mm"));
         QTRY_COMPARE(devices->rowCount(), 2);
         QCOMPARE(devices->item(0, 0)->text(), QString("VO2-X"));
-        QCOMPARE(devices->item(0, 1)->text(), QString("visit"));
+        // Its report is old and its O2 failed: both reasons in the page's words.
+        QCOMPARE(devices->item(0, 1)->text(), QString("visit, O2 concentration"));
         QCOMPARE(devices->item(1, 1)->text(), QString());
         w.get<QCheckBox>("chk_nurfaellige")->click();
         QCOMPARE(devices->rowCount(), 1);

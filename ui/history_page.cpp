@@ -42,7 +42,7 @@ constexpr int text_empty = 8827;
 constexpr int text_usage = 8828;
 constexpr int text_due = 8967;
 constexpr int text_bad_rules = 8966;
-constexpr int text_reason_first = 8959; // visit, hours, adherence
+constexpr int text_reason_first = 8959; // visit, hours, adherence, (8962) o2
 // The columns of what each visit's report measured, before "Änderungen".
 constexpr int text_result_column = 8904;
 constexpr int text_o2_measured_column = 8918;
@@ -275,7 +275,7 @@ void show_device(FrmMain& form, AppContext& ctx, archive::ArchiveService& servic
 // The reasons in the program's language.
 QString reasons_text(const QStringList& reasons, const config::LanguageTables& language) {
     static const QStringList codes{QStringLiteral("visit"), QStringLiteral("hours"),
-                                   QStringLiteral("adherence")};
+                                   QStringLiteral("adherence"), QStringLiteral("o2")};
     QStringList words;
     for (const QString& r : reasons)
         words << (codes.contains(r) ? language.text(text_reason_first + codes.indexOf(r)) : r);

@@ -67,6 +67,8 @@ QStringList due_reasons(const FleetRow& row, const MaintenanceRules& rules, cons
     }
     if (row.last_adherence.endsWith(QLatin1String("|not met")))
         reasons << QStringLiteral("adherence");
+    if (row.last_o2_verdict == QLatin1String("fail"))
+        reasons << QStringLiteral("o2");
     return reasons;
 }
 
@@ -84,6 +86,12 @@ std::optional<std::vector<FleetRow>> read_fleet(ArchiveStore& store, const Maint
     last_readout.prepare(
         QStringLiteral("SELECT u.adherence FROM events e JOIN usage_readouts u ON u.event_id = e.id"
                        " WHERE e.sn = ? ORDER BY e.at DESC, e.id DESC LIMIT 1"));
+    // The last inspection, whatever it measured: an O2 that failed once and
+    // was not measured again is not taken for a device still failing.
+    QSqlQuery last_report(store.database());
+    last_report.prepare(QStringLiteral(
+        "SELECT m.o2_verdict FROM events e JOIN report_measurements m ON m.event_id = e.id"
+        " WHERE e.sn = ? ORDER BY e.at DESC, e.id DESC LIMIT 1"));
     std::vector<FleetRow> rows;
     for (const DeviceRow& d : *devices) {
         FleetRow row;
@@ -109,6 +117,14 @@ std::optional<std::vector<FleetRow>> read_fleet(ArchiveStore& store, const Maint
         }
         if (last_readout.next())
             row.last_adherence = last_readout.value(0).toString();
+        last_report.bindValue(0, d.sn);
+        if (!last_report.exec()) {
+            if (error)
+                *error = last_report.lastError().text();
+            return std::nullopt;
+        }
+        if (last_report.next())
+            row.last_o2_verdict = last_report.value(0).toString();
         row.reasons = due_reasons(row, rules, today);
         rows.push_back(std::move(row));
     }

@@ -11,7 +11,9 @@
 //   The hours it ran since are those of the usage periods archived after
 //   that visit;
 // - `adherence`: its last usage readout's 30-day rule was not met (judged
-//   then, against the prescription the readout was made with).
+//   then, against the prescription the readout was made with);
+// - `o2`: the oxygen concentration measured at its last inspection failed
+//   its limit (a worn sieve bed shows there first).
 
 #include "archive/archive_store.h"
 
@@ -39,7 +41,8 @@ struct FleetRow {
     DeviceRow device;             // with its last visit and the BSTD it saw
     double hours_since_visit = 0; // of the usage periods archived after it
     QString last_adherence;       // the last usage readout's "30d|…" line
-    QStringList reasons;          // "visit", "hours", "adherence", in that order
+    QString last_o2_verdict;      // the last report's O2 verdict: "pass", "fail" or empty
+    QStringList reasons;          // "visit", "hours", "adherence", "o2", in that order
 };
 
 // The reasons of `row` (whatever it holds of them already is not read).
