@@ -1,5 +1,7 @@
 #include "archive/archive_engine.h"
 
+#include "archive/archive_sql.h"
+
 #include <QSqlDatabase>
 #include <QSqlDriver>
 #include <QSqlError>
@@ -13,15 +15,6 @@ namespace {
 // The key of the server's migration lock: any number of our own.
 constexpr qint64 migration_lock_key = 0x76656c7472616b6f; // "veltrako"
 
-bool exec(QSqlDatabase& db, const QString& sql, QString* error) {
-    QSqlQuery q(db);
-    if (q.exec(sql))
-        return true;
-    if (error)
-        *error = q.lastError().text();
-    return false;
-}
-
 } // namespace
 
 Engine engine_of(const QSqlDatabase& db) {
@@ -29,17 +22,17 @@ Engine engine_of(const QSqlDatabase& db) {
 }
 
 bool begin_write_transaction(QSqlDatabase& db, QString* error) {
-    return exec(db,
-                engine_of(db) == Engine::sqlite ? QStringLiteral("BEGIN IMMEDIATE")
-                                                : QStringLiteral("BEGIN"),
-                error);
+    return exec_sql(db,
+                    engine_of(db) == Engine::sqlite ? QStringLiteral("BEGIN IMMEDIATE")
+                                                    : QStringLiteral("BEGIN"),
+                    error);
 }
 
 bool lock_for_migration(QSqlDatabase& db, QString* error) {
     if (engine_of(db) == Engine::sqlite)
         return true;
-    return exec(db, QStringLiteral("SELECT pg_advisory_xact_lock(%1)").arg(migration_lock_key),
-                error);
+    return exec_sql(db, QStringLiteral("SELECT pg_advisory_xact_lock(%1)").arg(migration_lock_key),
+                    error);
 }
 
 std::optional<bool> has_table(QSqlDatabase& db, const QString& name, QString* error) {
@@ -59,20 +52,20 @@ std::optional<bool> has_table(QSqlDatabase& db, const QString& name, QString* er
 }
 
 bool configure_sqlite_connection(QSqlDatabase& db, QString* error) {
-    return exec(db, QStringLiteral("PRAGMA journal_mode=WAL"), error) &&
-           exec(db, QStringLiteral("PRAGMA foreign_keys=ON"), error) &&
-           exec(db, QStringLiteral("PRAGMA synchronous=NORMAL"), error);
+    return exec_sql(db, QStringLiteral("PRAGMA journal_mode=WAL"), error) &&
+           exec_sql(db, QStringLiteral("PRAGMA foreign_keys=ON"), error) &&
+           exec_sql(db, QStringLiteral("PRAGMA synchronous=NORMAL"), error);
 }
 
 bool configure_server_connection(QSqlDatabase& db, int lock_wait_ms, QString* error) {
     // The server's notices ("trigger ... does not exist, skipping") are not
     // the user's business; its warnings and errors are.
-    return exec(db, QStringLiteral("SET client_min_messages = warning"), error) &&
-           exec(db, QStringLiteral("SET lock_timeout = %1").arg(lock_wait_ms), error) &&
-           exec(db,
-                QStringLiteral("SET idle_in_transaction_session_timeout = %1")
-                    .arg(std::max(60000, 4 * lock_wait_ms)),
-                error);
+    return exec_sql(db, QStringLiteral("SET client_min_messages = warning"), error) &&
+           exec_sql(db, QStringLiteral("SET lock_timeout = %1").arg(lock_wait_ms), error) &&
+           exec_sql(db,
+                    QStringLiteral("SET idle_in_transaction_session_timeout = %1")
+                        .arg(std::max(60000, 4 * lock_wait_ms)),
+                    error);
 }
 
 std::optional<QStringList> engine_integrity_problems(QSqlDatabase& db, QString* error) {

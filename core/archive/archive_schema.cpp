@@ -1,6 +1,7 @@
 #include "archive/archive_schema.h"
 
 #include "archive/archive_engine.h"
+#include "archive/archive_sql.h"
 
 #include <QSqlDatabase>
 #include <QSqlError>
@@ -177,15 +178,6 @@ const Migration version_3{3,
                           },
                           {}};
 
-bool exec(QSqlDatabase& db, const QString& sql, QString* error) {
-    QSqlQuery q(db);
-    if (q.exec(sql))
-        return true;
-    if (error)
-        *error = q.lastError().text();
-    return false;
-}
-
 } // namespace
 
 const std::vector<Migration>& migrations() {
@@ -232,27 +224,28 @@ bool migrate(QSqlDatabase& db, int target, QString* error) {
         if (!begin_write_transaction(db, error))
             return false;
         if (!lock_for_migration(db, error)) {
-            exec(db, QStringLiteral("ROLLBACK"), nullptr);
+            exec_sql(db, QStringLiteral("ROLLBACK"), nullptr);
             return false;
         }
         const std::optional<int> now = schema_version(db, error);
         if (!now) {
-            exec(db, QStringLiteral("ROLLBACK"), nullptr);
+            exec_sql(db, QStringLiteral("ROLLBACK"), nullptr);
             return false;
         }
         if (*now >= m.version) {
-            exec(db, QStringLiteral("COMMIT"), nullptr);
+            exec_sql(db, QStringLiteral("COMMIT"), nullptr);
             continue;
         }
         bool ok = true;
         for (const QString& sql : m.statements)
-            if (!(ok = exec(db, sql, error)))
+            if (!(ok = exec_sql(db, sql, error)))
                 break;
         ok = ok && (!m.then || m.then(db, error));
-        ok = ok && exec(db, QStringLiteral("UPDATE schema_version SET version = %1").arg(m.version),
-                        error);
-        if (!ok || !exec(db, QStringLiteral("COMMIT"), error)) {
-            exec(db, QStringLiteral("ROLLBACK"), nullptr);
+        ok = ok &&
+             exec_sql(db, QStringLiteral("UPDATE schema_version SET version = %1").arg(m.version),
+                      error);
+        if (!ok || !exec_sql(db, QStringLiteral("COMMIT"), error)) {
+            exec_sql(db, QStringLiteral("ROLLBACK"), nullptr);
             return false;
         }
     }

@@ -2,6 +2,7 @@
 
 #include "archive/archive_engine.h"
 #include "archive/archive_schema.h"
+#include "archive/archive_sql.h"
 #include "archive/archive_store.h"
 
 #include <QSqlDatabase>
@@ -77,15 +78,6 @@ const QStringList access_rules{
         " END $f$"),
 };
 
-bool exec(QSqlDatabase& db, const QString& sql, QString* error) {
-    QSqlQuery q(db);
-    if (q.exec(sql))
-        return true;
-    if (error)
-        *error = q.lastError().text();
-    return false;
-}
-
 } // namespace
 
 bool init_server(ArchiveStore& server, QString* error) {
@@ -106,11 +98,11 @@ bool init_server(ArchiveStore& server, QString* error) {
         return false;
     bool ok = lock_for_migration(db, error);
     for (const QString& sql : statements)
-        if (!(ok = ok && exec(db, sql, error)))
+        if (!(ok = ok && exec_sql(db, sql, error)))
             break;
-    if (ok && exec(db, QStringLiteral("COMMIT"), error))
+    if (ok && exec_sql(db, QStringLiteral("COMMIT"), error))
         return true;
-    exec(db, QStringLiteral("ROLLBACK"), nullptr);
+    exec_sql(db, QStringLiteral("ROLLBACK"), nullptr);
     return false;
 }
 

@@ -2,6 +2,7 @@
 
 #include "archive/archive_engine.h"
 #include "archive/archive_schema.h"
+#include "archive/archive_sql.h"
 
 #include <QDir>
 #include <QFileInfo>
@@ -47,11 +48,6 @@ bool run(QSqlQuery& q, const QVariantList& values, QString* error) {
             q.bindValue(i, v);
     }
     return q.exec() || fail(q, error);
-}
-
-bool exec(QSqlDatabase& db, const QString& sql, QString* error) {
-    QSqlQuery q(db);
-    return q.exec(sql) || fail(q, error);
 }
 
 std::optional<int> count_of(QSqlDatabase& db, const QString& sql, const QVariantList& values,
@@ -256,18 +252,18 @@ bool ArchiveStore::write(const std::vector<ArchiveEvent>& batch, std::vector<Eve
         return false;
     const std::optional<qint64> change = next_change(db, error);
     if (!change) {
-        exec(db, QStringLiteral("ROLLBACK"), nullptr);
+        exec_sql(db, QStringLiteral("ROLLBACK"), nullptr);
         return false;
     }
     std::vector<EventAdded> results(batch.size());
     for (std::size_t i = 0; i < batch.size(); ++i) {
         if (!write_event(batch[i], *change, results[i], error)) {
-            exec(db, QStringLiteral("ROLLBACK"), nullptr);
+            exec_sql(db, QStringLiteral("ROLLBACK"), nullptr);
             return false;
         }
     }
-    if (!exec(db, QStringLiteral("COMMIT"), error)) {
-        exec(db, QStringLiteral("ROLLBACK"), nullptr);
+    if (!exec_sql(db, QStringLiteral("COMMIT"), error)) {
+        exec_sql(db, QStringLiteral("ROLLBACK"), nullptr);
         return false;
     }
     if (added)

@@ -3,6 +3,7 @@
 #include "archive/archive_engine.h"
 #include "archive/archive_rows.h"
 #include "archive/archive_schema.h"
+#include "archive/archive_sql.h"
 #include "archive/archive_store.h"
 #include "config/language.h"
 
@@ -21,15 +22,6 @@ namespace veltrako::archive {
 namespace {
 
 Q_LOGGING_CATEGORY(lc_sync, "veltrako2.archive.sync", QtWarningMsg)
-
-bool exec(QSqlDatabase& db, const QString& sql, QString* error) {
-    QSqlQuery q(db);
-    if (q.exec(sql))
-        return true;
-    if (error)
-        *error = q.lastError().text();
-    return false;
-}
 
 void roll_back(QSqlDatabase db) {
     if (db.isOpen())
@@ -79,7 +71,7 @@ bool write_mark(QSqlDatabase& db, const QString& id, const QString& column, qint
 }
 
 bool commit(QSqlDatabase& db, QString* error) {
-    if (exec(db, QStringLiteral("COMMIT"), error))
+    if (exec_sql(db, QStringLiteral("COMMIT"), error))
         return true;
     roll_back(db);
     return false;
