@@ -2,10 +2,12 @@
 
 #include "archive/archive_sql.h"
 
+#include <QElapsedTimer>
 #include <QSqlDatabase>
 #include <QSqlDriver>
 #include <QSqlError>
 #include <QSqlQuery>
+#include <QThread>
 #include <QVariant>
 
 namespace veltrako::archive {
@@ -51,8 +53,44 @@ std::optional<bool> has_table(QSqlDatabase& db, const QString& name, QString* er
     return q.value(0).toInt() > 0;
 }
 
-bool configure_sqlite_connection(QSqlDatabase& db, QString* error) {
-    return exec_sql(db, QStringLiteral("PRAGMA journal_mode=WAL"), error) &&
+namespace {
+
+std::optional<QString> journal_mode(QSqlDatabase& db, const QString& pragma, QString* error) {
+    QSqlQuery q(db);
+    if (q.exec(pragma) && q.next())
+        return q.value(0).toString().toLower();
+    if (error)
+        *error = q.lastError().text();
+    return std::nullopt;
+}
+
+// A file is switched to the write-ahead journal once, by whichever program
+// opens it first; the switch needs the file to itself and, unlike every
+// other statement, fails at once instead of waiting for the busy time-out
+// while another program has it open. So the switch is tried again until the
+// file is found switched (by the other program, usually) or the time-out is
+// over.
+bool use_write_ahead_journal(QSqlDatabase& db, int busy_timeout_ms, QString* error) {
+    QElapsedTimer waited;
+    waited.start();
+    for (;;) {
+        const std::optional<QString> mode =
+            journal_mode(db, QStringLiteral("PRAGMA journal_mode"), error);
+        if (mode == QLatin1String("wal"))
+            return true;
+        if (mode && journal_mode(db, QStringLiteral("PRAGMA journal_mode=WAL"), error) ==
+                        QLatin1String("wal"))
+            return true;
+        if (waited.elapsed() >= busy_timeout_ms)
+            return false;
+        QThread::msleep(10);
+    }
+}
+
+} // namespace
+
+bool configure_sqlite_connection(QSqlDatabase& db, int busy_timeout_ms, QString* error) {
+    return use_write_ahead_journal(db, busy_timeout_ms, error) &&
            exec_sql(db, QStringLiteral("PRAGMA foreign_keys=ON"), error) &&
            exec_sql(db, QStringLiteral("PRAGMA synchronous=NORMAL"), error);
 }

@@ -34,8 +34,9 @@ std::optional<bool> has_table(QSqlDatabase& db, const QString& name, QString* er
 
 // SQLite's own settings of a connection: the write-ahead journal (readers and
 // one writer at once, and a killed writer leaves the file as it was) and
-// foreign keys, which SQLite checks only when asked.
-bool configure_sqlite_connection(QSqlDatabase& db, QString* error);
+// foreign keys, which SQLite checks only when asked. Another program that
+// has the file open holds it up for `busy_timeout_ms` at most.
+bool configure_sqlite_connection(QSqlDatabase& db, int busy_timeout_ms, QString* error);
 
 // A server session that waits no longer than `lock_wait_ms` for another
 // laptop's transaction and is ended by the server when it sits in an open

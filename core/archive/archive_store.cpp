@@ -190,7 +190,7 @@ bool ArchiveStore::open_file(QSqlDatabase& db, QString* error, int target) {
             *error = db.lastError().text();
         return false;
     }
-    const bool ready = configure_sqlite_connection(db, error) &&
+    const bool ready = configure_sqlite_connection(db, busy_timeout_ms_, error) &&
                        migrate(db, target < 0 ? latest_version() : target, error);
     if (!ready)
         db.close();
