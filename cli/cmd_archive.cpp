@@ -1,16 +1,19 @@
 // archive: the archive file itself. "import PATH..." reads visit folders,
 // compliance files, status tables and report files into it, each file in
 // one transaction; "check" runs SQLite's integrity check and the archive's
-// own rules.
+// own rules. "init-server" and "sync" work with the team's server
+// (archive_team.cpp).
 
 #include "app_context.h"
 #include "archive/archive_event.h"
 #include "archive/archive_import.h"
 #include "archive/archive_service.h"
 #include "archive/archive_store.h"
+#include "archive_team.h"
 #include "cli_session.h"
 #include "commands.h"
 #include "console_ui.h"
+#include "server_option.h"
 
 #include <QCommandLineParser>
 #include <QDir>
@@ -102,14 +105,17 @@ int check(CommandEnv& env) {
 
 int run_archive(CommandEnv& env) {
     const QString what = env.args.value(0);
-    if (what != QLatin1String("import") && what != QLatin1String("check")) {
+    const QStringList alone{QStringLiteral("check"), QStringLiteral("init-server"),
+                            QStringLiteral("sync")};
+    if ((what != QLatin1String("import") && !alone.contains(what)) ||
+        (alone.contains(what) && env.args.size() > 1)) {
         print_error(env.ctx.language.text(text_archive_usage));
         return exit_usage;
     }
-    if (what == QLatin1String("check") && env.args.size() > 1) {
-        print_error(env.ctx.language.text(text_archive_usage));
-        return exit_usage;
-    }
+    if (what == QLatin1String("init-server"))
+        return init_server_verb(env);
+    if (what == QLatin1String("sync"))
+        return sync_verb(env);
     if (!env.archive.enabled()) {
         print_error(env.ctx.language.text(text_archive_off));
         return exit_device;
@@ -127,9 +133,15 @@ CliCommand archive_command() {
         {0, 9651},    // read visit folders, compliance files, status tables and report
         {0, 9652},    // files into the archive: imported: P periods (N new), S status ...
         {9653, 9654}, // archive check: the archive's integrity and its own rules
+        {9754, 0},    // archive init-server [--server URI]
+        {0, 9755},    // create or migrate the team archive on a PostgreSQL server,
+        {0, 9756},    // with the roles veltrako2_technician and veltrako2_office
+        {9757, 0},    // archive sync [--server URI]
+        {0, 9758},    // send the server what it lacks, fetch what other laptops added:
+        {0, 9759},    // sync: sent N, received M
     };
     // SN: archive import: the serial number of compliance files that name no device
-    c.options = {{sn_opt, 9655, 9656}};
+    c.options = {{sn_opt, 9655, 9656}, server_option()};
     c.run = run_archive;
     return c;
 }

@@ -1,8 +1,9 @@
 // report: the inspection report from the command line. With --out it reads
 // the device, fills the report as the "Protokoll" page would (snapshot,
-// today's date and time, the fields given as KEY=VALUE) and writes the
-// report file; with --print it draws a saved report into a PDF file, without
-// a device.
+// today's date and time, the fields given as KEY=VALUE, measured values
+// judged against the limits of veltrako2.ini) and writes the report file,
+// then prints each judged value and the result; with --print it draws a
+// saved report into a PDF file, without a device.
 
 #include "app_context.h"
 #include "cli_session.h"
@@ -12,6 +13,7 @@
 #include "console_ui.h"
 #include "pdf_output.h"
 #include "report/report_file.h"
+#include "report/report_measurements.h"
 #include "report/report_print.h"
 #include "report_fields.h"
 
@@ -38,10 +40,13 @@ int print_saved_report(CommandEnv& env) {
         return usage_error(env, text_print_no_fields);
     if (!env.parser.isSet(pdf_name))
         return usage_error(env, text_print_needs_pdf);
+    report::Limits limits;
+    if (!take_report_limits(env, limits))
+        return exit_usage;
     report::ReportRecord record;
     const QString file = env.parser.value(print_name);
     const auto lines = config::read_text_lines(file);
-    if (!lines || !report::load_report_file(record, file))
+    if (!lines || !report::load_report_file(record, file, limits))
         return usage_error(env, text_unreadable, {file});
     QString error;
     const bool written = paint::print_to_pdf(
@@ -67,6 +72,14 @@ int write_report(CommandEnv& env) {
         print_error(error);
         return exit_usage;
     }
+    if (const QString problem = measurement_problem(*fields, env.ctx.language);
+        !problem.isEmpty()) {
+        print_error(problem);
+        return exit_usage;
+    }
+    report::Limits limits;
+    if (!take_report_limits(env, limits))
+        return exit_usage;
 
     const int code = env.session.connect_and_read_record();
     if (code != exit_ok)
@@ -74,6 +87,7 @@ int write_report(CommandEnv& env) {
     report::ReportRecord& record = env.ctx.report;
     report::take_snapshot(record, env.ctx.device, true);
     report::set_report_defaults(record, env.ctx.clock.now());
+    record.limits = limits;
     for (const auto& [key, value] : *fields)
         record.set_value(key, value);
     const QString out = env.parser.value(out_name);
@@ -82,6 +96,14 @@ int write_report(CommandEnv& env) {
         return exit_device;
     }
     report::hand_on_report(env.ctx, record, out, false);
+    // What was measured, judged: one line per judged value and the result.
+    // Whatever the result, the report was written.
+    const report::Judgement judgement = report::judge_report(record, record.limits);
+    for (const QString& line : report::judgement_lines(judgement, QLocale()))
+        print_line(line);
+    if (const QString note = report::o2_sensor_note(judgement, env.ctx.language, QLocale());
+        !note.isEmpty())
+        print_error(note);
     return exit_ok;
 }
 
@@ -100,6 +122,8 @@ CliCommand report_command() {
     c.name = QStringLiteral("report");
     c.help = {
         {9460, 9461}, // report --out FILE [KEY=VALUE ...]: read the device, write a report file
+        {0, 9703},    // then one line KEY|value|limit|pass or fail per judged value
+        {0, 9704},    // and ERGEBNIS|pass, fail or incomplete (limits: GRENZE_... in veltrako2.ini)
         {9462, 9463}, // report --print FILE --pdf OUT: draw a saved report into a PDF file
     };
     c.options = {

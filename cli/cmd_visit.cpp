@@ -54,6 +54,14 @@ int run_visit(CommandEnv& env) {
         print_error(error);
         return exit_usage;
     }
+    if (const QString problem = measurement_problem(*fields, env.ctx.language);
+        !problem.isEmpty()) {
+        print_error(problem);
+        return exit_usage;
+    }
+    report::Limits limits;
+    if (!take_report_limits(env, limits))
+        return exit_usage;
 
     AppContext& ctx = env.ctx;
     compliance::install_compliance(ctx);
@@ -63,6 +71,7 @@ int run_visit(CommandEnv& env) {
     visit::VisitRequest request;
     request.base_dir = dir;
     request.months = months;
+    request.report.limits = limits;
     for (const auto& [key, value] : *fields)
         request.report.set_value(key, value);
     request.write_pdf = [](const QString& path, int pages, const visit::PageDrawer& draw,

@@ -9,6 +9,7 @@ const std::vector<CliCommand>& cli_commands() {
         info_command(),     watch_command(), send_command(),    status_command(),
         firmware_command(), set_command(),   reset_command(),   compliance_command(),
         report_command(),   visit_command(), history_command(), archive_command(),
+        fleet_command(),
     };
     return table;
 }

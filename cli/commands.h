@@ -17,5 +17,6 @@ CliCommand report_command();
 CliCommand visit_command();
 CliCommand history_command();
 CliCommand archive_command();
+CliCommand fleet_command();
 
 } // namespace veltrako::cli

@@ -1,13 +1,22 @@
 #include "report_fields.h"
 
+#include "app_context.h"
+#include "cli_command.h"
 #include "cli_texts.h"
+#include "console_ui.h"
+#include "report/report_measurements.h"
 #include "report/report_record.h"
+
+#include <QDir>
 
 namespace veltrako::cli {
 
 namespace {
-constexpr int text_unknown_field = 9471; // "unknown report field \"%1\"; the fields are %2"
-constexpr int text_check_box = 9472;     // "%1 takes 0 or 1, not \"%2\""
+constexpr int text_unknown_field = 9471;   // "unknown report field \"%1\"; the fields are %2"
+constexpr int text_check_box = 9472;       // "%1 takes 0 or 1, not \"%2\""
+constexpr int text_not_a_number = 9700;    // "%1 takes a number ..., not \"%2\""
+constexpr int text_not_a_class = 9701;     // "t_Schutzklasse takes I or II, not \"%1\""
+constexpr int text_limit_no_number = 9702; // "%1 in %2 is no number of zero or more: \"%3\""
 } // namespace
 
 std::optional<QList<std::pair<QString, QString>>>
@@ -32,6 +41,33 @@ report_fields(const QStringList& args, const config::LanguageTables& language, Q
         fields.append({key, value});
     }
     return fields;
+}
+
+QString measurement_problem(const QList<std::pair<QString, QString>>& fields,
+                            const config::LanguageTables& language) {
+    for (const auto& [key, value] : fields) {
+        // An empty value is no measurement: the report leaves it open.
+        if (value.trimmed().isEmpty())
+            continue;
+        if (key.startsWith(QLatin1String("m_")) && !report::parse_measurement(value))
+            return cli_text(language, text_not_a_number, {key, value});
+        if (key == QLatin1String(report::key_protection_class) &&
+            report::parse_protection_class(value) == report::ProtectionClass::unknown)
+            return cli_text(language, text_not_a_class, {value});
+    }
+    return {};
+}
+
+bool take_report_limits(CommandEnv& env, report::Limits& limits) {
+    const auto problems = report::limit_problems(env.ctx.config);
+    if (!problems.isEmpty()) {
+        print_error(cli_text(env, text_limit_no_number,
+                             {problems.first().first, QDir::toNativeSeparators(env.ctx.config_path),
+                              problems.first().second}));
+        return false;
+    }
+    limits = report::configured_limits(env.ctx.config);
+    return true;
 }
 
 } // namespace veltrako::cli

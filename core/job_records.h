@@ -25,6 +25,10 @@ struct UsageReadout {
     // Start of the period still running at the readout (its end is the
     // readout's provisional one); 0 when none is.
     compliance::Stamp running_start = 0;
+    // The prescription the readout was judged against (0: none) and the
+    // share of the best 30 days that must reach it, in percent.
+    double prescribed_hours = 0;
+    double adherence_share = config::default_adherence_share;
 };
 
 // The status memory as one readout found it.

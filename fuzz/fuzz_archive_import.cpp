@@ -31,6 +31,11 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         for (const archive::StatusEntry& s : e.entries)
             if (s.entry != s.entry.simplified() || s.entry.contains(QLatin1Char(',')))
                 __builtin_trap();
+        // A report's measurements come with a result in one of its three words.
+        if (e.measured && e.measured->result != QLatin1String("pass") &&
+            e.measured->result != QLatin1String("fail") &&
+            e.measured->result != QLatin1String("incomplete"))
+            __builtin_trap();
     }
     if (const auto table = status::read_status_table(lines))
         if (table->sn.isEmpty() || !table->at.isValid())

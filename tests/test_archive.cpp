@@ -6,12 +6,15 @@
 // compares between visits, and the Verlauf page on the archive's own thread.
 
 #include "archive/archive_event.h"
+#include "archive/archive_fleet.h"
 #include "archive/archive_history.h"
 #include "archive/archive_hooks.h"
 #include "archive/archive_schema.h"
 #include "archive/archive_service.h"
 #include "archive/archive_store.h"
+#include "archive/server_address.h"
 #include "history_page.h"
+#include "report/report_measurements.h"
 #include "report_harness.h"
 #include "status/status_table.h"
 #include "status/status_table_reader.h"
@@ -181,13 +184,20 @@ private slots:
             QString error;
             QVERIFY2(old.open(&error, from), qPrintable(error));
             if (from >= 1) {
-                // Rows as version 1 wrote them; no later migration may lose them.
+                // Rows as version 1 wrote them, in the columns every version
+                // has; no later migration may lose them.
                 QSqlQuery q(old.database());
                 QVERIFY(q.exec("INSERT INTO devices (sn, lp, lp_at) VALUES ('VO2-1', 'LP1', 1)"));
-                QVERIFY(
-                    q.exec("INSERT INTO events VALUES ('e1', 'VO2-1', 'usage', 5, NULL, 'a@b')"));
-                QVERIFY(q.exec("INSERT INTO usage_periods VALUES ('VO2-1', 100, 200, 0, 5, 'e1', "
-                               "'a@b')"));
+                const QString event = "INSERT INTO events (id, sn, kind, at, visit_id, written_by)"
+                                      " VALUES ('%1', 'VO2-1', '%2', %3, NULL, 'a@b')";
+                QVERIFY(q.exec(event.arg("e1", "usage").arg(5)));
+                QVERIFY(q.exec("INSERT INTO usage_periods (sn, start_time, end_time, running,"
+                               " end_seen, first_event, written_by)"
+                               " VALUES ('VO2-1', 100, 200, 0, 5, 'e1', 'a@b')"));
+                // A report of an older program: no result, nothing measured.
+                QVERIFY(q.exec(event.arg("r1", "report").arg(6)));
+                QVERIFY(q.exec("INSERT INTO event_values VALUES ('r1', 0, 'O2', '95')"));
+                QVERIFY(q.exec("INSERT INTO reports VALUES ('r1', '/r1.txt', 0, '')"));
             }
         }
         archive::ArchiveStore store(path);
@@ -196,7 +206,26 @@ private slots:
         QSqlDatabase db = store.database();
         QCOMPARE(archive::schema_version(db, &error).value(), archive::latest_version());
         QCOMPARE(scalar(db, "SELECT count(*) FROM usage_periods"), from >= 1 ? 1 : 0);
+        QCOMPARE(scalar(db, "SELECT count(*) FROM reports"), from >= 1 ? 1 : 0);
         QVERIFY(store.write({archive::usage_event(readout("0-2", 1), "t@h")}, nullptr, &error));
+        // A report of this program keeps what it measured, judged by the
+        // limits it names: the last inspection's O2 verdict is one join away.
+        const QStringList lines{"SN|VO2-1",           "O2|95",        "SOLL_VOLUMENSTROM|2,0",
+                                "m_O2|80,5",          "m_Flow|2.1",   "t_Schutzklasse|II",
+                                "m_Ableitstrom|0,05", "GRENZE_O2|85", "ERGEBNIS|fail"};
+        QVERIFY(
+            store.write({archive::report_event({"VO2-1", pc_time, "/r2.txt", false, lines}, "t@h")},
+                        nullptr, &error));
+        QSqlQuery last(db);
+        QVERIFY(last.exec("SELECT m.o2_verdict, m.o2, m.o2_limit, m.o2_device, m.o2_note,"
+                          " m.flow_low, m.flow_high, m.earth_verdict, m.leakage_limit, m.result"
+                          " FROM events e JOIN report_measurements m ON m.event_id = e.id"
+                          " WHERE e.sn = 'VO2-1' ORDER BY e.at DESC LIMIT 1"));
+        QVERIFY(last.next());
+        QStringList row;
+        for (int i = 0; i < 10; ++i)
+            row << (last.value(i).isNull() ? QStringLiteral("NULL") : last.value(i).toString());
+        QCOMPARE(row.join(' '), QString("fail 80.5 85 95 1 1.8 2.2  0.1 fail"));
         QCOMPARE(store.check(&error).value(), QStringList());
     }
     void refuses_a_newer_file() {
@@ -312,8 +341,11 @@ private slots:
             f.ctx.hooks.status_read(
                 {"VO2-1", "LP1", "5122", pc_time, false, {status_record(7, 1)}});
             f.ctx.hooks.usage_read(readout("0-2,3-5", 1));
-            f.ctx.hooks.report_filed(
-                {"VO2-1", pc_time, "/r.txt", false, {"SN|VO2-1", "BSTD|1:00"}});
+            f.ctx.hooks.report_filed({"VO2-1",
+                                      pc_time,
+                                      "/r.txt",
+                                      false,
+                                      {"SN|VO2-1", "BSTD|1:00", "O2|94", "m_O2|90", "ERGEBNIS|"}});
             QCOMPARE(f.ui.messages.size(), 0); // nothing written before the visit ends
             f.ctx.hooks.visit_done({"VO2-1",
                                     pc_time,
@@ -329,6 +361,16 @@ private slots:
                 QCOMPARE(scalar(db, "SELECT count(*) FROM events e JOIN events v ON v.id ="
                                     " e.visit_id AND v.kind = 'visit'"),
                          locked ? 0 : 3);
+                // The visit shows what its report measured.
+                QString error;
+                const auto visits = s.visits("VO2-1", &error).value();
+                QCOMPARE(visits.size(), std::size_t(locked ? 0 : 1));
+                if (!locked) {
+                    QCOMPARE(visits[0].kind, QString("visit"));
+                    QCOMPARE(visits[0].o2_measured.value_or(0), 90.0);
+                    QCOMPARE(visits[0].o2_device.value_or(0), 94.0);
+                    QCOMPARE(visits[0].report_result, QString("incomplete"));
+                }
             });
             if (locked)
                 QVERIFY2(f.ui.messages[0].contains("VO2-1") && f.ui.messages[0].contains("locked"),
@@ -440,8 +482,12 @@ private slots:
                                   "/r1.txt",
                                   false,
                                   {"SN|VO2-1", "BSTD|000100:00", "SW|5121"}});
-        w.ctx.hooks.report_filed(
-            {"VO2-1", pc_time, "/r2.txt", true, {"SN|VO2-1", "BSTD|000400:00", "SW|5122"}});
+        w.ctx.hooks.report_filed({"VO2-1",
+                                  pc_time,
+                                  "/r2.txt",
+                                  true,
+                                  {"SN|VO2-1", "BSTD|000400:00", "SW|5122", "O2|93", "m_O2|88,5",
+                                   "ERGEBNIS|incomplete"}});
         w.ctx.hooks.usage_read(readout("0-9,24-33,1000-1009", 1));
         w.form.select_page(Page::verlauf);
         auto* devices = w.get<QTableWidget>("tbl_geraete");
@@ -450,15 +496,116 @@ private slots:
         QTRY_COMPARE(visits->rowCount(), 2);
         QCOMPARE(devices->item(0, 0)->text(), QString("VO2-1"));
         QCOMPARE(visits->item(0, 2)->text(), QString("000400:00"));
-        QCOMPARE(visits->item(0, 3)->text(), QLocale().toString(300.0, 'f', 1));
-        QVERIFY2(visits->item(0, 6)->text().contains("5121 → 5122"),
-                 qPrintable(visits->item(0, 6)->text()));
+        QCOMPARE(visits->item(0, 6)->text(), QLocale().toString(300.0, 'f', 1));
+        // The measured O2 beside the device's own reading; the older
+        // report measured nothing.
+        QCOMPARE(visits->item(0, 3)->text(), report::measurement_text(88.5, QLocale()));
+        QCOMPARE(visits->item(0, 4)->text(), QString("93"));
+        QVERIFY(visits->item(1, 3)->text().isEmpty());
+        QVERIFY2(visits->item(0, 9)->text().contains("5121 → 5122"),
+                 qPrintable(visits->item(0, 9)->text()));
         // The chart shows the month of the last period and leads back to the first.
         QTRY_VERIFY(w.get<QPushButton>("cmd_verlaufprev")->isEnabled());
         QVERIFY(!w.get<QPushButton>("cmd_verlaufnext")->isEnabled());
         QVERIFY(!w.get<QLabel>("l_verlaufsummary")->text().isEmpty());
         w.get<QPushButton>("cmd_verlaufprev")->click();
         QVERIFY(w.get<QPushButton>("cmd_verlaufnext")->isEnabled());
+    }
+
+    // The server as the user names it: a libpq URI, shown again without
+    // change; a password refused wherever it stands; what libpq could not
+    // take refused before it is handed on.
+    void server_addresses_data() {
+        const Table<QString, QString, QString> row; // URI, shown or the problem, host
+        row("everything", "postgresql://anna@db.example.org:5433/fleet?sslmode=require",
+            "postgresql://anna@db.example.org:5433/fleet?sslmode=require", "db.example.org");
+        row("short scheme", "postgres://anna@db/fleet", "postgresql://anna@db/fleet", "db");
+        row("socket folder", "postgresql://%2Fvar%2Frun%2Fpostgresql/fleet",
+            "postgresql://%2Fvar%2Frun%2Fpostgresql/fleet", "/var/run/postgresql");
+        row("IPv6 address", "postgresql://anna@[::1]:5432/fleet",
+            "postgresql://anna@[::1]:5432/fleet", "::1");
+        row("empty password", "postgresql://anna:@db/fleet", "postgresql://anna@db/fleet", "db");
+        row("user:password", "postgresql://anna:geheim@db/fleet", "password", "");
+        row("password parameter", "postgresql://anna@db/fleet?sslmode=verify-full&password=geheim",
+            "password", "");
+        row("keyword form", "host=db dbname=fleet", "not a URI", "");
+        row("port out of range", "postgresql://db:99999/fleet", "not a URI", "");
+        row("two hosts", "postgresql://h1,h2/fleet", "not a URI", "");
+        row("blank in a name", "postgresql://db/fleet?ssl%20mode=require", "bad parameter", "");
+        row("semicolon in a value", "postgresql://db/fleet?options=-c%20a%3Db%3Bc", "bad parameter",
+            "");
+    }
+    void server_addresses() {
+        const auto [uri, expected, host] = Table<QString, QString, QString>::fetch();
+        const archive::ParsedAddress parsed = archive::parse_server_address(uri);
+        const QString problem =
+            parsed.problem == archive::AddressProblem::holds_password ? "password"
+            : parsed.problem == archive::AddressProblem::not_a_uri    ? "not a URI"
+                                                                      : "bad parameter";
+        QCOMPARE(parsed.address ? parsed.address->shown() : problem, expected);
+        if (parsed.address)
+            QCOMPARE(parsed.address->host, host);
+        else // the text that explains it never repeats the address
+            QVERIFY(archive::address_problem_text(parsed.problem) > 0);
+    }
+    void server_connect_options() {
+        const archive::ServerAddress a =
+            archive::parse_server_address(
+                "postgresql://db/fleet?sslmode=require&application_name=o%27s%20desk")
+                .address.value();
+        QCOMPARE(a.connect_options(), QString("sslmode='require';application_name='o\\'s desk';"
+                                              "connect_timeout='10'"));
+    }
+
+    // When a device is due: its last visit more than WARTUNG_MONATE months
+    // back (or none), its hours past the next multiple of WARTUNG_STUNDEN,
+    // its last 30 days not met, or its last inspection's O2 failed.
+    void due_reasons_data() {
+        // days since the last visit (-1: none), BSTD then, hours run since,
+        // WARTUNG_MONATE, WARTUNG_STUNDEN, the last readout's 30 days, the
+        // last report's O2 verdict, reasons
+        const Table<int, QString, double, QString, QString, QString, QString, QString> row;
+        const QString met = "30d|2026-01-01|2026-01-30|30|30|met";
+        const QString not_met = "30d|2026-01-01|2026-01-30|12|30|not met";
+        row("six months to the day", 181, "001000:00", 0, "", "", met, "", "");
+        row("a day more", 182, "001000:00", 0, "", "", "", "", "visit");
+        row("twelve months allowed", 182, "001000:00", 0, "12", "", "", "", "");
+        row("never visited", -1, "", 0, "", "5000", "", "", "visit");
+        row("hours reach the multiple", 10, "004990:00", 10, "", "5000", "", "", "hours");
+        row("hours just short", 10, "004990:00", 9.9, "", "5000", "", "", "");
+        row("at a multiple at the visit", 10, "005000:00", 4999, "", "5000", "", "", "");
+        row("no hours rule", 10, "004990:00", 100, "", "", "", "", "");
+        row("unreadable BSTD", 10, "n/a", 100, "", "5000", "", "", "");
+        row("30 days not met", 10, "000100:00", 0, "", "", not_met, "", "adherence");
+        row("O2 failed", 10, "000100:00", 0, "", "", met, "fail", "o2");
+        row("O2 passed", 10, "000100:00", 0, "", "", met, "pass", "");
+        row("every reason", 400, "009999:30", 0.5, "", "5000", not_met, "fail",
+            "visit,hours,adherence,o2");
+    }
+    void due_reasons() {
+        const auto [days, bstd, since, months, hours, adherence, o2, expected] =
+            Table<int, QString, double, QString, QString, QString, QString, QString>::fetch();
+        const QDate today(2026, 3, 2);
+        archive::FleetRow row;
+        row.device.sn = "VO2-1";
+        if (days >= 0)
+            row.device.last_visit_at =
+                QDateTime(today.addDays(-days), QTime(12, 0)).toSecsSinceEpoch();
+        row.device.last_visit_bstd = bstd;
+        row.hours_since_visit = since;
+        row.last_adherence = adherence;
+        row.last_o2_verdict = o2;
+        const auto rules = archive::maintenance_rules(months, hours, nullptr);
+        QVERIFY(rules);
+        QCOMPARE(archive::due_reasons(row, *rules, today).join(','), expected);
+    }
+    void maintenance_rules_refuse_nonsense() {
+        QString bad;
+        QVERIFY(!archive::maintenance_rules("0", "", &bad));
+        QCOMPARE(bad, QString("WARTUNG_MONATE 0"));
+        QVERIFY(!archive::maintenance_rules("", "viele", &bad));
+        QCOMPARE(bad, QString("WARTUNG_STUNDEN viele"));
+        QCOMPARE(archive::maintenance_rules(" ", "", &bad)->months, 6);
     }
 
     void initTestCase() {

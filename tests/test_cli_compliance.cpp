@@ -201,6 +201,8 @@ private slots:
              "101"},
             2, "--adherence-share takes a share from 0 to 100");
         row("visit without a folder", {"visit"}, 2, "--out DIR");
+        row("visit with a measured value that is no number",
+            {"visit", "--out", "v", "m_Ableitstrom=0,0,5"}, 2, "m_Ableitstrom");
         row("visit with an unknown field", {"visit", "--out", "v", "t_Name=x"}, 2,
             "unknown report field");
         row("visit with a prescription that is no number",

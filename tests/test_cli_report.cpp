@@ -9,6 +9,7 @@
 #include <QStandardPaths>
 #include <QTemporaryDir>
 
+using veltrako::testing::ProgramCopy;
 using veltrako::testing::run_cli;
 using veltrako::testing::Table;
 using Run = veltrako::testing::ProgramRun;
@@ -25,7 +26,7 @@ private slots:
         QFile f(file);
         QVERIFY(f.open(QIODevice::ReadOnly));
         const QByteArray bytes = f.readAll();
-        QCOMPARE(bytes.count("\r\n"), 50);
+        QCOMPARE(bytes.count("\r\n"), 62);
         for (const char* line :
              {"t_Patient|J\xC3\xBCrgen M\xC3\xBCller\r\n", "ck_stk|1\r\n", "t_Ort|Bonn\r\n",
               "t_Bemerkungen|a/b\r\n", "ck_Leistung|\r\n", "VEEPROM|\r\n"})
@@ -61,6 +62,60 @@ private slots:
             QVERIFY2(text.contains(expected), qPrintable(expected));
     }
 
+    // After writing, one line per judged value and the result, numbers in
+    // the user's locale; written whatever the result (exit 0). The limits
+    // are veltrako2.ini's; the simulated device is set to 2.0 l/min.
+    void judged_lines_data() {
+        // locale, veltrako2.ini lines added, fields, lines printed
+        Table<QString, QByteArray, QStringList, QString> row;
+        row("the example, German", "de_DE.UTF-8", "",
+            {"m_O2=80,5", "m_Flow=2,1", "t_Schutzklasse=II", "m_Ableitstrom=0,05"},
+            "m_O2|80,5|82|fail\nm_Flow|2,1|1,8–2,2|pass\nm_Ableitstrom|0,05|0,1|pass\n"
+            "ERGEBNIS|fail\n");
+        row("passed, class I, a limit of the configuration", "C.UTF-8",
+            "GRENZE_O2|88\r\nGRENZE_SCHUTZLEITER|0,2\r\n",
+            {"m_O2=88", "m_Flow=1.8", "t_Schutzklasse=I", "m_Schutzleiter=0.2", "m_Ableitstrom=0.5",
+             "t_Messgeraet=Oxy 3"},
+            "m_O2|88|88|pass\nm_Flow|1.8|1.8–2.2|pass\nm_Schutzleiter|0.2|0.2|pass\n"
+            "m_Ableitstrom|0.5|0.5|pass\nERGEBNIS|pass\n");
+        row("nothing measured", "C.UTF-8", "", {"t_Patient=Erika"}, "ERGEBNIS|incomplete\n");
+        // A usage error: nothing is written.
+        row("a limit of the configuration that is no number", "C.UTF-8", "GRENZE_FLOW|viel\r\n",
+            {"m_O2=90"}, "");
+    }
+    void judged_lines() {
+        const auto [locale, ini, fields, printed] =
+            Table<QString, QByteArray, QStringList, QString>::fetch();
+        const ProgramCopy cli(QStringLiteral(VELTRAKO2_CLI_PATH));
+        // The copy's settings may be a hard link to the build's: a file of
+        // its own is written in their place.
+        const QString ini_path = cli.file(QStringLiteral("veltrako2.ini"));
+        QFile shipped(ini_path);
+        QVERIFY(shipped.open(QIODevice::ReadOnly));
+        const QByteArray settings = shipped.readAll() + ini;
+        shipped.close();
+        QVERIFY(QFile::remove(ini_path));
+        QFile own(ini_path);
+        QVERIFY(own.open(QIODevice::WriteOnly) && own.write(settings) == settings.size());
+        own.close();
+        QTemporaryDir dir;
+        const QString file = dir.filePath(QStringLiteral("r.txt"));
+        const Run r = cli.run(QStringList{"--link", "sim", "report", "--out", file} + fields, 60000,
+                              {{"LC_ALL", locale}});
+        if (printed.isEmpty()) {
+            QCOMPARE(r.exit_code, 2);
+            QVERIFY2(r.err.contains("GRENZE_FLOW") && r.err.contains("viel"), qPrintable(r.err));
+            QVERIFY(!QFile::exists(file));
+            return;
+        }
+        QVERIFY2(r.exit_code == 0, qPrintable(r.err));
+        QCOMPARE(r.out, printed);
+        QFile written(file);
+        QVERIFY(written.open(QIODevice::ReadOnly));
+        QVERIFY(written.readAll().endsWith(
+            ("ERGEBNIS|" + printed.section('|', -1)).toUtf8().replace("\n", "\r\n")));
+    }
+
     // Usage errors come before the device: a link that cannot open is never
     // tried, and no file appears.
     void usage_errors_data() {
@@ -72,6 +127,9 @@ private slots:
         row("both forms", {"--out", "OUT", "--print", "IN"}, "--print");
         row("print without pdf", {"--print", "IN"}, "--pdf");
         row("print of a missing file", {"--print", "IN", "--pdf", "OUT"}, "missing.txt");
+        row("a measured value that is no number", {"--out", "OUT", "m_O2=8O"}, "m_O2");
+        row("two decimal separators", {"--out", "OUT", "m_Flow=1.000,5"}, "1.000,5");
+        row("protection class III", {"--out", "OUT", "t_Schutzklasse=III"}, "III");
     }
     void usage_errors() {
         auto [arguments, message] = Table<QStringList, QString>::fetch();

@@ -93,17 +93,18 @@ private slots:
         QCOMPARE(::load(path), ">" + summary(saved));
     }
 
-    // A prescription or share typed into the file survives every rewrite (a
-    // dialog that remembers its folder), as typed; a file without one stays
-    // without.
-    void prescription_survives_a_rewrite_data() {
+    // A prescription or a limit typed into the file survives every rewrite
+    // (a dialog that remembers its folder), as typed; a file without one
+    // stays without.
+    void optional_setting_survives_a_rewrite_data() {
         const Table<QByteArray> row;
         row("set", "VERORDNUNG|15,5")("none", QByteArray());
         row("no number: kept for the person to see", "VERORDNUNG|viel");
+        row("a limit", "GRENZE_SCHUTZLEITER|0,2")("a limit that is no number", "GRENZE_O2|viel");
         row("both", "VERORDNUNG|6\r\nADHERENZ_ANTEIL|80");
         row("a share alone", "ADHERENZ_ANTEIL|75,5");
     }
-    void prescription_survives_a_rewrite() {
+    void optional_setting_survives_a_rewrite() {
         const auto [line] = Table<QByteArray>::fetch();
         QTemporaryDir dir;
         const QString path = dir.filePath(QStringLiteral("veltrako2.ini"));
@@ -115,8 +116,8 @@ private slots:
         QVERIFY(save_config(config, path));
         const QByteArray written = read_file(path);
         QVERIFY(written.contains("INITDIR|/chosen/\r\n"));
-        QCOMPARE(written.contains("VERORDNUNG"), line.contains("VERORDNUNG"));
-        QCOMPARE(written.contains("ADHERENZ_ANTEIL"), line.contains("ADHERENZ_ANTEIL"));
+        for (const char* key : {"VERORDNUNG", "ADHERENZ_ANTEIL", "GRENZE_"})
+            QCOMPARE(written.contains(key), line.contains(key));
         QVERIFY2(line.isEmpty() || written.endsWith(line + "\r\n"), written.constData());
     }
 

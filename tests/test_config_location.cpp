@@ -104,6 +104,9 @@ private slots:
         QTest::newRow("relative setting") << "hist/a.sqlite"
                                           << ""
                                           << "/cfg/hist/a.sqlite";
+        QTest::newRow("relative option") << "hist/a.sqlite"
+                                         << "b.sqlite"
+                                         << QDir::current().absoluteFilePath("b.sqlite");
         QTest::newRow("option over setting") << "/srv/a.sqlite"
                                              << "/tmp/b.sqlite"
                                              << "/tmp/b.sqlite";

@@ -72,15 +72,19 @@ private slots:
             {"t_Bemerkungen", "Filter gewechselt\r\nSchlauch neu\nende"},
             {"ck_stk", "1"},
             {"t_Strasse", "Gärtnerstraße 5"},
-            {"t_Patient", "A"}};
+            {"t_Patient", "A"},
+            {"m_O2", "84,5"},
+            {"t_Messgeraet", "Analysator X1, kal. 01/2026"}};
         for (const auto& [key, value] : typed)
             h.ctx.report.set_value(QLatin1String(key), QString::fromUtf8(value));
+        // Judged by a stricter O2 limit than the configuration's.
+        h.ctx.report.limits.o2_min = 85;
         const QString file = h.path(QStringLiteral("r.txt"));
         h.ui.file_answers = {file, file};
         QVERIFY(save_report(h.ctx));
 
         const QByteArray bytes = read_file(file);
-        QVERIFY(bytes.endsWith("\r\n") && bytes.count('\n') == 50 && bytes.count("\r\n") == 50);
+        QVERIFY(bytes.endsWith("\r\n") && bytes.count('\n') == 62 && bytes.count("\r\n") == 62);
         QVERIFY(bytes.contains("G\xC3\xA4rtnerstra\xC3\x9F"));
         const QStringList lines = QString::fromUtf8(bytes).split(QStringLiteral("\r\n"));
         QCOMPARE(lines[0], QStringLiteral("t_Krankenkasse|AOK / Bayern"));
@@ -88,6 +92,15 @@ private slots:
         QCOMPARE(lines[18], QStringLiteral("SN|VO2-7E00042 "));
         QCOMPARE(lines[18 + 30], QStringLiteral("ZEITEN13|23"));
         QCOMPARE(lines[49], QStringLiteral("REST|731"));
+        // Then the measured values, their limits and the result: every line
+        // an older file held keeps its place, and an older reader skips keys
+        // it does not know.
+        QCOMPARE(lines.mid(50, 13),
+                 QStringList({"m_O2|84,5", "m_Flow|", "t_Schutzklasse|", "m_Schutzleiter|",
+                              "m_Ableitstrom|", "t_Messgeraet|Analysator X1, kal. 01/2026",
+                              "GRENZE_O2|85", "GRENZE_FLOW|10", "GRENZE_SCHUTZLEITER|0,3",
+                              "GRENZE_ABLEITSTROM_I|0,5", "GRENZE_ABLEITSTROM_II|0,1",
+                              "ERGEBNIS|fail", ""}));
         const auto m = pairs(lines);
         QCOMPARE(m.value("O2"), QStringLiteral("95"));
         QCOMPARE(m.value("GASTEMP"), QStringLiteral("36,8"));
@@ -108,6 +121,7 @@ private slots:
                          .replace(QStringLiteral(" | "), QStringLiteral(" / "))
                          .replace(QStringLiteral("neu\nende"), QStringLiteral("neu\r\nende")));
         QVERIFY(h.ctx.report.device_valid());
+        QCOMPARE(h.ctx.report.limits.o2_min, 85.0); // the file's, not the configuration's
         const device::DeviceRecord& d = h.ctx.report.report_device;
         QCOMPARE(d.SN, QStringLiteral("VO2-7E00042 "));
         QCOMPARE(d.BSTD, QStringLiteral("012345:30"));
@@ -168,6 +182,19 @@ private slots:
         QVERIFY(open_report(h.ctx, [] {}));
         QVERIFY(h.ctx.report.device_valid() && h.ctx.report.report_device.SN.isEmpty());
         QCOMPARE(h.ctx.report.value(QStringLiteral("t_Patient")), QStringLiteral("Otto"));
+        // A file without limits is judged by the configuration's; one that
+        // names a limit that is no number keeps the configuration's for it.
+        h.ctx.config.GRENZE_FLOW = QStringLiteral("20");
+        const QString limits = h.path(QStringLiteral("limits.txt"));
+        QVERIFY(config::write_text_lines(limits, {"GRENZE_O2|90", "GRENZE_SCHUTZLEITER|gering"}));
+        h.ui.file_answers = {patient, limits};
+        QVERIFY(open_report(h.ctx, [] {}));
+        Limits expected;
+        expected.flow_percent = 20;
+        QCOMPARE(h.ctx.report.limits, expected);
+        QVERIFY(open_report(h.ctx, [] {}));
+        expected.o2_min = 90;
+        QCOMPARE(h.ctx.report.limits, expected);
     }
 
     // A cancelled dialog or a file that cannot be read leaves the report as
@@ -233,7 +260,7 @@ private slots:
         QCOMPARE(save_report(h.ctx), written);
         QCOMPARE(int(h.ui.dialogs.size()), dialogs);
         QCOMPARE(h.ui.questions.size(), overwrite.size());
-        QCOMPARE(config::read_text_lines(file)->size(), written ? 50 : 1);
+        QCOMPARE(config::read_text_lines(file)->size(), written ? 62 : 1);
     }
 
     void checksaved_answers_data() {
@@ -342,28 +369,36 @@ private slots:
         take_snapshot(h.ctx.report, inspected_device(), true);
         h.ctx.report.set_value(QStringLiteral("t_Bemerkungen"), QStringLiteral("a|b\r\nzwei"));
         h.ctx.report.set_value(QStringLiteral("ck_stk"), QStringLiteral("1"));
+        h.ctx.report.set_value(QStringLiteral("m_Schutzleiter"), QStringLiteral("0,2"));
+        h.ctx.report.limits.earth_max = 0.25;
         QVERIFY(!draft_path(h.ctx).endsWith(QStringLiteral(".txt")));
         QCOMPARE(QFileInfo(draft_path(h.ctx)).absolutePath(),
                  QFileInfo(h.ctx.config_path).absolutePath());
         const QStringList lines = draft_lines(h.ctx.report, h.clock.now(), QLocale());
-        const std::optional<Draft> draft = parse_draft_lines(lines);
+        const std::optional<Draft> draft = parse_draft_lines(lines, {});
         QVERIFY(draft);
         QCOMPARE(draft->written, h.clock.now());
         QVERIFY(draft->report.report_changed && draft->report.device_valid());
         QCOMPARE(draft->report.value(QStringLiteral("t_Bemerkungen")),
                  QStringLiteral("a/b\r\nzwei"));
         QCOMPARE(draft->report.report_device.SN, inspected_device().SN);
-        QVERIFY(!parse_draft_lines(report_file_lines(h.ctx.report, QLocale())));
+        // The measured values and the limits they are judged by come back too.
+        QCOMPARE(draft->report.value(QStringLiteral("m_Schutzleiter")), QStringLiteral("0,2"));
+        QCOMPARE(draft->report.limits, h.ctx.report.limits);
+        QVERIFY(!parse_draft_lines(report_file_lines(h.ctx.report, QLocale()), {}));
         // A report without device data comes back without them.
         h.ctx.report.report_device.live_valid = false;
-        QVERIFY(!parse_draft_lines(draft_lines(h.ctx.report, h.clock.now(), QLocale()))
+        QVERIFY(!parse_draft_lines(draft_lines(h.ctx.report, h.clock.now(), QLocale()), {})
                      ->report.device_valid());
         // Typed text is what counts, not the date and time a report starts with.
         ReportRecord fresh;
         set_report_defaults(fresh, h.clock.now());
         QVERIFY(!has_typed_text(fresh));
+        ReportRecord measured = fresh;
         fresh.set_value(QStringLiteral("ck_Visuell"), QStringLiteral("1"));
         QVERIFY(has_typed_text(fresh));
+        measured.set_value(QStringLiteral("m_O2"), QStringLiteral("93"));
+        QVERIFY(has_typed_text(measured));
     }
 
     // Written a second after the last edit, by the clock moved by hand: an
@@ -387,7 +422,7 @@ private slots:
         h.ctx.report_draft.tick();
         QVERIFY(QFile::exists(path) && !h.ctx.report_draft.waiting());
         QCOMPARE(collected, 1);
-        QCOMPARE(read_draft(path)->report.value(QStringLiteral("t_Patient")),
+        QCOMPARE(read_draft(path, {})->report.value(QStringLiteral("t_Patient")),
                  QStringLiteral("Erika"));
 
         h.ctx.report.set_value(QStringLiteral("t_Patient"), QString());

@@ -2,13 +2,22 @@
 // mark it, the typed report outlasts the connection, showing the record fills the controls and
 // counts as unchanged, collecting reads them back, and the device-data picture draws the snapshot.
 
+#include "apply_language.h"
+#include "config/language.h"
+#include "inspected_device.h"
 #include "link/device_connection.h"
+#include "painter_surface.h"
 #include "protocol/poll_cycle.h"
 #include "report/report_draft.h"
+#include "report/report_print.h"
 #include "report/report_record.h"
 #include "report_page.h"
+#include "startup.h"
 #include "window_harness.h"
 
+#include <QPainter>
+#include <QScrollArea>
+#include <QScrollBar>
 #include <QTemporaryDir>
 
 using namespace veltrako;
@@ -38,6 +47,8 @@ struct Harness : Window {
 class TestReportPage : public QObject {
     Q_OBJECT
 private slots:
+    void initTestCase() { QLocale::setDefault(QLocale(QLocale::German, QLocale::Germany)); }
+
     void fresh_report_shown_and_collected() {
         Harness h;
         h.open_page();
@@ -58,7 +69,7 @@ private slots:
         const QString draft = report::draft_path(h.ctx);
         h.clock.advance_ms(report::DraftKeeper::delay_ms);
         h.ctx.report_draft.tick();
-        const auto kept = report::read_draft(draft);
+        const auto kept = report::read_draft(draft, {});
         QVERIFY(kept);
         QCOMPARE(kept->report.value(QStringLiteral("t_Patient")), QStringLiteral("Otto"));
         QCOMPARE(kept->report.value(QStringLiteral("ck_stk")), QStringLiteral("1"));
@@ -212,6 +223,122 @@ private slots:
         h.ctx.device.live_valid = true;
         h.open_page();
         QVERIFY2(ink() > empty + 200, qPrintable(QString::number(ink())));
+    }
+
+    // Typed measurements are judged at once against the report's limits and
+    // the snapshot's set flow and O2; a keystroke that makes no number is
+    // refused with a red frame and says why; class II greys out the
+    // protective earth; a file's value that is no number shows as refused.
+    void measurements_judged_as_typed() {
+        Harness h;
+        h.ctx.device = inspected_device(); // set flow 2.0, O2 shown as 95
+        h.ctx.config.GRENZE_O2 = QStringLiteral("85");
+        for (int n : {8901, 8902, 8903, 8904, 8905, 8911})
+            h.ctx.language.language_text[static_cast<std::size_t>(n)] =
+                QStringLiteral("T%1").arg(n);
+        h.ctx.language.language_text[8905] = QStringLiteral("O2 %1");
+        h.form.show();
+        h.open_page();
+        const auto text = [&](const char* name) { return h.get<QLabel>(name)->text(); };
+        auto* o2 = h.get<QLineEdit>("m_O2");
+        QCOMPARE(text("lbl_m_O2_bewertung"), QString());
+        QCOMPARE(text("lbl_ergebnis"), QStringLiteral("T8904: T8903"));
+        QTest::keyClicks(o2, "8O4,5");
+        QCOMPARE(o2->text(), QStringLiteral("84,5"));
+        QCOMPARE(text("lbl_m_O2_grenze"), QStringLiteral("\u2265 85"));
+        QCOMPARE(text("lbl_m_O2_bewertung"), QStringLiteral("T8902"));
+        QCOMPARE(text("lbl_ergebnis"), QStringLiteral("T8904: T8902"));
+        QCOMPARE(text("lbl_o2_hinweis"), QStringLiteral("O2 10,5"));
+        QTest::keyClick(o2, Qt::Key_X);
+        QVERIFY(o2->styleSheet().contains("red") || o2->styleSheet().contains("255, 0, 0"));
+        QCOMPARE(o2->toolTip(), QStringLiteral("T8911"));
+        QCOMPARE(o2->text(), QStringLiteral("84,5")); // refused: never in the box
+        QTest::keyClick(o2, Qt::Key_Backspace);
+        QVERIFY(o2->styleSheet().isEmpty() && o2->toolTip().isEmpty());
+        QTest::keyClick(o2, Qt::Key_5);
+        QVERIFY(h.ctx.report.report_changed);
+
+        h.get<QLineEdit>("m_Flow")->setText(QStringLiteral("2.2"));
+        QCOMPARE(text("lbl_m_Flow_bewertung"), QStringLiteral("T8901"));
+        QTest::keyClicks(h.get<QLineEdit>("t_Schutzklasse"), "i2i");
+        QCOMPARE(h.get<QLineEdit>("t_Schutzklasse")->text(), QStringLiteral("II"));
+        QVERIFY(!h.get<QLineEdit>("m_Schutzleiter")->isEnabled());
+        QCOMPARE(text("lbl_m_Ableitstrom_grenze"), QStringLiteral("\u2264 0,1"));
+
+        // What the page shows is what is saved.
+        collect_report(h.form, h.ctx);
+        QCOMPARE(h.ctx.report.value("m_O2"), QStringLiteral("84,5"));
+        QCOMPARE(h.ctx.report.value("t_Schutzklasse"), QStringLiteral("II"));
+        QCOMPARE(h.ctx.report.limits.o2_min, 85.0);
+
+        h.ctx.report.set_value(QStringLiteral("m_Ableitstrom"), QStringLiteral("wenig"));
+        show_report(h.form, h.ctx);
+        QCOMPARE(h.get<QLineEdit>("m_Ableitstrom")->toolTip(), QStringLiteral("T8911"));
+        QCOMPARE(text("lbl_m_Ableitstrom_bewertung"), QString());
+    }
+
+    // In the window a 1024 x 768 screen with a panel gets, in German and
+    // English, with every value typed, the O2 note shown and a device of
+    // fourteen valve timings: the whole page in sight without a scroll bar,
+    // no control squeezed below what it needs or over another, and the
+    // device data whole inside its picture.
+    void page_fits_1024x768_data() {
+        Table<QString> row;
+        row("de", QStringLiteral("de"))("en", QStringLiteral("en"));
+    }
+    void page_fits_1024x768() {
+        const auto [language] = Table<QString>::fetch();
+        Harness h;
+        h.ctx.device = inspected_device(QStringLiteral("25"));
+        QVERIFY(config::load_language(
+            h.ctx.language, QString(VELTRAKO_SOURCE_DIR "/lang/lang%1.txt").arg(language), h.form));
+        ui::apply_language(h.form, h.ctx.language);
+        h.form.resize(ui::form_size(QSize(1024, 768 - 40)));
+        h.form.show();
+        h.open_page();
+        const std::pair<const char*, const char*> typed[] = {
+            {"t_patient", "Erika Mustermann-Lüdenscheidt"},
+            {"m_O2", "80,5"},
+            {"m_Flow", "2,1"},
+            {"t_Schutzklasse", "I"},
+            {"m_Schutzleiter", "0,35"},
+            {"m_Ableitstrom", "0,05"},
+            {"t_Messgeraet", "Oxy 3, kal. 01/2026; Secutest, kal. 02/2026"}};
+        for (const auto& [name, value] : typed)
+            h.get<QLineEdit>(name)->setText(QString::fromUtf8(value));
+        QApplication::processEvents();
+        QVERIFY(!h.get<QLabel>("lbl_o2_hinweis")->isHidden());
+
+        QWidget* page = h.form.control("page_protokoll");
+        auto* area = h.form.findChild<QScrollArea*>("page_protokoll_scroll");
+        QVERIFY(!area->horizontalScrollBar()->isVisible());
+        QVERIFY(!area->verticalScrollBar()->isVisible());
+        for (QWidget* w : page->findChildren<QWidget*>()) {
+            if (!w->isVisibleTo(page) || w->objectName().startsWith("qt_"))
+                continue;
+            QVERIFY2(page->rect().contains(QRect(w->mapTo(page, QPoint()), w->size())),
+                     qPrintable(w->objectName()));
+            const QSize needed = w->minimumSize().expandedTo(w->minimumSizeHint());
+            QVERIFY2(w->width() >= needed.width() && w->height() >= needed.height(),
+                     qPrintable(w->objectName()));
+            for (QWidget* other :
+                 w->parentWidget()->findChildren<QWidget*>(QString(), Qt::FindDirectChildrenOnly))
+                QVERIFY2(other == w || !other->isVisibleTo(page) ||
+                             !other->geometry().intersects(w->geometry()),
+                         qPrintable(w->objectName() + " overlaps " + other->objectName()));
+        }
+        QWidget* picture = h.form.control("p_geraetedaten");
+        QImage image(picture->size(), QImage::Format_RGB32);
+        QPainter painter(&image);
+        paint::PainterSurface surface(painter);
+        print::FontSpec font;
+        font.points = 8;
+        surface.set_font(font);
+        const double bottom =
+            report::draw_device_data(surface, h.ctx.report, h.ctx.language, QLocale(), 100, 100,
+                                     surface.scale_width() - 200);
+        QVERIFY2(bottom <= surface.scale_height(),
+                 qPrintable(QStringLiteral("%1 > %2").arg(bottom).arg(surface.scale_height())));
     }
 };
 

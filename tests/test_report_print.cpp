@@ -26,7 +26,25 @@ config::LanguageTables captions() {
         t.language_text[static_cast<std::size_t>(n)] = QStringLiteral("L%1").arg(n);
     for (int n = 11011; n <= 11090; ++n)
         t.language_text[static_cast<std::size_t>(n)] = QStringLiteral("L%1").arg(n);
+    for (int n = 11250; n <= 11256; ++n)
+        t.language_text[static_cast<std::size_t>(n)] = QStringLiteral("L%1").arg(n);
+    for (int n = 8901; n <= 8915; ++n)
+        t.language_text[static_cast<std::size_t>(n)] = QStringLiteral("L%1").arg(n);
+    t.language_text[8905] = QStringLiteral("L8905 %1");
+    t.language_text[8914] = QStringLiteral("L8914 %1");
     return t;
+}
+
+// Every measured value typed, the O2 far enough from the device's 95 % for
+// the note.
+void measured(ReportRecord& r, const QString& protection_class = QStringLiteral("I")) {
+    r.set_value(QStringLiteral("m_O2"), QStringLiteral("80,5"));
+    r.set_value(QStringLiteral("m_Flow"), QStringLiteral("2.1"));
+    r.set_value(QStringLiteral("t_Schutzklasse"), protection_class);
+    r.set_value(QStringLiteral("m_Schutzleiter"), QStringLiteral("0,12"));
+    r.set_value(QStringLiteral("m_Ableitstrom"), QStringLiteral("0,05"));
+    r.set_value(QStringLiteral("t_Messgeraet"),
+                QStringLiteral("Oxy 3 (kal. 01/2026), Secutest 'Pro' (kal. 02/2026)"));
 }
 
 ReportRecord filled(const QString& family = QStringLiteral("52")) {
@@ -92,6 +110,7 @@ private slots:
             return l.join(QStringLiteral("\r\n"));
         };
         ReportRecord r = filled(family);
+        measured(r);
         r.set_value(QStringLiteral("t_Zubehoer"), lines(QStringLiteral("Teil"), accessory_lines));
         QCOMPARE(int(device_data_rows(r, captions(), QLocale()).size()), device_rows);
         QCOMPARE(int(timing_rows(r, captions(), QLocale()).size()), timings);
@@ -134,6 +153,9 @@ private slots:
             // rows of the device data go with it; no caption ends a page.
             const auto* signature = s.find_run(QStringLiteral("L7013"));
             QCOMPARE(signature->page, s.page);
+            // The framed result stands right above it, on the same page.
+            const auto* result = s.find_run(QStringLiteral("L8904: L8902"));
+            QVERIFY2(result && result->page == s.page && result->y < signature->y, qPrintable(at));
             const auto* last_value =
                 s.find_run(device_data_rows(r, captions(), QLocale()).back().first);
             const auto* lower =
@@ -153,6 +175,7 @@ private slots:
         for (const QString& family : {QStringLiteral("25"), QStringLiteral("30"),
                                       QStringLiteral("52"), QStringLiteral("7E")}) {
             ReportRecord r = filled(family);
+            measured(r);
             r.set_value(QStringLiteral("t_Bemerkungen"),
                         QStringLiteral("Filter gewechselt\r\nAlarme geprüft\r\nFlow 2 l/min"));
             r.set_value(QStringLiteral("t_Zubehoer"), QStringLiteral("Maske\r\nSchlauch 2 m"));
@@ -167,6 +190,48 @@ private slots:
         }
     }
 
+    // The measured values in a table of value, unit, limit and verdict,
+    // judged by the report's limits; for class II the protective earth is
+    // not judged; the result and the O2 note framed above the signature.
+    void measurements_in_a_table_data() {
+        // class, runs that share a line: caption, value, unit, limit, verdict
+        Table<QString, QStringList> row;
+        row("O2", "I", {"L11251", "80,5", "%", "\u2265 82", "L8902"});
+        row("flow with the set flow", "I",
+            {"L11252 (L8914 2,0)", "2,1", "l/min", "1,8\u20132,2", "L8901"});
+        row("earth, class I", "I", {"L11254", "0,12", "\u03a9", "\u2264 0,3", "L8901"});
+        row("earth, class II", "II", {"L11254", "0,12", "\u03a9", "\u2013", "L8915"});
+        row("leakage, class II", "II", {"L11255", "0,05", "mA", "\u2264 0,1", "L8901"});
+        row("class", "II", {"L11253", "II"});
+        row("instruments, as typed", "I",
+            {"L11256", "Oxy 3 (kal. 01/2026), Secutest 'Pro' (kal. 02/2026)"});
+        row("column titles", "I", {"L8907", "L8908", "L8909", "L8910"});
+        row("result and note", "I", {"L8904: L8902"});
+    }
+    void measurements_in_a_table() {
+        const auto [protection_class, texts] = Table<QString, QStringList>::fetch();
+        ReportRecord r = filled();
+        measured(r, protection_class);
+        RecordingSurface s;
+        print_report(s, r, captions(), QLocale());
+        const auto* first = s.find_run(texts.first());
+        QVERIFY2(first, qPrintable(texts.first()));
+        for (const QString& text : texts) {
+            const auto on_line = std::find_if(s.runs.begin(), s.runs.end(), [&](const auto& run) {
+                return run.text == text && run.page == first->page &&
+                       std::abs(run.y - first->y) < 200;
+            });
+            QVERIFY2(on_line != s.runs.end(), qPrintable(text));
+        }
+        const auto* note = s.find_run(QStringLiteral("L8905 14,5"));
+        QVERIFY(note && note->y > s.find_run(QStringLiteral("L8904: L8902"))->y);
+        // A stricter limit of the report's own is the one printed.
+        r.limits.o2_min = 90;
+        RecordingSurface stricter;
+        print_report(stricter, r, captions(), QLocale());
+        QVERIFY(stricter.find_run(QStringLiteral("\u2265 90")));
+    }
+
     // Ticked boxes, two or all but one: each tick is two strokes drawn twice,
     // and no other box gets one.
     void ticks() {
@@ -179,10 +244,11 @@ private slots:
                 r.set_value(key, QStringLiteral("1"));
             RecordingSurface s;
             print_report(s, r, captions(), QLocale());
-            // 8 boxes of 4 sides, 2 signature lines, 4 strokes per tick.
+            // 8 boxes of 4 sides, the result's frame, 2 signature lines, 4
+            // strokes per tick.
             QCOMPARE(int(std::count_if(s.lines.begin(), s.lines.end(),
                                        [](const auto& l) { return l.colour == print::black; })),
-                     8 * 4 + 2 + 4 * int(ticked.size()));
+                     8 * 4 + 4 + 2 + 4 * int(ticked.size()));
         }
     }
 };

@@ -140,11 +140,13 @@ private slots:
     }
 
     // A report left unsaved by a crash comes back at the next start when the
-    // technician wants it, unsaved; discarded on quitting, it is gone.
+    // technician wants it, unsaved, judged by the configured limits; a limit
+    // that is no number is said first. Discarded on quitting, it is gone.
     void offers_the_draft_left_behind() {
         QTemporaryDir dir;
         QFile::copy(QStringLiteral(VELTRAKO2_LANG_DIR "/langde.txt"), dir.filePath("langde.txt"));
-        write_file(dir.filePath("veltrako2.ini"), "TIMEOUT|1\r\n");
+        write_file(dir.filePath("veltrako2.ini"),
+                   "TIMEOUT|1\r\nGRENZE_O2|viel\r\nGRENZE_FLOW|15\r\n");
         const QString draft = dir.filePath(report::draft_file_name);
         write_file(draft, "ENTWURF|24.11.2026 16:40:02\r\nGERAETEDATEN|1\r\nSN|VO2-7\r\n"
                           "t_Patient|Erika Muster\r\nck_stk|1\r\n");
@@ -153,14 +155,17 @@ private slots:
         auto device = std::make_shared<sim::Concentrator>(*sim::parse_scenario("NOISE=off\n"));
         AppContext ctx(clock, form, std::make_unique<link::SimLink>(clock, device));
         form.bind(ctx);
-        BoxAnswers boxes({QMessageBox::Yes});
+        BoxAnswers boxes({QMessageBox::Ok, QMessageBox::Yes});
         ui::StartupOptions options;
         options.application_dir = dir.path();
         form.show();
         ui::form_load(form, ctx, options);
-        QCOMPARE(boxes.texts.size(), 1);
-        QVERIFY2(boxes.texts[0].contains("Entwurf vom 24.11.2026 16:40:02 wiederherstellen?"),
-                 qPrintable(boxes.texts[0]));
+        QCOMPARE(boxes.texts.size(), 2);
+        QVERIFY2(boxes.texts[0].contains("GRENZE_O2 = viel \u2192 82"), qPrintable(boxes.texts[0]));
+        QVERIFY2(boxes.texts[1].contains("Entwurf vom 24.11.2026 16:40:02 wiederherstellen?"),
+                 qPrintable(boxes.texts[1]));
+        QCOMPARE(ctx.report.limits.flow_percent, 15.0);
+        QCOMPARE(ctx.report.limits.o2_min, 82.0);
         QCOMPARE(form.current_page(), Page::protokoll);
         QCOMPARE(form.control_as<QLineEdit>("t_patient")->text(), QString("Erika Muster"));
         QVERIFY(form.control_as<QCheckBox>("ck_stk")->isChecked());

@@ -47,6 +47,8 @@ struct Session {
         visit::VisitRequest request;
         request.base_dir = dir;
         request.report.set_value(QStringLiteral("t_Patient"), QStringLiteral("Erika"));
+        request.report.set_value(QStringLiteral("m_O2"), QStringLiteral("91"));
+        request.report.limits.o2_min = 92; // the configuration's, as the command line sets them
         request.write_pdf = pdf;
         v = std::make_unique<visit::Visit>(d.ctx, std::move(request));
         v->start();
@@ -109,6 +111,9 @@ private slots:
                               "2026-03|0.0|1|0.0|0|1", "30d|2026-01-05|2026-02-03|1|30|not met"}));
         const QStringList report = *config::read_text_lines(v.written()[3]);
         QVERIFY(report.contains("t_Patient|Erika"));
+        // What was measured, the limits it was judged by and the result.
+        for (const char* line : {"m_O2|91", "GRENZE_O2|92", "ERGEBNIS|fail"})
+            QVERIFY2(report.contains(line), line);
 
         // A second visit on the same day does not touch the first one's folder.
         const visit::Visit& again = s.run(dir.filePath("visits"));

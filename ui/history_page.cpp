@@ -1,6 +1,7 @@
 #include "history_page.h"
 
 #include "app_context.h"
+#include "archive/archive_fleet.h"
 #include "archive/archive_service.h"
 #include "archive/archive_store.h"
 #include "compliance/compliance_chart.h"
@@ -8,9 +9,12 @@
 #include "controls.h"
 #include "device/device_view.h"
 #include "frm_main.h"
+#include "history_sync.h"
 #include "pages.h"
 #include "painter_surface.h"
+#include "report/report_measurements.h"
 
+#include <QCheckBox>
 #include <QDateTime>
 #include <QDir>
 #include <QGroupBox>
@@ -18,6 +22,7 @@
 #include <QHeaderView>
 #include <QLabel>
 #include <QPainter>
+#include <QProgressBar>
 #include <QPushButton>
 #include <QTableWidget>
 #include <QVBoxLayout>
@@ -35,6 +40,13 @@ constexpr int text_unreadable = 8825;
 constexpr int text_software = 8826;
 constexpr int text_empty = 8827;
 constexpr int text_usage = 8828;
+constexpr int text_due = 8967;
+constexpr int text_bad_rules = 8966;
+constexpr int text_reason_first = 8959; // visit, hours, adherence, (8962) o2
+// The columns of what each visit's report measured, before "Änderungen".
+constexpr int text_result_column = 8904;
+constexpr int text_o2_measured_column = 8918;
+constexpr int text_o2_device_column = 8919;
 
 QTableWidget* make_table(const QString& name, int columns) {
     auto* table = new QTableWidget(0, columns);
@@ -59,7 +71,10 @@ void set_row(QTableWidget* table, int row, const QStringList& cells) {
 
 // What the page holds between the archive's answers.
 struct PageState {
-    std::vector<archive::DeviceRow> devices;
+    archive::MaintenanceRules rules;
+    std::vector<archive::FleetRow> devices;
+    std::vector<std::size_t> shown; // the rows of the table, as indices of `devices`
+    bool due_only = false;
     QString sn; // the device shown
     archive::Periods periods;
     std::unique_ptr<archive::ChartMonth> month;
@@ -110,15 +125,31 @@ QWidget* build_page_verlauf() {
         make_button(QStringLiteral("cmd_verlaufrefresh"), 11201, QStringLiteral("Aktualisieren")));
     layout->addLayout(top);
 
+    // The team archive: sync, its progress and its result.
+    auto* sync = new QHBoxLayout;
+    sync->addWidget(
+        make_button(QStringLiteral("cmd_abgleichen"), 11280, QStringLiteral("Abgleichen")));
+    auto* bar = new QProgressBar;
+    bar->setObjectName(QStringLiteral("prg_abgleich"));
+    bar->setMaximumWidth(200);
+    sync->addWidget(bar);
+    QLabel* result = make_label(QStringLiteral("l_abgleich"), 0, QString());
+    result->setWordWrap(true);
+    result->setTextInteractionFlags(Qt::TextSelectableByMouse);
+    sync->addWidget(result, 1);
+    layout->addLayout(sync);
+
     auto* tables = new QHBoxLayout;
     QGroupBox* devices = make_frame(QStringLiteral("frm_geraete"), 11202, QStringLiteral("Geräte"));
     auto* devices_layout = new QVBoxLayout(devices);
-    devices_layout->addWidget(make_table(QStringLiteral("tbl_geraete"), 5));
-    tables->addWidget(devices, 1);
+    devices_layout->addWidget(
+        make_check(QStringLiteral("chk_nurfaellige"), 11281, QStringLiteral("nur fällige")));
+    devices_layout->addWidget(make_table(QStringLiteral("tbl_geraete"), 6));
+    tables->addWidget(devices, 2);
     QGroupBox* visits =
         make_frame(QStringLiteral("frm_besuche"), 11203, QStringLiteral("Besuche und Änderungen"));
     auto* visits_layout = new QVBoxLayout(visits);
-    visits_layout->addWidget(make_table(QStringLiteral("tbl_besuche"), 7));
+    visits_layout->addWidget(make_table(QStringLiteral("tbl_besuche"), 10));
     tables->addWidget(visits, 3);
     layout->addLayout(tables, 2);
 
@@ -149,7 +180,15 @@ QString visit_changes(const archive::VisitChange& c, const config::LanguageTable
 void show_visits(FrmMain& form, const AppContext& ctx,
                  const std::vector<archive::VisitChange>& changes) {
     auto* table = form.control_as<QTableWidget>(QStringLiteral("tbl_besuche"));
-    table->setHorizontalHeaderLabels(ctx.language.text(text_visit_columns).split(QLatin1Char('/')));
+    QStringList headers = ctx.language.text(text_visit_columns).split(QLatin1Char('/'));
+    // The measured O2 beside the device's own reading: a slow fall across
+    // visits is the sign of worn sieve beds.
+    // Beside the hours: the analyser's O2, the device's own and the result.
+    const qsizetype at = std::min<qsizetype>(3, headers.size());
+    headers.insert(at, ctx.language.text(text_result_column));
+    headers.insert(at, ctx.language.text(text_o2_device_column));
+    headers.insert(at, ctx.language.text(text_o2_measured_column));
+    table->setHorizontalHeaderLabels(headers);
     table->setRowCount(static_cast<int>(changes.size()));
     const QLocale locale;
     int row = 0;
@@ -163,7 +202,12 @@ void show_visits(FrmMain& form, const AppContext& ctx,
             table, row,
             {QDateTime::fromSecsSinceEpoch(c.visit.at).toString(QStringLiteral("yyyy-MM-dd HH:mm")),
              ctx.language.text(c.visit.kind == QLatin1String("visit") ? text_visit : text_report),
-             c.visit.values.value(QStringLiteral("BSTD")), number(c.hours_run, 1),
+             c.visit.values.value(QStringLiteral("BSTD")),
+             c.visit.o2_measured ? report::measurement_text(*c.visit.o2_measured, locale)
+                                 : QString(),
+             c.visit.o2_device ? report::measurement_text(*c.visit.o2_device, locale)
+                               : c.visit.values.value(QStringLiteral("O2")),
+             report::result_text_of(c.visit.report_result, ctx.language), number(c.hours_run, 1),
              number(c.hours_per_day, 1),
              c.has_previous || c.new_status_entries > 0
                  ? device::format_value(c.new_status_entries, 0, locale)
@@ -228,16 +272,65 @@ void show_device(FrmMain& form, AppContext& ctx, archive::ArchiveService& servic
         });
 }
 
+// The reasons in the program's language.
+QString reasons_text(const QStringList& reasons, const config::LanguageTables& language) {
+    static const QStringList codes{QStringLiteral("visit"), QStringLiteral("hours"),
+                                   QStringLiteral("adherence"), QStringLiteral("o2")};
+    QStringList words;
+    for (const QString& r : reasons)
+        words << (codes.contains(r) ? language.text(text_reason_first + codes.indexOf(r)) : r);
+    return words.join(QStringLiteral(", "));
+}
+
+// The devices as the table shows them: all, or the due ones only.
+void show_devices(FrmMain& form, AppContext& ctx, archive::ArchiveService& service,
+                  const std::shared_ptr<PageState>& state) {
+    auto* table = form.control_as<QTableWidget>(QStringLiteral("tbl_geraete"));
+    // Why a device is due comes right after which one it is: that is what
+    // the list is read for.
+    QStringList headers = ctx.language.text(text_device_columns).split(QLatin1Char('/'));
+    headers.insert(1, ctx.language.text(text_due));
+    table->setHorizontalHeaderLabels(headers);
+    state->shown.clear();
+    for (std::size_t i = 0; i < state->devices.size(); ++i)
+        if (!state->due_only || !state->devices[i].reasons.isEmpty())
+            state->shown.push_back(i);
+    table->setRowCount(static_cast<int>(state->shown.size()));
+    int row = 0, selected = 0;
+    for (const std::size_t i : state->shown) {
+        const archive::FleetRow& f = state->devices[i];
+        const archive::DeviceRow& d = f.device;
+        if (d.sn == state->sn)
+            selected = row;
+        set_row(table, row++,
+                {d.sn, reasons_text(f.reasons, ctx.language), d.lp,
+                 d.last_visit_at == 0 ? QString()
+                                      : QDateTime::fromSecsSinceEpoch(d.last_visit_at)
+                                            .toString(QStringLiteral("yyyy-MM-dd")),
+                 d.last_visit_bstd, QString::number(d.periods)});
+    }
+    table->resizeColumnsToContents();
+    if (state->shown.empty())
+        return;
+    // The device shown before stays shown, else the first.
+    table->selectRow(selected);
+    show_device(form, ctx, service, state,
+                state->devices[state->shown[static_cast<std::size_t>(selected)]].device.sn);
+}
+
 void refresh_devices(FrmMain& form, AppContext& ctx, archive::ArchiveService& service,
                      const std::shared_ptr<PageState>& state) {
     struct Answer {
-        std::optional<std::vector<archive::DeviceRow>> devices;
+        std::optional<std::vector<archive::FleetRow>> devices;
         QString error;
     };
     auto answer = std::make_shared<Answer>();
     const int request = ++state->request;
     service.post(
-        [answer](archive::ArchiveStore& store) { answer->devices = store.devices(&answer->error); },
+        [answer, rules = state->rules,
+         today = ctx.clock.now().date()](archive::ArchiveStore& store) {
+            answer->devices = archive::read_fleet(store, rules, today, &answer->error);
+        },
         [&form, &ctx, &service, state, answer, request] {
             if (request != state->request)
                 return;
@@ -250,31 +343,10 @@ void refresh_devices(FrmMain& form, AppContext& ctx, archive::ArchiveService& se
                 return;
             }
             state->devices = std::move(*answer->devices);
-            auto* table = form.control_as<QTableWidget>(QStringLiteral("tbl_geraete"));
-            table->setHorizontalHeaderLabels(
-                ctx.language.text(text_device_columns).split(QLatin1Char('/')));
-            table->setRowCount(static_cast<int>(state->devices.size()));
-            int row = 0, selected = 0;
-            for (const archive::DeviceRow& d : state->devices) {
-                if (d.sn == state->sn)
-                    selected = row;
-                set_row(table, row++,
-                        {d.sn, d.lp,
-                         d.last_visit_at == 0 ? QString()
-                                              : QDateTime::fromSecsSinceEpoch(d.last_visit_at)
-                                                    .toString(QStringLiteral("yyyy-MM-dd")),
-                         d.last_visit_bstd, QString::number(d.periods)});
-            }
-            table->resizeColumnsToContents();
-            if (state->devices.empty()) {
+            if (state->devices.empty())
                 where->setText(ctx.language.text(text_empty) + QStringLiteral("  ") +
                                where->text());
-                return;
-            }
-            // The device shown before stays shown, else the first.
-            table->selectRow(selected);
-            show_device(form, ctx, service, state,
-                        state->devices[static_cast<std::size_t>(selected)].sn);
+            show_devices(form, ctx, service, state);
         });
 }
 
@@ -282,6 +354,12 @@ void refresh_devices(FrmMain& form, AppContext& ctx, archive::ArchiveService& se
 
 void bind_page_verlauf(FrmMain& form, AppContext& ctx, archive::ArchiveService& service) {
     auto state = std::make_shared<PageState>();
+    QString bad;
+    if (const auto rules =
+            archive::maintenance_rules(ctx.config.WARTUNG_MONATE, ctx.config.WARTUNG_STUNDEN, &bad))
+        state->rules = *rules;
+    else // said once; the defaults judge meanwhile
+        show_msg(ctx, ctx.language.text(text_bad_rules) + QLatin1Char(' ') + bad);
     form.control_as<QLabel>(QStringLiteral("l_verlaufnutzung"))
         ->setText(ctx.language.text(text_usage));
     form.control(QStringLiteral("cmd_verlaufprev"))->setEnabled(false);
@@ -290,6 +368,8 @@ void bind_page_verlauf(FrmMain& form, AppContext& ctx, archive::ArchiveService& 
         form.control_as<QLabel>(QStringLiteral("l_verlaufarchiv"))
             ->setText(ctx.language.text(text_no_archive));
         form.control(QStringLiteral("cmd_verlaufrefresh"))->setEnabled(false);
+        form.control(QStringLiteral("chk_nurfaellige"))->setEnabled(false);
+        bind_history_sync(form, ctx, service, {});
         return;
     }
     const auto refresh = [&form, &ctx, &service, state] {
@@ -308,12 +388,18 @@ void bind_page_verlauf(FrmMain& form, AppContext& ctx, archive::ArchiveService& 
             refresh();
     });
     auto* devices = form.control_as<QTableWidget>(QStringLiteral("tbl_geraete"));
-    QObject::connect(devices, &QTableWidget::cellClicked, &form,
-                     [&form, &ctx, &service, state](int row, int) {
-                         if (row >= 0 && row < static_cast<int>(state->devices.size()))
-                             show_device(form, ctx, service, state,
-                                         state->devices[static_cast<std::size_t>(row)].sn);
+    QObject::connect(
+        devices, &QTableWidget::cellClicked, &form, [&form, &ctx, &service, state](int row, int) {
+            if (row >= 0 && row < static_cast<int>(state->shown.size()))
+                show_device(form, ctx, service, state,
+                            state->devices[state->shown[static_cast<std::size_t>(row)]].device.sn);
+        });
+    QObject::connect(form.control_as<QCheckBox>(QStringLiteral("chk_nurfaellige")),
+                     &QCheckBox::toggled, &form, [&form, &ctx, &service, state](bool on) {
+                         state->due_only = on;
+                         show_devices(form, ctx, service, state);
                      });
+    bind_history_sync(form, ctx, service, refresh);
     const auto step = [&form, &ctx, state](int months) {
         if (!state->month)
             return;

@@ -2,6 +2,7 @@
 // picture and the save/open/print buttons.
 
 #include "controls.h"
+#include "measurement_box.h"
 #include "pages.h"
 #include "report_page.h"
 
@@ -29,14 +30,15 @@ QFont heading_font() {
 QPlainTextEdit* make_text_area(const QString& name) {
     auto* area = new QPlainTextEdit;
     area->setObjectName(name);
+    area->setMinimumHeight(50);
     area->setMaximumHeight(70);
     return area;
 }
 
-QWidget* report_fields() {
-    auto* fields = new QWidget;
-    auto* grid = new QGridLayout(fields);
-    grid->setContentsMargins(0, 0, 0, 0);
+// The patient, insurer and inspection fields, one under the other.
+QGridLayout* person_fields() {
+    auto* grid = new QGridLayout;
+    grid->setVerticalSpacing(4);
     struct Row {
         const char* label;
         int tag;
@@ -60,11 +62,18 @@ QWidget* report_fields() {
         grid->addWidget(make_box(QLatin1String(r.box), false), row, 1);
         ++row;
     }
+    grid->setRowStretch(row, 1);
+    return grid;
+}
 
+// The functional test and the maker's checks, one column beside the fields.
+QVBoxLayout* checks() {
+    auto* column = new QVBoxLayout;
+    column->setSpacing(3);
     QLabel* test =
         make_label(QStringLiteral("lbl_Funktionstest"), 11071, QStringLiteral("Funktionstest"));
     test->setFont(heading_font());
-    grid->addWidget(test, row++, 0, 1, 2);
+    column->addWidget(test);
     struct Check {
         const char* name;
         int tag;
@@ -79,28 +88,49 @@ QWidget* report_fields() {
         {"ck_visuell", 11087, "visuelle Kontrolle"},
     };
     for (const Check& c : tests)
-        grid->addWidget(make_check(QLatin1String(c.name), c.tag, QString::fromUtf8(c.caption)),
-                        row++, 0, 1, 2);
+        column->addWidget(make_check(QLatin1String(c.name), c.tag, QString::fromUtf8(c.caption)));
 
     QLabel* maker =
         make_label(QStringLiteral("lbl_Hersteller"), 11072, QStringLiteral("nur Hersteller"));
     maker->setFont(heading_font());
-    grid->addWidget(maker, row++, 0, 1, 2);
-    grid->addWidget(make_check(QStringLiteral("ck_Typenschild"), 11086,
-                               QStringLiteral("Typenschild anbringen")),
-                    row++, 0, 1, 2);
-    grid->addWidget(make_check(QStringLiteral("ck_stk"), 11088, QStringLiteral("STK durchgeführt")),
-                    row++, 0, 1, 2);
+    column->addWidget(maker);
+    column->addWidget(make_check(QStringLiteral("ck_Typenschild"), 11086,
+                                 QStringLiteral("Typenschild anbringen")));
+    column->addWidget(
+        make_check(QStringLiteral("ck_stk"), 11088, QStringLiteral("STK durchgeführt")));
+    column->addStretch(1);
+    return column;
+}
 
-    grid->addWidget(
-        make_label(QStringLiteral("lbl_bemerkungen"), 11089, QStringLiteral("Bemerkungen")), row,
-        0);
-    grid->addWidget(make_text_area(QStringLiteral("t_bemerkungen")), row++, 1);
-    grid->addWidget(
-        make_label(QStringLiteral("lbl_zubehoer"), 11090, QStringLiteral("ausgeliefertes Zubehör")),
-        row, 0);
-    grid->addWidget(make_text_area(QStringLiteral("t_zubehoer")), row++, 1);
-    grid->setRowStretch(row, 1);
+// Remarks and accessories side by side, each under its caption.
+QHBoxLayout* remarks() {
+    auto* row = new QHBoxLayout;
+    const auto area = [](const char* label, int tag, const char* caption, const char* name) {
+        auto* column = new QVBoxLayout;
+        column->setSpacing(2);
+        column->addWidget(make_label(QLatin1String(label), tag, QString::fromUtf8(caption)));
+        column->addWidget(make_text_area(QLatin1String(name)));
+        return column;
+    };
+    row->addLayout(area("lbl_bemerkungen", 11089, "Bemerkungen", "t_bemerkungen"));
+    row->addLayout(area("lbl_zubehoer", 11090, "ausgeliefertes Zubehör", "t_zubehoer"));
+    return row;
+}
+
+// Everything typed into the report: the fields beside the checks, under
+// them the measured values, then the remarks.
+QWidget* report_fields() {
+    auto* fields = new QWidget;
+    auto* layout = new QVBoxLayout(fields);
+    layout->setContentsMargins(0, 0, 0, 0);
+    auto* top = new QHBoxLayout;
+    top->addLayout(person_fields(), 1);
+    top->addSpacing(8);
+    top->addLayout(checks());
+    layout->addLayout(top);
+    layout->addWidget(build_measurement_box());
+    layout->addLayout(remarks());
+    layout->addStretch(1);
     return fields;
 }
 
@@ -147,8 +177,8 @@ QWidget* build_page_protokoll() {
     auto* page = new QWidget;
     page->setObjectName(QStringLiteral("page_protokoll"));
     auto* layout = new QHBoxLayout(page);
-    layout->addWidget(report_fields(), 3);
-    layout->addWidget(device_data(), 2);
+    layout->addWidget(report_fields(), 2);
+    layout->addWidget(device_data(), 1);
     return page;
 }
 

@@ -2,10 +2,12 @@
 
 #include "app_context.h"
 #include "frm_main.h"
+#include "measurement_box.h"
 #include "painter_surface.h"
 #include "printing.h"
 #include "report/report_draft.h"
 #include "report/report_file.h"
+#include "report/report_measurements.h"
 #include "report/report_print.h"
 
 #include <QCheckBox>
@@ -82,9 +84,15 @@ void show_device_data(FrmMain& form, const AppContext& ctx) {
     form.control(QStringLiteral("frm_protokoll"))->setEnabled(valid);
     form.control(QStringLiteral("p_geraetedaten"))->update();
     show_other_device_note(form, ctx);
+    // The set flow and the device's O2 reading are judged against.
+    show_judgement(form, ctx);
 }
 
 } // namespace
+
+QString read_report_control(const FrmMain& form, const QString& key) {
+    return read_field(report_control(form, key));
+}
 
 void show_other_device_note(FrmMain& form, const AppContext& ctx) {
     auto* label = form.control_as<QLabel>(QStringLiteral("lbl_anderes_geraet"));
@@ -101,8 +109,8 @@ void show_report(FrmMain& form, AppContext& ctx) {
 }
 
 void collect_report(FrmMain& form, AppContext& ctx) {
-    report::collect_report(
-        ctx.report, [&](const QString& key) { return read_field(report_control(form, key)); });
+    report::collect_report(ctx.report,
+                           [&](const QString& key) { return read_report_control(form, key); });
 }
 
 void refresh_report(FrmMain& form, AppContext& ctx) {
@@ -113,6 +121,7 @@ void refresh_report(FrmMain& form, AppContext& ctx) {
 void start_fresh_report(FrmMain& form, AppContext& ctx) {
     report::take_snapshot(ctx.report, ctx.device, true);
     report::set_report_defaults(ctx.report, ctx.clock.now());
+    ctx.report.limits = report::configured_limits(ctx.config);
     show_report(form, ctx);
 }
 
@@ -220,6 +229,7 @@ void bind_protokoll_page(FrmMain& form, AppContext& ctx) {
                                      surface.scale_width() - 200);
         });
 
+    bind_measurement_box(form, ctx);
     ctx.hooks.device_found = [&form, &ctx] { refresh_report(form, ctx); };
 }
 

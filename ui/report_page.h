@@ -4,6 +4,7 @@
 // open and print buttons. The rules are in core/report.
 
 #include <QFrame>
+#include <QString>
 
 #include <functional>
 
@@ -43,6 +44,8 @@ void bind_protokoll_page(FrmMain& form, AppContext& ctx);
 void show_report(FrmMain& form, AppContext& ctx);
 // collect_report: every report control into the record.
 void collect_report(FrmMain& form, AppContext& ctx);
+// What the control of a report key holds, as collect_report reads it.
+QString read_report_control(const FrmMain& form, const QString& key);
 
 // The line that says the report on the page is of another device than the
 // one connected, shown only then; follows the report and the device record.

@@ -7,6 +7,7 @@
 #include "config/language.h"
 #include "frm_main.h"
 #include "protocol/poll_cycle.h"
+#include "report/report_measurements.h"
 #include "report_page.h"
 
 #include <QGuiApplication>
@@ -46,6 +47,17 @@ void initialise(AppContext& ctx, const StartupOptions& options) {
         ctx.compliance.adherence_share = *share;
     else
         show_msg(ctx, ctx.language.text(8502) + QLatin1Char(' ') + ctx.config.ADHERENZ_ANTEIL);
+    // So is a limit of the measured values that is no number; its default
+    // holds, and the report names the limit it judged by.
+    if (const auto problems = report::limit_problems(ctx.config); !problems.isEmpty()) {
+        QStringList named;
+        for (const auto& [key, text] : problems)
+            named << key + QStringLiteral(" = ") + text + QStringLiteral(" \u2192 ") +
+                         report::measurement_text(report::limit_value(report::Limits{}, key),
+                                                  QLocale());
+        show_msg(ctx,
+                 ctx.language.text(8913) + QLatin1Char(' ') + named.join(QStringLiteral(", ")));
+    }
     ctx.comm_log.log_start = seconds_since_midnight(ctx.clock.now());
     protocol::reset_link_state(ctx);
 }

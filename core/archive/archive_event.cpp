@@ -1,5 +1,8 @@
 #include "archive/archive_event.h"
 
+#include "compliance/compliance_days.h"
+#include "report/report_file.h"
+#include "report/report_measurements.h"
 #include "status/status_table.h"
 
 #include <QCryptographicHash>
@@ -116,11 +119,26 @@ QString fresh_event_id() {
     return QUuid::createUuid().toString(QUuid::WithoutBraces);
 }
 
+QString readout_adherence(const jobs::UsageReadout& r) {
+    std::vector<compliance::Period> all;
+    compliance::Stamp running_end = 0;
+    for (const compliance::ComplianceRecord& p : r.periods) {
+        if (p.start != 0 && p.end != 0 && p.start < p.end)
+            all.push_back({p.start, p.end});
+        if (r.running_start != 0 && p.start == r.running_start)
+            running_end = p.end;
+    }
+    const auto window = compliance::best_window(all, compliance::counted_days(all, running_end),
+                                                r.prescribed_hours, r.adherence_share);
+    return window ? compliance::adherence_line(*window) : QString();
+}
+
 ArchiveEvent usage_event(const jobs::UsageReadout& r, const QString& writer) {
     ArchiveEvent e = base(kind_usage, r.sn, r.at, writer);
     e.lp = r.lp;
     e.periods = r.periods;
     e.running_start = r.running_start;
+    e.adherence = readout_adherence(r);
     e.source = QStringLiteral("device");
     e.id = usage_event_id(e.sn, e.periods);
     return e;
@@ -145,12 +163,47 @@ QString inspector_of(const QStringList& report_lines) {
     return {};
 }
 
+std::optional<ReportMeasured> report_measured(const QStringList& report_lines) {
+    const QString result_key = QLatin1String(report::key_result) + QLatin1Char('|');
+    if (std::none_of(report_lines.begin(), report_lines.end(),
+                     [&](const QString& line) { return line.startsWith(result_key); }))
+        return std::nullopt;
+    report::ReportRecord record;
+    report::read_report_lines(record, report_lines);
+    record.report_device.live_valid = true; // as opening the file does
+    const report::Judgement j = report::judge_report(record, record.limits);
+    ReportMeasured m;
+    m.result = report::result_word(j.result);
+    m.protection_class = j.protection_class == report::ProtectionClass::i    ? QStringLiteral("I")
+                         : j.protection_class == report::ProtectionClass::ii ? QStringLiteral("II")
+                                                                             : QString();
+    m.o2 = j.o2.value;
+    m.o2_limit = j.o2.low;
+    m.o2_verdict = report::verdict_word(j.o2.verdict);
+    m.o2_device = j.device_o2;
+    m.o2_note = j.o2_deviation.has_value();
+    m.flow = j.flow.value;
+    m.flow_set = j.set_flow;
+    m.flow_low = j.flow.low;
+    m.flow_high = j.flow.high;
+    m.flow_verdict = report::verdict_word(j.flow.verdict);
+    m.earth = j.earth.value;
+    m.earth_limit = j.earth.high;
+    m.earth_verdict = report::verdict_word(j.earth.verdict);
+    m.leakage = j.leakage.value;
+    m.leakage_limit = j.leakage.high;
+    m.leakage_verdict = report::verdict_word(j.leakage.verdict);
+    m.instruments = record.value(QLatin1String(report::key_instruments));
+    return m;
+}
+
 ArchiveEvent report_event(const jobs::ReportFiled& r, const QString& writer) {
     ArchiveEvent e = base(kind_report, r.sn, r.at, writer);
     e.values = r.lines;
     e.path = r.path;
     e.printed = r.printed;
     e.inspector = inspector_of(r.lines);
+    e.measured = report_measured(r.lines);
     for (const QString& line : r.lines)
         if (line.startsWith(QLatin1String("LP|")))
             e.lp = line.mid(3);

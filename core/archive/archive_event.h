@@ -8,6 +8,7 @@
 #include <QString>
 #include <QStringList>
 
+#include <optional>
 #include <vector>
 
 namespace veltrako::archive {
@@ -29,6 +30,28 @@ struct StatusEntry {
     QString record_hex; // the 22 bytes when read from the device; empty from a table
 };
 
+// What a report measured and how it was judged (the report_measurements
+// row). Numbers not typed, and limits there were none to judge by, are
+// empty; verdicts are "pass", "fail" or "" (not judged).
+struct ReportMeasured {
+    QString result;           // "pass", "fail", "incomplete"
+    QString protection_class; // "I", "II" or ""
+    std::optional<double> o2, o2_limit, o2_device;
+    QString o2_verdict;
+    bool o2_note = false;
+    std::optional<double> flow, flow_set, flow_low, flow_high;
+    QString flow_verdict;
+    std::optional<double> earth, earth_limit;
+    QString earth_verdict;
+    std::optional<double> leakage, leakage_limit;
+    QString leakage_verdict;
+    QString instruments;
+};
+
+// The measurements of a report's file lines, judged by the limits the lines
+// name; nothing for a report without a result line (an older program's).
+std::optional<ReportMeasured> report_measured(const QStringList& report_lines);
+
 struct ArchiveEvent {
     QString id; // UUID, without braces
     QString kind;
@@ -41,6 +64,9 @@ struct ArchiveEvent {
     // usage
     std::vector<compliance::ComplianceRecord> periods;
     compliance::Stamp running_start = 0;
+    // usage: the readout's 30-day rule as "30d|first|last|N|D|met" (or
+    // "|not met"); empty when it was judged against no prescription.
+    QString adherence;
     // usage, status: where it came from ("device" or a file path)
     QString source;
     // status
@@ -53,6 +79,7 @@ struct ArchiveEvent {
     QString path;
     bool printed = false;
     QString inspector;
+    std::optional<ReportMeasured> measured;
     // visit, firmware: "written"/"failed"/"cancelled", "ok"/"failed"
     QString folder;
     QString result;
@@ -88,6 +115,10 @@ QString report_event_id(const QString& sn, const QStringList& lines);
 QString visit_event_id(const QString& sn, const QString& folder_name, const QDateTime& began);
 // Events that happen once and are never imported.
 QString fresh_event_id();
+
+// The 30-day rule over the readout's periods, as the readout itself judged
+// it: "30d|…" or empty without a prescription.
+QString readout_adherence(const jobs::UsageReadout& r);
 
 // The events the finished jobs make; `writer` is this_writer() but for tests.
 ArchiveEvent usage_event(const jobs::UsageReadout& r, const QString& writer);

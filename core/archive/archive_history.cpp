@@ -2,6 +2,7 @@
 
 #include "archive/archive_event.h"
 #include "config/language.h"
+#include "report/report_measurements.h"
 
 #include <algorithm>
 #include <set>
@@ -19,7 +20,9 @@ constexpr int text_inspector = 8814; // "inspector"
 constexpr int text_written = 8815;   // a visit: "complete"
 constexpr int text_failed = 8816;
 constexpr int text_cancelled = 8817;
-constexpr int text_ok = 8818; // an update: "successful"
+constexpr int text_ok = 8818;     // an update: "successful"
+constexpr int text_result = 8916; // a report: "result" and its machine word
+constexpr int text_o2 = 8917;     // "O2 measured %1 %, device %2 %"
 
 // The settings and timings a visit compares with the one before.
 const QStringList setting_keys = [] {
@@ -49,6 +52,22 @@ QString one_field(QString text) {
     return text;
 }
 
+// A report's result in its machine word and the O2 it measured beside the
+// device's own reading; nothing for a report of an older program.
+QString measured(const EventRow& e, const config::LanguageTables& language, const QLocale& locale) {
+    if (e.report_result.isEmpty())
+        return {};
+    QString s =
+        QStringLiteral(", ") + language.text(text_result) + QLatin1Char(' ') + e.report_result;
+    if (e.o2_measured) {
+        const QString device =
+            e.o2_device ? report::measurement_text(*e.o2_device, locale) : QStringLiteral("\u2013");
+        s += QStringLiteral(", ") +
+             language.text(text_o2).arg(report::measurement_text(*e.o2_measured, locale), device);
+    }
+    return s;
+}
+
 } // namespace
 
 QString device_line(const DeviceRow& d) {
@@ -66,7 +85,8 @@ QString device_line(const DeviceRow& d) {
         .join(QLatin1Char('|'));
 }
 
-QString event_summary(const EventRow& e, const config::LanguageTables& language) {
+QString event_summary(const EventRow& e, const config::LanguageTables& language,
+                      const QLocale& locale) {
     const auto inspector = [&](const QString& name) {
         return name.isEmpty()
                    ? QString()
@@ -82,7 +102,8 @@ QString event_summary(const EventRow& e, const config::LanguageTables& language)
         s = language.text(text_entries).arg(e.count).arg(e.new_count);
     else if (e.kind == QLatin1String(kind_report))
         s = language.text(e.printed ? text_printed : text_saved) +
-            (e.path.isEmpty() ? QString() : QLatin1Char(' ') + e.path) + inspector(e.inspector);
+            (e.path.isEmpty() ? QString() : QLatin1Char(' ') + e.path) + inspector(e.inspector) +
+            measured(e, language, locale);
     else if (e.kind == QLatin1String(kind_visit))
         s = with_reason(language.text(e.result == QLatin1String("written")  ? text_written
                                       : e.result == QLatin1String("failed") ? text_failed
@@ -97,9 +118,10 @@ QString event_summary(const EventRow& e, const config::LanguageTables& language)
     return one_field(s);
 }
 
-QString event_line(const EventRow& e, const config::LanguageTables& language, const QLocale&) {
+QString event_line(const EventRow& e, const config::LanguageTables& language,
+                   const QLocale& locale) {
     return QDateTime::fromSecsSinceEpoch(e.at).toString(QStringLiteral("yyyy-MM-dd HH:mm:ss")) +
-           QLatin1Char('|') + e.kind + QLatin1Char('|') + event_summary(e, language);
+           QLatin1Char('|') + e.kind + QLatin1Char('|') + event_summary(e, language, locale);
 }
 
 QStringList csv_lines(const Periods& periods) {

@@ -33,7 +33,10 @@ QString device_line(const DeviceRow& d);
 // "yyyy-mm-dd hh:mm:ss|kind|summary", the PC's local time.
 QString event_line(const EventRow& e, const config::LanguageTables& language,
                    const QLocale& locale);
-QString event_summary(const EventRow& e, const config::LanguageTables& language);
+// A report's summary ends with its result (pass, fail, incomplete) and the
+// O2 it measured beside the device's own reading, numbers in `locale`'s form.
+QString event_summary(const EventRow& e, const config::LanguageTables& language,
+                      const QLocale& locale);
 
 // "start,end,hours" and one line per period, oldest first, ISO 8601 times of
 // the device's clock, hours with a point and two decimals.

@@ -141,6 +141,7 @@ ImportedFile read_import_lines(const QString& path, const QStringList& lines,
         e.values = lines;
         e.path = path;
         e.inspector = inspector_of(lines);
+        e.measured = report_measured(lines);
         e.id = report_event_id(sn, lines);
         f.events.push_back(std::move(e));
         return f;

@@ -1,6 +1,8 @@
 #include "archive/archive_store.h"
 
+#include "archive/archive_engine.h"
 #include "archive/archive_schema.h"
+#include "archive/archive_sql.h"
 
 #include <QDir>
 #include <QFileInfo>
@@ -19,16 +21,12 @@ namespace {
 // 1 January 1970 00:00 as a compliance stamp.
 constexpr compliance::Stamp unix_origin = 25569 * compliance::seconds_per_day;
 
-const QString usage_upsert = QStringLiteral(
-    "INSERT INTO usage_periods"
-    " (sn, start_time, end_time, running, end_seen, first_event, written_by)"
-    " VALUES (?, ?, ?, ?, ?, ?, ?)"
-    " ON CONFLICT (sn, start_time) DO UPDATE SET"
-    " end_time = excluded.end_time, running = excluded.running, end_seen = excluded.end_seen"
-    // The readout made later knows the period's end better: a running
-    // period's end moves on, and an older file imported afterwards changes
-    // nothing.
-    " WHERE excluded.end_seen > usage_periods.end_seen");
+const QString usage_upsert =
+    QStringLiteral(
+        "INSERT INTO usage_periods"
+        " (sn, start_time, end_time, running, end_seen, first_event, written_by, changed)"
+        " VALUES (?, ?, ?, ?, ?, ?, ?, ?) ") +
+    period_merge_clause();
 
 QVariant text_or_null(const QString& s) {
     return s.isEmpty() ? QVariant() : QVariant(s);
@@ -52,38 +50,6 @@ bool run(QSqlQuery& q, const QVariantList& values, QString* error) {
     return q.exec() || fail(q, error);
 }
 
-bool exec(QSqlDatabase& db, const QString& sql, QString* error) {
-    QSqlQuery q(db);
-    return q.exec(sql) || fail(q, error);
-}
-
-// SQLite's own settings of a connection: the write-ahead journal (readers and
-// one writer at once, and a killed writer leaves the file as it was) and
-// foreign keys, which SQLite checks only when asked.
-bool configure_sqlite_connection(QSqlDatabase& db, QString* error) {
-    QSqlQuery q(db);
-    if (!q.exec(QStringLiteral("PRAGMA journal_mode=WAL")))
-        return fail(q, error);
-    return exec(db, QStringLiteral("PRAGMA foreign_keys=ON"), error) &&
-           exec(db, QStringLiteral("PRAGMA synchronous=NORMAL"), error);
-}
-
-// SQLite's check of its own pages and indexes: "ok", or one line per fault.
-std::optional<QStringList> sqlite_integrity_problems(QSqlDatabase& db, QString* error) {
-    QSqlQuery q(db);
-    if (!q.exec(QStringLiteral("PRAGMA integrity_check"))) {
-        fail(q, error);
-        return std::nullopt;
-    }
-    QStringList problems;
-    while (q.next()) {
-        const QString line = q.value(0).toString();
-        if (line != QLatin1String("ok"))
-            problems << line;
-    }
-    return problems;
-}
-
 std::optional<int> count_of(QSqlDatabase& db, const QString& sql, const QVariantList& values,
                             QString* error) {
     QSqlQuery q(db);
@@ -93,12 +59,67 @@ std::optional<int> count_of(QSqlDatabase& db, const QString& sql, const QVariant
     return q.value(0).toInt();
 }
 
+// A number a person typed, or NULL when there is none.
+QVariant number_or_null(const std::optional<double>& v) {
+    return v ? QVariant(*v) : QVariant();
+}
+
+std::optional<double> number_of(const QVariant& v) {
+    return v.isNull() ? std::nullopt : std::optional<double>(v.toDouble());
+}
+
+bool write_measured(QSqlDatabase& db, const QString& event_id, const ReportMeasured& m,
+                    QString* error) {
+    QSqlQuery q(db);
+    q.prepare(QStringLiteral(
+        "INSERT INTO report_measurements (event_id, result, protection_class, o2, o2_limit,"
+        " o2_verdict, o2_device, o2_note, flow, flow_set, flow_low, flow_high, flow_verdict,"
+        " earth, earth_limit, earth_verdict, leakage, leakage_limit, leakage_verdict,"
+        " instruments) VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)"));
+    return run(q,
+               {event_id,
+                m.result,
+                m.protection_class,
+                number_or_null(m.o2),
+                number_or_null(m.o2_limit),
+                m.o2_verdict,
+                number_or_null(m.o2_device),
+                m.o2_note ? 1 : 0,
+                number_or_null(m.flow),
+                number_or_null(m.flow_set),
+                number_or_null(m.flow_low),
+                number_or_null(m.flow_high),
+                m.flow_verdict,
+                number_or_null(m.earth),
+                number_or_null(m.earth_limit),
+                m.earth_verdict,
+                number_or_null(m.leakage),
+                number_or_null(m.leakage_limit),
+                m.leakage_verdict,
+                m.instruments},
+               error);
+}
+
 QString iso(compliance::Stamp s) {
     return QDateTime::fromSecsSinceEpoch(archive_seconds(s), Qt::UTC)
         .toString(QStringLiteral("yyyy-MM-ddTHH:mm:ss"));
 }
 
 } // namespace
+
+QString period_merge_clause() {
+    return QStringLiteral(
+        "ON CONFLICT (sn, start_time) DO UPDATE SET"
+        " end_time = excluded.end_time, running = excluded.running, end_seen = excluded.end_seen,"
+        " changed = excluded.changed"
+        // The readout made later knows the period's end better: a running
+        // period's end moves on, and an older file imported afterwards
+        // changes nothing. A period a later readout saw as it was stays as
+        // it is, so that only what changed travels to the team's server.
+        " WHERE excluded.end_seen > usage_periods.end_seen"
+        " AND (excluded.end_time <> usage_periods.end_time"
+        " OR excluded.running <> usage_periods.running)");
+}
 
 qint64 archive_seconds(compliance::Stamp s) {
     return s - unix_origin;
@@ -111,6 +132,14 @@ compliance::Stamp stamp_from_archive(qint64 seconds) {
 ArchiveStore::ArchiveStore(QString path)
     : path_(std::move(path)), connection_(QStringLiteral("veltrako2-archive-") +
                                           QUuid::createUuid().toString(QUuid::WithoutBraces)) {}
+
+ArchiveStore::ArchiveStore(const ServerAddress& server) : ArchiveStore(QString()) {
+    server_ = server;
+}
+
+QString ArchiveStore::where() const {
+    return server_ ? server_->shown() : QDir::toNativeSeparators(path_);
+}
 
 ArchiveStore::~ArchiveStore() {
     close();
@@ -130,14 +159,23 @@ void ArchiveStore::close() {
 bool ArchiveStore::open(QString* error, int target) {
     if (open_)
         return true;
+    const QString driver = server_ ? QStringLiteral("QPSQL") : QStringLiteral("QSQLITE");
     QSqlDatabase db = QSqlDatabase::contains(connection_)
                           ? QSqlDatabase::database(connection_, false)
-                          : QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), connection_);
+                          : QSqlDatabase::addDatabase(driver, connection_);
     if (!db.isValid()) {
         if (error)
-            *error = QStringLiteral("Qt's SQLite driver is missing (package libqt6sql6-sqlite)");
+            *error = server_ ? QStringLiteral("Qt's PostgreSQL driver is missing"
+                                              " (package libqt6sql6-psql)")
+                             : QStringLiteral("Qt's SQLite driver is missing"
+                                              " (package libqt6sql6-sqlite)");
         return false;
     }
+    open_ = server_ ? open_server(db, error, target) : open_file(db, error, target);
+    return open_;
+}
+
+bool ArchiveStore::open_file(QSqlDatabase& db, QString* error, int target) {
     const QFileInfo info(path_);
     if (!info.absoluteDir().exists() && !QDir().mkpath(info.absolutePath())) {
         if (error)
@@ -152,14 +190,57 @@ bool ArchiveStore::open(QString* error, int target) {
             *error = db.lastError().text();
         return false;
     }
-    const bool ready = configure_sqlite_connection(db, error) &&
+    const bool ready = configure_sqlite_connection(db, busy_timeout_ms_, error) &&
                        migrate(db, target < 0 ? latest_version() : target, error);
-    if (!ready) {
+    if (!ready)
         db.close();
+    return ready;
+}
+
+bool ArchiveStore::open_server(QSqlDatabase& db, QString* error, int target) {
+    db.setHostName(server_->host);
+    db.setPort(server_->port);
+    db.setUserName(server_->user);
+    db.setDatabaseName(server_->database);
+    db.setConnectOptions(server_->connect_options());
+    if (!db.open()) {
+        // libpq's own words say what failed; the driver's add nothing.
+        const QSqlError e = db.lastError();
+        if (error)
+            *error = (e.databaseText().isEmpty() ? e.text() : e.databaseText()).simplified();
         return false;
     }
-    open_ = true;
-    return true;
+    bool ready = configure_server_connection(db, busy_timeout_ms_, error);
+    if (ready && target >= 0) {
+        ready = migrate(db, target, error);
+    } else if (ready) {
+        const std::optional<int> version = schema_version(db, error);
+        ready = version && *version == latest_version();
+        if (version && !ready && error)
+            *error = *version > latest_version()
+                         ? QStringLiteral("the server's archive is of version %1, newer than"
+                                          " this program's %2")
+                               .arg(*version)
+                               .arg(latest_version())
+                         : QStringLiteral("the server's archive is of version %1, not %2:"
+                                          " archive init-server brings it forward")
+                               .arg(*version)
+                               .arg(latest_version());
+    }
+    if (!ready)
+        db.close();
+    return ready;
+}
+
+std::optional<qint64> next_change(QSqlDatabase& db, QString* error) {
+    QSqlQuery q(db);
+    if (!q.exec(QStringLiteral("UPDATE change_counter SET last = last + 1")) ||
+        !q.exec(QStringLiteral("SELECT last FROM change_counter")) || !q.next()) {
+        if (error)
+            *error = q.lastError().text();
+        return std::nullopt;
+    }
+    return q.value(0).toLongLong();
 }
 
 bool ArchiveStore::write(const std::vector<ArchiveEvent>& batch, std::vector<EventAdded>* added,
@@ -169,15 +250,20 @@ bool ArchiveStore::write(const std::vector<ArchiveEvent>& batch, std::vector<Eve
     QSqlDatabase db = database();
     if (!begin_write_transaction(db, error))
         return false;
+    const std::optional<qint64> change = next_change(db, error);
+    if (!change) {
+        exec_sql(db, QStringLiteral("ROLLBACK"), nullptr);
+        return false;
+    }
     std::vector<EventAdded> results(batch.size());
     for (std::size_t i = 0; i < batch.size(); ++i) {
-        if (!write_event(batch[i], results[i], error)) {
-            exec(db, QStringLiteral("ROLLBACK"), nullptr);
+        if (!write_event(batch[i], *change, results[i], error)) {
+            exec_sql(db, QStringLiteral("ROLLBACK"), nullptr);
             return false;
         }
     }
-    if (!exec(db, QStringLiteral("COMMIT"), error)) {
-        exec(db, QStringLiteral("ROLLBACK"), nullptr);
+    if (!exec_sql(db, QStringLiteral("COMMIT"), error)) {
+        exec_sql(db, QStringLiteral("ROLLBACK"), nullptr);
         return false;
     }
     if (added)
@@ -185,18 +271,21 @@ bool ArchiveStore::write(const std::vector<ArchiveEvent>& batch, std::vector<Eve
     return true;
 }
 
-bool ArchiveStore::write_event(const ArchiveEvent& e, EventAdded& added, QString* error) {
+bool ArchiveStore::write_event(const ArchiveEvent& e, qint64 change, EventAdded& added,
+                               QString* error) {
     QSqlDatabase db = database();
     QSqlQuery q(db);
     q.prepare(
-        QStringLiteral("INSERT INTO devices (sn, lp, lp_at) VALUES (?, ?, ?)"
-                       " ON CONFLICT (sn) DO UPDATE SET lp = excluded.lp, lp_at = excluded.lp_at"
-                       " WHERE excluded.lp <> '' AND excluded.lp_at >= devices.lp_at"));
-    if (!run(q, {e.sn, e.lp.trimmed(), e.lp.trimmed().isEmpty() ? 0 : e.at}, error))
+        QStringLiteral("INSERT INTO devices (sn, lp, lp_at, changed) VALUES (?, ?, ?, ?)"
+                       " ON CONFLICT (sn) DO UPDATE SET lp = excluded.lp, lp_at = excluded.lp_at,"
+                       " changed = excluded.changed"
+                       " WHERE excluded.lp <> '' AND excluded.lp_at >= devices.lp_at"
+                       " AND (excluded.lp <> devices.lp OR excluded.lp_at > devices.lp_at)"));
+    if (!run(q, {e.sn, e.lp.trimmed(), e.lp.trimmed().isEmpty() ? 0 : e.at, change}, error))
         return false;
-    q.prepare(QStringLiteral("INSERT INTO events (id, sn, kind, at, visit_id, written_by)"
-                             " VALUES (?, ?, ?, ?, ?, ?) ON CONFLICT (id) DO NOTHING"));
-    if (!run(q, {e.id, e.sn, e.kind, e.at, text_or_null(e.visit_id), e.written_by}, error))
+    q.prepare(QStringLiteral("INSERT INTO events (id, sn, kind, at, visit_id, written_by, changed)"
+                             " VALUES (?, ?, ?, ?, ?, ?, ?) ON CONFLICT (id) DO NOTHING"));
+    if (!run(q, {e.id, e.sn, e.kind, e.at, text_or_null(e.visit_id), e.written_by, change}, error))
         return false;
     // The periods handed in, once each: what the readout says it holds.
     std::vector<compliance::ComplianceRecord> periods;
@@ -218,7 +307,7 @@ bool ArchiveStore::write_event(const ArchiveEvent& e, EventAdded& added, QString
         for (const compliance::ComplianceRecord& p : periods) {
             if (!run(q,
                      {e.sn, archive_seconds(p.start), archive_seconds(p.end),
-                      p.start == e.running_start ? 1 : 0, e.at, e.id, e.written_by},
+                      p.start == e.running_start ? 1 : 0, e.at, e.id, e.written_by, change},
                      error))
                 return false;
         }
@@ -227,13 +316,13 @@ bool ArchiveStore::write_event(const ArchiveEvent& e, EventAdded& added, QString
             return false;
         added.new_periods = *after - *before;
         q.prepare(QStringLiteral("INSERT INTO usage_readouts (event_id, periods, new_periods,"
-                                 " source) VALUES (?, ?, ?, ?)"));
-        return run(q, {e.id, added.periods, added.new_periods, e.source}, error);
+                                 " source, adherence) VALUES (?, ?, ?, ?, ?)"));
+        return run(q, {e.id, added.periods, added.new_periods, e.source, e.adherence}, error);
     }
     if (e.kind == QLatin1String(kind_status)) {
         q.prepare(QStringLiteral(
             "INSERT INTO status_entries (sn, entry, block, duration, extended, record,"
-            " first_event, written_by) VALUES (?, ?, ?, ?, ?, ?, ?, ?)"
+            " first_event, written_by, changed) VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?)"
             " ON CONFLICT (sn, entry) DO NOTHING"));
         std::set<QString> seen;
         for (const StatusEntry& s : e.entries) {
@@ -241,7 +330,7 @@ bool ArchiveStore::write_event(const ArchiveEvent& e, EventAdded& added, QString
                 continue;
             if (!run(q,
                      {e.sn, s.entry, s.block, s.duration, e.extended ? 1 : 0, s.record_hex, e.id,
-                      e.written_by},
+                      e.written_by, change},
                      error))
                 return false;
             added.new_entries += q.numRowsAffected() > 0 ? 1 : 0;
@@ -267,7 +356,9 @@ bool ArchiveStore::write_event(const ArchiveEvent& e, EventAdded& added, QString
     if (e.kind == QLatin1String(kind_report)) {
         q.prepare(QStringLiteral("INSERT INTO reports (event_id, path, printed, inspector)"
                                  " VALUES (?, ?, ?, ?)"));
-        return run(q, {e.id, e.path, e.printed ? 1 : 0, e.inspector}, error);
+        if (!run(q, {e.id, e.path, e.printed ? 1 : 0, e.inspector}, error))
+            return false;
+        return !e.measured || write_measured(db, e.id, *e.measured, error);
     }
     if (e.kind == QLatin1String(kind_visit)) {
         q.prepare(QStringLiteral(
@@ -357,7 +448,7 @@ std::optional<std::vector<EventRow>> ArchiveStore::events(const QString& sn, QSt
         " coalesce(v.folder, ''), coalesce(v.result, f.result, ''),"
         " coalesce(v.reason, f.reason, ''), coalesce(w.setting, ''),"
         " coalesce(w.old_value, f.old_version, ''), coalesce(w.new_value, f.new_version, ''),"
-        " coalesce(w.pc_user, '')"
+        " coalesce(w.pc_user, ''), coalesce(m.result, ''), m.o2, m.o2_device"
         " FROM events e"
         " LEFT JOIN usage_readouts u ON u.event_id = e.id"
         " LEFT JOIN status_readouts s ON s.event_id = e.id"
@@ -365,6 +456,7 @@ std::optional<std::vector<EventRow>> ArchiveStore::events(const QString& sn, QSt
         " LEFT JOIN visits v ON v.event_id = e.id"
         " LEFT JOIN firmware_updates f ON f.event_id = e.id"
         " LEFT JOIN device_writes w ON w.event_id = e.id"
+        " LEFT JOIN report_measurements m ON m.event_id = e.id"
         " WHERE e.sn = ? ORDER BY e.at, e.kind, e.id"));
     if (!run(q, {sn}, error))
         return std::nullopt;
@@ -388,6 +480,9 @@ std::optional<std::vector<EventRow>> ArchiveStore::events(const QString& sn, QSt
         r.old_value = q.value(14).toString();
         r.new_value = q.value(15).toString();
         r.pc_user = q.value(16).toString();
+        r.report_result = q.value(17).toString();
+        r.o2_measured = number_of(q.value(18));
+        r.o2_device = number_of(q.value(19));
         rows.push_back(r);
     }
     return rows;
@@ -440,6 +535,22 @@ std::optional<std::vector<VisitRow>> ArchiveStore::visits(const QString& sn, QSt
         if (!q.value(3).isNull())
             rows.back().values.insert(q.value(3).toString(), q.value(4).toString());
     }
+    // What each visit's report, or a report of its own, measured; of a
+    // visit's reports the latest counts.
+    q.prepare(QStringLiteral("SELECT coalesce(r.visit_id, r.id), m.result, m.o2, m.o2_device"
+                             " FROM report_measurements m JOIN events r ON r.id = m.event_id"
+                             " WHERE r.sn = ? ORDER BY r.at, r.id"));
+    if (!run(q, {sn}, error))
+        return std::nullopt;
+    while (q.next()) {
+        const QString owner = q.value(0).toString();
+        for (VisitRow& row : rows)
+            if (row.id == owner) {
+                row.report_result = q.value(1).toString();
+                row.o2_measured = number_of(q.value(2));
+                row.o2_device = number_of(q.value(3));
+            }
+    }
     return rows;
 }
 
@@ -463,19 +574,11 @@ std::optional<QStringList> ArchiveStore::check(QString* error) {
     if (!open(error))
         return std::nullopt;
     QSqlDatabase db = database();
-    std::optional<QStringList> problems = sqlite_integrity_problems(db, error);
+    std::optional<QStringList> problems = engine_integrity_problems(db, error);
     if (!problems)
         return std::nullopt;
     QSqlQuery q(db);
     q.setForwardOnly(true);
-    if (!q.exec(QStringLiteral("PRAGMA foreign_key_check"))) {
-        fail(q, error);
-        return std::nullopt;
-    }
-    while (q.next())
-        problems->append(
-            QStringLiteral("%1: row %2 refers to a missing %3")
-                .arg(q.value(0).toString(), q.value(1).toString(), q.value(2).toString()));
     if (!q.exec(QStringLiteral("SELECT sn, start_time, end_time FROM usage_periods"
                                " WHERE end_time < start_time ORDER BY sn, start_time"))) {
         fail(q, error);

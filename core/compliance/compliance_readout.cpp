@@ -78,6 +78,8 @@ void finish_readout(AppContext& ctx) {
         // The record at the announced count is the period still running.
         if (s.last_index == s.record_count)
             done.running_start = m.records[last].start;
+        done.prescribed_hours = m.prescribed_hours;
+        done.adherence_share = m.adherence_share;
         ctx.hooks.usage_read(done);
     }
 }

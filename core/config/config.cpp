@@ -19,18 +19,41 @@ constexpr QLatin1String key_autosavedir("AUTOSAVEDIR");
 constexpr QLatin1String key_verordnung("VERORDNUNG");
 constexpr QLatin1String key_adherenz("ADHERENZ_ANTEIL");
 constexpr QLatin1String key_archiv("ARCHIV");
+constexpr QLatin1String key_archiv_server("ARCHIV_SERVER");
+constexpr QLatin1String key_wartung_monate("WARTUNG_MONATE");
+constexpr QLatin1String key_wartung_stunden("WARTUNG_STUNDEN");
+
+// The limits of the inspection's measured values: written back only when the
+// file set them, as they were read.
+struct LimitText {
+    QLatin1String key;
+    QString Config::*field;
+};
+constexpr LimitText limit_texts[] = {
+    {QLatin1String("GRENZE_O2"), &Config::GRENZE_O2},
+    {QLatin1String("GRENZE_FLOW"), &Config::GRENZE_FLOW},
+    {QLatin1String("GRENZE_SCHUTZLEITER"), &Config::GRENZE_SCHUTZLEITER},
+    {QLatin1String("GRENZE_ABLEITSTROM_I"), &Config::GRENZE_ABLEITSTROM_I},
+    {QLatin1String("GRENZE_ABLEITSTROM_II"), &Config::GRENZE_ABLEITSTROM_II},
+};
 
 // One line applied to `config`; false when the line makes the file unusable.
 bool apply_line(Config& config, const QString& line) {
     const QStringList fields = line.split(QLatin1Char('|'));
     const QString& key = fields[0];
-    QString* text_value = key == key_initdir       ? &config.INITDIR
-                          : key == key_autosave    ? &config.AUTOSAVE
-                          : key == key_autosavedir ? &config.AUTOSAVEDIR
-                          : key == key_verordnung  ? &config.VERORDNUNG
-                          : key == key_adherenz    ? &config.ADHERENZ_ANTEIL
-                          : key == key_archiv      ? &config.ARCHIV
-                                                   : nullptr;
+    QString* text_value = key == key_initdir           ? &config.INITDIR
+                          : key == key_autosave        ? &config.AUTOSAVE
+                          : key == key_autosavedir     ? &config.AUTOSAVEDIR
+                          : key == key_verordnung      ? &config.VERORDNUNG
+                          : key == key_adherenz        ? &config.ADHERENZ_ANTEIL
+                          : key == key_archiv          ? &config.ARCHIV
+                          : key == key_archiv_server   ? &config.ARCHIV_SERVER
+                          : key == key_wartung_monate  ? &config.WARTUNG_MONATE
+                          : key == key_wartung_stunden ? &config.WARTUNG_STUNDEN
+                                                       : nullptr;
+    for (const LimitText& t : limit_texts)
+        if (key == t.key)
+            text_value = &(config.*t.field);
     const bool known = text_value || key == key_timeout || key == key_timerinterval;
     // A line whose key is unknown is ignored, "|" or not; a known key without
     // a value means the file is not ours to trust.
@@ -121,6 +144,15 @@ bool save_config(const Config& config, const QString& path) {
         lines << line(key_adherenz, config.ADHERENZ_ANTEIL);
     if (!config.ARCHIV.isEmpty())
         lines << line(key_archiv, config.ARCHIV);
+    if (!config.ARCHIV_SERVER.isEmpty())
+        lines << line(key_archiv_server, config.ARCHIV_SERVER);
+    if (!config.WARTUNG_MONATE.isEmpty())
+        lines << line(key_wartung_monate, config.WARTUNG_MONATE);
+    if (!config.WARTUNG_STUNDEN.isEmpty())
+        lines << line(key_wartung_stunden, config.WARTUNG_STUNDEN);
+    for (const LimitText& t : limit_texts)
+        if (!(config.*t.field).isEmpty())
+            lines << line(t.key, config.*t.field);
     return write_text_lines(path, lines);
 }
 

@@ -30,6 +30,21 @@ struct Config {
     // The archive file; "none" turns the archive off; empty: where the
     // location puts it (config_location.h). Written back only when set.
     QString ARCHIV;
+    // The team archive's server, a libpq URI without a password; empty: none.
+    QString ARCHIV_SERVER;
+    // When a device is due: months since its last visit (empty: 6), and, when
+    // set, every so many operating hours. As the file holds them; written
+    // back only when set.
+    QString WARTUNG_MONATE;
+    QString WARTUNG_STUNDEN;
+    // The limits the inspection's measured values are judged by
+    // (report/report_limits.h), as the file holds them; empty when it has no
+    // such line, and then written back as it was: not at all.
+    QString GRENZE_O2;
+    QString GRENZE_FLOW;
+    QString GRENZE_SCHUTZLEITER;
+    QString GRENZE_ABLEITSTROM_I;
+    QString GRENZE_ABLEITSTROM_II;
 };
 
 inline constexpr double default_adherence_share = 70;
@@ -62,9 +77,9 @@ bool load_config(Config& config, const QString& path, const QString& default_dir
 bool load_config_lines(Config& config, const QStringList& lines, const QString& default_dir,
                        UserInterface& ui);
 
-// Writes the five lines, and VERORDNUNG and ADHERENZ_ANTEIL when set; TIMEOUT in the
-// user's locale, as load_config reads it. False on any error, without a
-// message.
+// Writes the five lines, and VERORDNUNG, ADHERENZ_ANTEIL, ARCHIV and the
+// limits when set; TIMEOUT in the user's locale, as load_config reads it.
+// False on any error, without a message.
 bool save_config(const Config& config, const QString& path);
 
 } // namespace veltrako::config

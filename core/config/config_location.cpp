@@ -68,14 +68,18 @@ void prepare_config_location(const ConfigLocation& location) {
 
 QString archive_path(const ConfigLocation& location, const QString& setting,
                      const QString& option) {
-    const QString chosen = !option.trimmed().isEmpty() ? option.trimmed() : setting.trimmed();
+    const bool from_option = !option.trimmed().isEmpty();
+    const QString chosen = from_option ? option.trimmed() : setting.trimmed();
     if (chosen.compare(QLatin1String("none"), Qt::CaseInsensitive) == 0)
         return {};
     if (chosen.isEmpty())
         return location.archive_path;
-    return QFileInfo(chosen).isAbsolute()
-               ? chosen
-               : QFileInfo(location.config_path).absoluteDir().absoluteFilePath(chosen);
+    if (QFileInfo(chosen).isAbsolute())
+        return chosen;
+    // A path typed on the command line means what the shell means by it;
+    // one in the ini cannot know the folder the program is started from.
+    return from_option ? QFileInfo(chosen).absoluteFilePath()
+                       : QFileInfo(location.config_path).absoluteDir().absoluteFilePath(chosen);
 }
 
 ConfigLocation find_config_location(const QString& program_dir, const UserFolders& folders) {

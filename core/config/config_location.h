@@ -60,7 +60,8 @@ inline constexpr auto archive_file_name = "archive.sqlite";
 
 // The archive file in use: `option` (--archive) over `setting` (ARCHIV) over
 // the location's default; "none" in either turns the archive off (empty
-// result). A relative path is taken from the folder of veltrako2.ini.
+// result). A relative --archive is taken from the working folder, a
+// relative ARCHIV from the folder of veltrako2.ini.
 QString archive_path(const ConfigLocation& location, const QString& setting, const QString& option);
 
 // Probes the file beside the program, decides and prepares.

@@ -51,11 +51,12 @@ QStringList draft_lines(const ReportRecord& report, const QDateTime& when, const
            report_file_lines(report, locale);
 }
 
-std::optional<Draft> parse_draft_lines(const QStringList& lines) {
+std::optional<Draft> parse_draft_lines(const QStringList& lines, const Limits& limits) {
     if (lines.size() < 2 || !lines[0].startsWith(draft_key + QLatin1Char('|')) ||
         !lines[1].startsWith(valid_key + QLatin1Char('|')))
         return std::nullopt;
     Draft draft;
+    draft.report.limits = limits;
     draft.written = config::parse_date(lines[0].section(QLatin1Char('|'), 1));
     read_report_lines(draft.report, lines.mid(2));
     draft.report.report_device.live_valid =
@@ -64,11 +65,11 @@ std::optional<Draft> parse_draft_lines(const QStringList& lines) {
     return draft;
 }
 
-std::optional<Draft> read_draft(const QString& path) {
+std::optional<Draft> read_draft(const QString& path, const Limits& limits) {
     if (path.isEmpty())
         return std::nullopt;
     const auto lines = config::read_text_lines(path);
-    return lines ? parse_draft_lines(*lines) : std::nullopt;
+    return lines ? parse_draft_lines(*lines, limits) : std::nullopt;
 }
 
 void remove_draft(const AppContext& ctx) {
@@ -78,7 +79,7 @@ void remove_draft(const AppContext& ctx) {
 }
 
 std::optional<ReportRecord> offer_draft(AppContext& ctx) {
-    std::optional<Draft> draft = read_draft(draft_path(ctx));
+    std::optional<Draft> draft = read_draft(draft_path(ctx), configured_limits(ctx.config));
     if (!draft)
         return std::nullopt;
     const QString when =

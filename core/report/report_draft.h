@@ -40,9 +40,10 @@ struct Draft {
     ReportRecord report; // unsaved: report_changed is set
     QDateTime written;   // the last edit it holds
 };
-// The draft in `lines`; nothing when they are not a draft's.
-std::optional<Draft> parse_draft_lines(const QStringList& lines);
-std::optional<Draft> read_draft(const QString& path);
+// The draft in `lines`; nothing when they are not a draft's. A draft that
+// names no limits is judged by `limits` (the configuration's).
+std::optional<Draft> parse_draft_lines(const QStringList& lines, const Limits& limits);
+std::optional<Draft> read_draft(const QString& path, const Limits& limits);
 
 // The draft of the report on the page is gone: saved or discarded on purpose.
 void remove_draft(const AppContext& ctx);

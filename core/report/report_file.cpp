@@ -9,6 +9,7 @@
 #include "device/parameter_values.h"
 #include "protocol/response_interpreter.h"
 #include "report/report_draft.h"
+#include "report/report_measurements.h"
 
 #include <QDir>
 #include <QFileInfo>
@@ -56,14 +57,27 @@ QString file_filter(const AppContext& ctx) {
 QStringList report_file_lines(const ReportRecord& report, const QLocale& locale) {
     QStringList lines;
     const QStringList& keys = report_keys();
-    for (qsizetype i = 1; i < keys.size(); ++i)
-        lines << config::key_value_line(keys[i], report.report_values[static_cast<std::size_t>(i)]);
+    const auto value_line = [&](qsizetype i) {
+        return config::key_value_line(keys[i], report.report_values[static_cast<std::size_t>(i)]);
+    };
+    for (qsizetype i = 1; i < first_measurement_index; ++i)
+        lines << value_line(i);
     const QStringList& device_keys = device::parameter_keys();
     for (qsizetype i = 1; i < device_keys.size(); ++i)
         lines << config::key_value_line(
             device_keys[i], device::parameter_value(report.report_device, device_keys[i], locale));
     lines << config::key_value_line(QLatin1String(remaining_time_key),
                                     report.report_device.rest_text);
+    // The measured values come last, so that every line a file of an older
+    // version held keeps its place; a reader that does not know them skips
+    // them. The limits they were judged by and the result go with them.
+    for (qsizetype i = first_measurement_index; i < keys.size(); ++i)
+        lines << value_line(i);
+    for (const QString& key : limit_keys())
+        lines << config::key_value_line(key,
+                                        measurement_text(limit_value(report.limits, key), locale));
+    lines << config::key_value_line(QLatin1String(key_result),
+                                    result_word(judge_report(report, report.limits).result));
     return lines;
 }
 
@@ -80,7 +94,13 @@ void read_report_lines(ReportRecord& report, const QStringList& lines) {
         } else if (reader_device_keys().contains(key)) {
             store_device_value(report.report_device, key, parts[1]);
             identity_read = identity_read || key == QLatin1String("SW_NUM");
+        } else if (limit_keys().contains(key)) {
+            if (const std::optional<double> limit = parse_limit(parts[1]))
+                set_limit(report.limits, key, *limit);
         }
+        // ERGEBNIS follows from the values and the limits; it is judged
+        // again rather than read, so that the page and a printout never show
+        // a result the values do not give.
     }
     if (identity_read) {
         // Which settings the device has follows from its family, as on a
@@ -118,8 +138,9 @@ void hand_on_report(AppContext& ctx, const ReportRecord& report, const QString& 
                    printed);
 }
 
-bool load_report_file(ReportRecord& report, const QString& path) {
+bool load_report_file(ReportRecord& report, const QString& path, const Limits& limits) {
     report = ReportRecord{};
+    report.limits = limits;
     const auto lines = config::read_text_lines(path);
     if (!lines)
         return false;
@@ -184,7 +205,7 @@ bool open_report(AppContext& ctx, const std::function<void()>& show) {
         return false;
     remember_dialog_folder(ctx, path);
     ReportRecord opened;
-    if (!load_report_file(opened, path)) {
+    if (!load_report_file(opened, path, configured_limits(ctx.config))) {
         ctx.ui.show_msg(ctx.language.text(7007) + QLatin1Char(' ') + QDir::toNativeSeparators(path),
                         MsgIcon::critical);
         return false;

@@ -19,15 +19,16 @@ namespace veltrako::report {
 // Key of the remaining time, written after the parameter keys.
 inline constexpr auto remaining_time_key = "REST";
 
-// The lines of the file: the 18 report keys, the 31 parameter keys of the
-// device, then "REST"; numbers in `locale`'s form, as the "Gerät" page shows
-// them.
+// The lines of the file: the 18 report keys of every report, the 31
+// parameter keys of the device, "REST", then the measured values, the limits
+// they are judged by (GRENZE_...) and the result (ERGEBNIS|pass, fail or
+// incomplete); numbers in `locale`'s form, as the "Gerät" page shows them.
 QStringList report_file_lines(const ReportRecord& report, const QLocale& locale);
 
 // Reads file lines into `report` over what it holds. A line that is not
 // exactly one key "|" one value is skipped, as is a key nobody knows. Report
-// values get their line breaks back; device values go into the snapshot.
-// The valid flag is left alone.
+// values get their line breaks back; device values go into the snapshot;
+// limits that are numbers replace the report's. The valid flag is left alone.
 void read_report_lines(ReportRecord& report, const QStringList& lines);
 
 // The name a save dialog offers: serial number, "_", date and time.
@@ -46,9 +47,10 @@ void hand_on_report(AppContext& ctx, const QString& sn, const QStringList& lines
 void hand_on_report(AppContext& ctx, const ReportRecord& report, const QString& path, bool printed);
 
 // Empties the record, reads the file into it and marks its device data valid,
-// as opening a report does. False when the file cannot be read; the record
-// then holds nothing valid.
-bool load_report_file(ReportRecord& report, const QString& path);
+// as opening a report does; the limits the file does not name are `limits`
+// (the configuration's). False when the file cannot be read; the record then
+// holds nothing valid.
+bool load_report_file(ReportRecord& report, const QString& path, const Limits& limits);
 
 // cmd_save, after the page has collected its controls: only with valid device
 // data (else it says why not), asks for the file (overwrite question),

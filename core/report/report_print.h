@@ -3,6 +3,7 @@
 // picture on the "Protokoll" page and a block of the printout) and the
 // printed report, one A4 page a technician fills in, checks and signs.
 
+#include "report/print_layout.h"
 #include "report/report_record.h"
 
 #include <QLocale>
@@ -18,8 +19,6 @@ class DrawingSurface;
 }
 
 namespace veltrako::report {
-
-using CaptionRows = std::vector<std::pair<QString, QString>>;
 
 // Identity, hours, remaining time and the live values with their units, as
 // caption and value; settings the device family lacks are left out.

@@ -23,6 +23,13 @@ const QStringList& report_keys() {
         QStringLiteral("ck_stk"),
         QStringLiteral("t_Bemerkungen"),
         QStringLiteral("t_Zubehoer"),
+        // Measured during the inspection; files before them open as before.
+        QStringLiteral("m_O2"),
+        QStringLiteral("m_Flow"),
+        QStringLiteral("t_Schutzklasse"),
+        QStringLiteral("m_Schutzleiter"),
+        QStringLiteral("m_Ableitstrom"),
+        QStringLiteral("t_Messgeraet"),
     };
     return keys;
 }

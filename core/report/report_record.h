@@ -6,6 +6,7 @@
 
 #include "config/language.h"
 #include "device/device_record.h"
+#include "report/report_limits.h"
 
 #include <QDateTime>
 #include <QString>
@@ -20,10 +21,15 @@ namespace veltrako::report {
 // Room for the report values, by the index of their key (1 upwards).
 inline constexpr int report_value_count = 30;
 
-// The report fields, index 1 to 18 (index 0 is empty). Each key is also the
-// name of the control showing it, matched without regard to case; the part
-// before the first "_" gives the control kind.
+// The report fields, index 1 upwards (index 0 is empty): the 18 of every
+// report, then the measured values (report_measurements.h). Each key is also
+// the name of the control showing it, matched without regard to case; the
+// part before the first "_" gives the control kind ("ck" a check box,
+// anything else a text).
 const QStringList& report_keys();
+// Index of the first measured value in report_keys(); the keys before it
+// are those every report file has held.
+inline constexpr int first_measurement_index = 19;
 // Index of `key` in report_keys(), compared without regard to case; 0 when
 // it is not a report key.
 int report_key_index(const QString& key);
@@ -36,6 +42,9 @@ struct ReportRecord {
     // only a report with valid device data can be saved.
     device::DeviceRecord report_device;
     std::array<QString, report_value_count + 1> report_values; // [0] unused
+    // The limits the measured values are judged by: the configuration's when
+    // the report was begun, or those of the file it was opened from.
+    Limits limits;
     // Set by every edit of a report field; cleared by a snapshot and at the
     // end of showing the record.
     bool report_changed = false;
