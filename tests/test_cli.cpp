@@ -76,14 +76,21 @@ private slots:
         QVERIFY(text.contains("58 \r\n"));
     }
 
+    // A device that delivers 2.25 l/min of the 3 set: each field where
+    // scripts look for it.
     void watch_prints_live_lines() {
-        const Run r =
-            run_cli({QStringLiteral("--link"), QStringLiteral("sim"), QStringLiteral("watch"),
-                     QStringLiteral("--seconds"), QStringLiteral("3")});
+        QTemporaryDir dir;
+        const QString scenario = dir.filePath("flow.scn");
+        QFile file(scenario);
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        file.write("NOISE=off\nO2=93\nFLOW_SETPOINT=3\nLIVE_OVERRIDE=10: 00 B4\n");
+        file.close();
+        const Run r = run_cli({"--link", "sim:" + scenario, "watch", "--seconds", "3"});
         QCOMPARE(r.exit_code, 0);
         const QStringList lines = r.out.split(QLatin1Char('\n'), Qt::SkipEmptyParts);
         QVERIFY2(lines.size() >= 3, qPrintable(r.out));
-        QVERIFY(lines.first().startsWith("t=0.00 O2="));
+        QVERIFY2(lines.first().startsWith("t=0.00 O2=93 flow=2.25 set=3.00 p="),
+                 qPrintable(lines.first()));
     }
 
     // The table on stdout and in the file, numbers in the caller's locale
