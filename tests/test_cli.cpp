@@ -56,6 +56,20 @@ private slots:
             QVERIFY2(r.out.contains(line), qPrintable(line + (" not in:\n" + r.out)));
         // A reading with a point, whatever the caller's locale.
         QVERIFY2(QRegularExpression("\nO2\\|[^,\n]+\n").match(r.out).hasMatch(), qPrintable(r.out));
+        // Scripts find a value by its key, and some by its line: the order
+        // of the keys is part of the output.
+        QStringList keys;
+        for (const QString& line : r.out.split('\n', Qt::SkipEmptyParts))
+            keys << line.section('|', 0, 0);
+        QCOMPARE(keys.join(' '),
+                 QString("SN LP VEEPROM SW SW_NUM GSMSW GSMSN SIMID BSTD O2 VOLUMENSTROM "
+                         "SOLL_VOLUMENSTROM MIN_VOLUMENSTROM MAX_VOLUMENSTROM GASTEMP "
+                         "KOMPRESSORTEMP ALARMSIGNAL ZEITEN0 ZEITEN1 ZEITEN2 ZEITEN3 ZEITEN4 "
+                         "ZEITEN5 ZEITEN6 ZEITEN7 ZEITEN8 ZEITEN9 ZEITEN10 ZEITEN11 ZEITEN12 "
+                         "ZEITEN13 family_code rest_text geraetezeit info_text text_40 text_58 "
+                         "text_d0 wert_o wert_u wert_x device_ticks live_time schall druck "
+                         "spannung ventiloeffnung sensor1 sensor2 ventile alarmstufe alarme "
+                         "alarme2 phase wert26"));
     }
 
     void send_prints_each_answer() {
