@@ -185,6 +185,7 @@ private slots:
         QVERIFY(m.records[199] != compliance::ComplianceRecord{});
         QVERIFY(m.records[200] == compliance::ComplianceRecord{});
         QCOMPARE(p.label("lbl_compliancenote"), "Records read: 200");
+        QVERIFY(p.get<QLabel>("lbl_compliancenote")->isVisible());
         QVERIFY(!bar->isVisible() && !cancel->isVisible());
         QVERIFY(read->isEnabled());
         QVERIFY(!p.get("cmd_complianceprint")->isEnabled());
