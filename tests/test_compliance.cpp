@@ -4,6 +4,7 @@
 #include "compliance/compliance_file.h"
 #include "compliance/compliance_month.h"
 #include "compliance/compliance_readout.h"
+#include "progress/progress.h"
 #include "protocol/commands.h"
 #include "protocol/payload_reader.h"
 #include "protocol/poll_cycle.h"
