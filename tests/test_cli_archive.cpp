@@ -194,6 +194,13 @@ private slots:
                  QStringList{"imported: 5 periods (5 new), 0 status entries, 0 reports"});
         QCOMPARE(lines_of(run_cli({"--archive", archive, "history"}).out).size(), 4);
         QCOMPARE(run_cli({"--archive", archive, "archive", "check"}).exit_code, 0);
+        // Its six days hold five with 6 h: met at 70 %, not at the 90 % asked.
+        const QStringList judged =
+            lines_of(run_cli({"--archive", archive, "history", "VO2-9", "--usage",
+                              "--prescribed-hours", "6", "--adherence-share", "90"})
+                         .out);
+        QCOMPARE(judged.filter(QRegularExpression("^30d\\|")),
+                 QStringList{"30d|2020-01-01|2020-01-06|5|6|not met"});
     }
 
     // The usage readout ends as it would without an archive: exit 0, the

@@ -119,6 +119,11 @@ private slots:
         row("a share of 60 %", example, {"--prescribed-hours", "6", "--adherence-share", "60"},
             "2021-02|33.5|3|11.2|2|3\n30d|2021-02-03|2021-02-05|2|3|met\n");
         row("no prescription", example, {}, "2021-02|33.5|3|11.2\n");
+        // --month without --pdf chooses nothing, but December is a month.
+        row("the last month of a year", "0|31.12.2020 20:00:00-01.01.2021 08:00:00\r\n",
+            {"--prescribed-hours", "6", "--month", "2020-12"},
+            "2020-12|4.0|1|4.0|0|1\n2021-01|8.0|1|8.0|1|1\n30d|2020-12-31|2021-01-01|1|2|not "
+            "met\n");
         row("overlapping records",
             "0|01.02.2021 08:00:00-01.02.2021 12:00:00\r\n"
             "1|01.02.2021 09:00:00-01.02.2021 13:00:00\r\n",
@@ -218,11 +223,13 @@ private slots:
         QVERIFY(!QFile::exists(dir.filePath("v")));
     }
 
-    // The whole visit from the command line, with the device's dates fixed.
+    // The whole visit from the command line, with the device's dates fixed:
+    // its chart holds the two latest months asked for, not January.
     void visit_writes_the_folder() {
         QTemporaryDir dir;
-        const Run r = run_cli({"--link", "sim:" VELTRAKO2_TEST_DATA "/visit.scn", "visit", "--out",
-                               dir.path(), "--prescribed-hours", "15", "t_Patient=Erika"});
+        const Run r =
+            run_cli({"--link", "sim:" VELTRAKO2_TEST_DATA "/visit.scn", "visit", "--out", dir.path(),
+                     "--months", "2", "--prescribed-hours", "15", "t_Patient=Erika"});
         QVERIFY2(r.exit_code == 0, qPrintable(r.err));
         const QStringList lines = r.out.split('\n', Qt::SkipEmptyParts);
         QCOMPARE(lines.size(), 7);
@@ -233,9 +240,10 @@ private slots:
         if (QStandardPaths::findExecutable("pdftotext").isEmpty())
             return;
         const QString chart = pdf_text(lines[0] + "/Compliance_VO2-0012345.pdf");
-        for (const char* seen : {"VO2-0012345", "January 2026", "Erika", "Days ≥ 15 h: 1 of 27",
+        for (const char* seen : {"VO2-0012345", "February 2026", "Erika", "Days ≥ 15 h: 0 of 28",
                                  "Best 30 days: 5 Jan–3 Feb 2026: 1 of 30 days ≥ 15 h – not met"})
             QVERIFY2(chart.contains(QString::fromUtf8(seen)), qPrintable(chart));
+        QVERIFY2(!chart.contains("January 2026"), qPrintable(chart));
         const QString report = pdf_text(lines[5]);
         QVERIFY2(report.contains("Erika") && report.contains("VO2-0012345"), qPrintable(report));
     }

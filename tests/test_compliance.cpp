@@ -4,6 +4,7 @@
 #include "compliance/compliance_file.h"
 #include "compliance/compliance_month.h"
 #include "compliance/compliance_readout.h"
+#include "progress/progress.h"
 #include "protocol/commands.h"
 #include "protocol/payload_reader.h"
 #include "protocol/poll_cycle.h"
@@ -121,6 +122,25 @@ using Saves = Table<bool, bool, bool>;
 class TestCompliance : public QObject {
     Q_OBJECT
 private slots:
+    // The time left of a readout of 400 records counts down at the pace so
+    // far, and reads 0:00 only when it has ended.
+    void time_left_counts_down_data() {
+        const Table<int, qint64, qint64, QString> row; // done, ms since start, ms left, shown
+        row("a quarter in 10 s", 100, 10000, 30000, "0:30");
+        row("three quarters in 30 s", 300, 30000, 10000, "0:10");
+        row("the last record to come", 399, 39900, 100, "0:01");
+    }
+    void time_left_counts_down() {
+        const auto [done, now_ms, left_ms, shown] = Table<int, qint64, qint64, QString>::fetch();
+        progress::Progress readout;
+        readout.start(0, 400);
+        readout.advance(done, now_ms);
+        QCOMPARE(readout.standing().remaining_ms, std::optional<qint64>(left_ms));
+        QCOMPARE(progress::minutes_seconds(left_ms), shown);
+        readout.finish(now_ms + 100);
+        QCOMPARE(readout.standing().remaining_ms, std::optional<qint64>(0));
+    }
+
     void readout_ends_data() {
         // scenario, last index, whether the last record repeats record 0,
         // where the running period ends ("device": the device's present time,

@@ -163,6 +163,9 @@ private slots:
         row("H = 24: whole days only", L{period("2021-04-01T00:00:00", "2021-04-03T12:00:00")},
             "file", 24, 70, {"2021-04|60.0|3|20.0|2|3", "30d|2021-04-01|2021-04-03|2|3|not met"});
         row("H = 0: four fields, no 30 days", example, "file", 0, 70, {"2021-02|33.5|3|11.2"});
+        row("ending at midnight: the next day is not counted",
+            L{period("2021-03-07T20:00:00", "2021-03-08T00:00:00")}, "file", 4, 70,
+            {"2021-03|4.0|1|4.0|1|1", "30d|2021-03-07|2021-03-07|1|1|met"});
         const L readout{period("2026-03-01T08:00:00", "2026-03-01T20:00:00"),
                         period("2026-03-02T07:00:00", "2026-03-02T10:00:00")};
         row("the readout's own day is not over: not counted", readout, "readout", 6, 70,

@@ -74,6 +74,8 @@ private slots:
         const QByteArray s = protocol::build_frame(s_payload);
         row("garbage before #", {QByteArray("xx\x00\xff", 4) + i}, {"I"}, {});
         row("two frames in one read", {i + s}, {"I", s_payload}, {});
+        const QByteArray largest(100, 'x');
+        row("the largest payload, 100 bytes", {protocol::build_frame(largest)}, {largest}, {});
         row("one frame over two reads", {s.left(3), s.mid(3)}, {s_payload}, {});
         // A length character of "0"+101 is rejected; the "#" of a good frame
         // hidden in the bytes behind it is found.

@@ -113,11 +113,35 @@ private slots:
 
     void pictures_and_timing_buttons_send() {
         PageHarness p("NOISE=off\nTIMINGS=1 2 3 4 5 6 7 0 0 0 0 0 0 0\n");
-        QTest::mouseClick(p.form.control("pic_akustvollo"), Qt::LeftButton);
-        QCOMPARE(p.queued(), (QList<QByteArray>{bytes_of({'x', 9}), "X"}));
+        // Each picture switches its own alarm (bits 2, 4 and 8 of the
+        // acoustic byte, which is 1) and only its own shows the note.
+        const char* pictures[] = {"pic_akustO21", "pic_akustO22", "pic_akustvollo"};
+        for (int i = 0; i < 3; ++i) {
+            QTest::mouseClick(p.form.control(pictures[i]), Qt::LeftButton);
+            QCOMPARE(p.queued(), (QList<QByteArray>{bytes_of({'x', char(1 | 2 << i)}), "X"}));
+            p.settle();
+            for (int j = 0; j < 3; ++j)
+                QVERIFY2(p.form.control_as<QLabel>(pictures[j])->text() ==
+                             (i == j ? QString(QChar(0x266A)) : QString()),
+                         pictures[j]);
+            if (i < 2) { // and switches it off again
+                QTest::mouseClick(p.form.control(pictures[i]), Qt::LeftButton);
+                p.settle();
+            }
+        }
+        // "Low Power ein/aus" is off until the device's answer is shown:
+        // a second click meanwhile would toggle it back.
+        auto* togglelp = p.form.control_as<QPushButton>("cmd_togglelp");
+        bool looked = false;
+        p.clock.on_wait = [&](int) {
+            looked = true;
+            QVERIFY(!togglelp->isEnabled());
+        };
+        togglelp->click();
+        p.clock.on_wait = nullptr;
+        QVERIFY(looked);
         p.settle();
-        QCOMPARE(p.form.control_as<QLabel>("pic_akustvollo")->text(), QString(QChar(0x266A)));
-        QVERIFY(p.form.control_as<QLabel>("pic_akustO21")->text().isEmpty());
+        QVERIFY(togglelp->isEnabled());
         device::clear_device_record(p.ctx.device); // no device: nothing known to sound
         p.form.device_record_changed();
         QVERIFY(p.form.control_as<QLabel>("pic_akustvollo")->text().isEmpty());

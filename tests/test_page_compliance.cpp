@@ -166,7 +166,10 @@ private slots:
             if (looked || m.state.read_index != 200)
                 return;
             looked = true;
-            QVERIFY(!read->isEnabled());
+            // Nothing may read, erase or replace the table under the readout.
+            for (const char* button : {"cmd_complianceread", "cmd_compliancedelete",
+                                       "cmd_complianceload", "cmd_compliance_test"})
+                QVERIFY2(!p.get(button)->isEnabled(), button);
             QVERIFY(bar->isVisible() && cancel->isVisible());
             // Shown ten times a second of the readout, not for every record.
             QCOMPARE(bar->maximum(), 401);
@@ -185,6 +188,7 @@ private slots:
         QVERIFY(m.records[199] != compliance::ComplianceRecord{});
         QVERIFY(m.records[200] == compliance::ComplianceRecord{});
         QCOMPARE(p.label("lbl_compliancenote"), "Records read: 200");
+        QVERIFY(p.get<QLabel>("lbl_compliancenote")->isVisible());
         QVERIFY(!bar->isVisible() && !cancel->isVisible());
         QVERIFY(read->isEnabled());
         QVERIFY(!p.get("cmd_complianceprint")->isEnabled());

@@ -27,6 +27,21 @@ using namespace veltrako::protocol;
 
 namespace {
 
+// The device's side of the cable as it is, with every write the program
+// makes kept apart, to see what went on the wire besides frames.
+struct Wiretap final : link::SimPeer {
+    explicit Wiretap(std::shared_ptr<sim::Concentrator> d) : device(std::move(d)) {}
+    bool plugged_in() const override { return device->plugged_in(); }
+    void receive(const QByteArray& bytes, double now_ms) override {
+        writes << bytes;
+        device->receive(bytes, now_ms);
+    }
+    QByteArray transmit(double now_ms) override { return device->transmit(now_ms); }
+    double next_transmit_ms() const override { return device->next_transmit_ms(); }
+    std::shared_ptr<sim::Concentrator> device;
+    QList<QByteArray> writes;
+};
+
 struct Harness {
     explicit Harness(const QByteArray& sw = "5301", const QByteArray& more = {}) {
         QString error;
@@ -38,8 +53,8 @@ struct Harness {
             if (!e.boot_loader)
                 received << e.request;
         });
-        ctx =
-            std::make_unique<AppContext>(clock, ui, std::make_unique<link::SimLink>(clock, device));
+        wire = std::make_shared<Wiretap>(device);
+        ctx = std::make_unique<AppContext>(clock, ui, std::make_unique<link::SimLink>(clock, wire));
         for (int n : {4, 5})
             ctx->language.language_text[n] = QStringLiteral("text%1").arg(n);
     }
@@ -69,6 +84,7 @@ struct Harness {
     ManualClock clock;
     FakeUserInterface ui;
     std::shared_ptr<sim::Concentrator> device;
+    std::shared_ptr<Wiretap> wire;
     std::unique_ptr<AppContext> ctx;
     QList<QByteArray> received; // every request the device took, in order
 };
@@ -87,6 +103,9 @@ private slots:
         const Table<QByteArray, QList<QByteArray>> row; // version, commands withheld
         row("version 53: everything", "5301", {});
         row("version 52: no \"!\"", "5201", {"!"});
+        row("version 50: no U, O, \"!\"", "5001", {"U", "O", "!"});
+        // An identity the device leaves empty: nothing that needs one.
+        row("no identity: no T, S, U, O, X, \"!\"", "", {"T", "S", "U", "O", "X", "!"});
         row("version 21: no U, O, X, \"!\"", "2141", {"U", "O", "X", "!"});
     }
     void initial_sequence_goes_out_in_order() {
@@ -160,9 +179,15 @@ private slots:
         h.set_silent(false);
         h.tick(200);
         QCOMPARE(h.ctx->link.connection, ConnectionState::connected);
+        h.wire->writes.clear();
         h.set_silent(true);
-        h.tick(200);
+        h.tick(101);
         QCOMPARE(h.ui.messages.size(), 2);
+        // It said who it is before it fell silent, so it is not in its boot
+        // loader: up to this give-up it hears frames only, no loader sync.
+        for (const QByteArray& w : h.wire->writes)
+            QVERIFY2(w.startsWith('#'), w.toHex().constData());
+        h.tick(100);
         QCOMPARE(h.ui.connection_states.last(), ConnectionState::not_answering);
     }
 

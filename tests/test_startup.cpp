@@ -101,6 +101,19 @@ private slots:
         s.form.menu_action("men_Servicebesuch")->trigger();
         QCOMPARE(boxes.texts.size(), 1);
         QVERIFY2(boxes.texts[0].startsWith(s.ctx.language.text(8422)), qPrintable(boxes.texts[0]));
+
+        // Abbrechen in the visit's window ends the visit, not only the
+        // window: it says so, and the pointer is no hourglass any more.
+        when_modal([](QWidget* dialog) {
+            QVERIFY(dialog->objectName() == "frm_visit");
+            dialog->findChild<QPushButton*>("cmd_visitcancel")->click();
+        });
+        s.form.menu_action("men_Servicebesuch")->trigger();
+        QCOMPARE(boxes.texts.size(), 2);
+        QVERIFY2(boxes.texts[1].startsWith(s.ctx.language.text(8423)) &&
+                     boxes.texts[1].contains(s.ctx.language.text(8426)),
+                 qPrintable(boxes.texts[1]));
+        QVERIFY(!QGuiApplication::overrideCursor());
     }
 
     void device_in_its_boot_loader_is_brought_back() {

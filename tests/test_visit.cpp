@@ -115,12 +115,25 @@ private slots:
         for (const char* line : {"m_O2|91", "GRENZE_O2|92", "ERGEBNIS|fail"})
             QVERIFY2(report.contains(line), line);
 
-        // A second visit on the same day does not touch the first one's folder.
+        // A second visit on the same day does not touch the first one's
+        // folder. Without a prescription each month line ends in "-".
+        s.d.ctx.compliance.prescribed_hours = 0;
         const visit::Visit& again = s.run(dir.filePath("visits"));
         QCOMPARE(again.outcome(), visit::Outcome::written);
         QCOMPARE(QFileInfo(again.folder()).fileName(), QStringLiteral("VO2-0012345_2026-03-02_2"));
         QCOMPARE(QDir(dir.filePath("visits")).entryList(QDir::Dirs | QDir::NoDotAndDotDot),
                  (QStringList{"VO2-0012345_2026-03-02", "VO2-0012345_2026-03-02_2"}));
+        const QStringList unprescribed = *config::read_text_lines(again.folder() + "/Besuch.txt");
+        QCOMPARE(unprescribed.mid(6), (QStringList{"2026-01|30.0|2|15.0|-", "2026-02|4.0|1|4.0|-",
+                                                   "2026-03|0.0|1|0.0|-"}));
+
+        // On a German system the prescription reads as a German writes it.
+        QLocale::setDefault(QLocale(QLocale::German, QLocale::Germany));
+        s.d.ctx.compliance.prescribed_hours = 6.5;
+        const QStringList german =
+            *config::read_text_lines(s.run(dir.filePath("visits")).folder() + "/Besuch.txt");
+        QLocale::setDefault(QLocale::c());
+        QCOMPARE(german.value(6), QString("VERORDNUNG|6,5"));
     }
 
     void failure_keeps_what_was_written_data() {
