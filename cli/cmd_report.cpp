@@ -65,20 +65,9 @@ int print_saved_report(CommandEnv& env) {
 }
 
 int write_report(CommandEnv& env) {
-    // Every field is checked before the device is touched.
-    QString error;
-    const auto fields = report_fields(env.args, env.ctx.language, &error);
-    if (!fields) {
-        print_error(error);
-        return exit_usage;
-    }
-    if (const QString problem = measurement_problem(*fields, env.ctx.language);
-        !problem.isEmpty()) {
-        print_error(problem);
-        return exit_usage;
-    }
     report::Limits limits;
-    if (!take_report_limits(env, limits))
+    const auto fields = checked_report_input(env, limits);
+    if (!fields)
         return exit_usage;
 
     const int code = env.session.connect_and_read_record();

@@ -47,20 +47,9 @@ int run_visit(CommandEnv& env) {
     }
     if (!take_prescribed_hours(env))
         return exit_usage;
-    // Every field is checked before the device is touched.
-    QString error;
-    const auto fields = report_fields(env.args, env.ctx.language, &error);
-    if (!fields) {
-        print_error(error);
-        return exit_usage;
-    }
-    if (const QString problem = measurement_problem(*fields, env.ctx.language);
-        !problem.isEmpty()) {
-        print_error(problem);
-        return exit_usage;
-    }
     report::Limits limits;
-    if (!take_report_limits(env, limits))
+    const auto fields = checked_report_input(env, limits);
+    if (!fields)
         return exit_usage;
 
     AppContext& ctx = env.ctx;

@@ -70,4 +70,22 @@ bool take_report_limits(CommandEnv& env, report::Limits& limits) {
     return true;
 }
 
+std::optional<QList<std::pair<QString, QString>>> checked_report_input(CommandEnv& env,
+                                                                       report::Limits& limits) {
+    QString error;
+    auto fields = report_fields(env.args, env.ctx.language, &error);
+    if (!fields) {
+        print_error(error);
+        return std::nullopt;
+    }
+    if (const QString problem = measurement_problem(*fields, env.ctx.language);
+        !problem.isEmpty()) {
+        print_error(problem);
+        return std::nullopt;
+    }
+    if (!take_report_limits(env, limits))
+        return std::nullopt;
+    return fields;
+}
+
 } // namespace veltrako::cli

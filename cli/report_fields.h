@@ -35,4 +35,10 @@ QString measurement_problem(const QList<std::pair<QString, QString>>& fields,
 // number is named on stderr and the result is false (a usage error).
 bool take_report_limits(CommandEnv& env, report::Limits& limits);
 
+// The fields of the command line and the limits of veltrako2.ini, every one
+// checked before the device is touched; nothing, the first problem said on
+// stderr, when one is wrong (a usage error).
+std::optional<QList<std::pair<QString, QString>>> checked_report_input(CommandEnv& env,
+                                                                       report::Limits& limits);
+
 } // namespace veltrako::cli
